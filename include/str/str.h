@@ -1,0 +1,9 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* All of libstr: include this one, or the header of a family alone. */
+#ifndef STR_STR_H
+#define STR_STR_H
+
+#include <str/charset.h>
+#include <str/display.h>
+
+#endif

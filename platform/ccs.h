@@ -1,0 +1,171 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * ccs_: coded character sets.  Tells the library how a text divides into segments, how long the
+ * units inside a segment are, what properties a set has, which escape sequences to emit, and which
+ * case table serves a set.  The library decodes no escape sequence itself.
+ *
+ * A host replaces any function by linking its own definition.  Those that share state go together:
+ * the walk with the model escapes, the case table registration with its look-up.
+ *
+ * Texts.  The descriptor `cs` of a function that takes a whole text is the string's own; the length
+ * services take the descriptor of one segment: csNum is the segment's kind, escMode the string's.
+ * What is asked of a set alone (its flags, name, number, designation, case table) depends on csNum
+ * alone, as escMode may not have been filled in.  Descriptors and texts are only read and nothing
+ * keeps a pointer to them.
+ *
+ * Limits.  `length` is the number of bytes to consider, negative for up to the NUL.  `at` points at
+ * a byte and `avail` bytes may be looked at, that byte included.  A NUL ends the text in every
+ * case: even inside a character or an escape sequence, and when `length` or `avail` reach beyond
+ * it.  No byte behind the NUL or the limit is ever read.
+ *
+ * Results that are pointers belong to the service and are not released.  Texts that depend on a set
+ * alone last as long as the process; for the others it is said how long.
+ *
+ * Threads: the walk state is the calling thread's in the default service.  Segment lists, case
+ * table registration and initialisation are process-wide, without a lock.
+ *
+ * Escapes: in the default service only the list functions raise one, OS_ESC_MEMORY of class
+ * ER_CLASS_LIBRARY.  In a replacement any function may; the library passes it on or handles it.
+ */
+#ifndef PLATFORM_CCS_H
+#define PLATFORM_CCS_H
+
+#include <str/charset.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* ---- Segments ------------------------------------------------------------------------------
+ *
+ * Segments cover every byte of the text exactly once, in order, and none is empty.  Their kinds:
+ *
+ * - the number of a set: whole characters of that set, with the controls between them.  US and
+ *   every other control that switches no set is part of the text around it.
+ * - CS_SEG_IGNORE: one escape sequence, control sequence (CSI) or locking shift, whole.  A sequence
+ *   that the limit or the NUL cuts off ends there.  Where escMode is 0 there are none of these: ESC,
+ *   SO, SI and CSI are controls in the text.
+ * - CS_SEG_RAW: bytes that cannot be characters.  A lead byte without its trail, a mark without its
+ *   base, bytes of an unknown or empty designation; everything, when the text's own set is unknown.
+ *
+ * A single shift (SS2, SS3) switches for one character only.  It stands in the segment of the
+ * character that it shifts, as a control of its own, and is never parted from it.
+ */
+
+/* Begins a walk at `text`, in the initial state of a string of `cs`, and answers the kind of the
+ * first segment.  `segmentLength` receives its bytes.  At the end of the text, which for an empty
+ * one is at once, answers CS_SEG_END and length 0. */
+uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length,
+                       unsigned int *segmentLength);
+
+/* Goes on with the walk that this thread began last: the state is the one left by the segment
+ * before.  The caller has moved `text` past that segment and taken its bytes off `length`, unless
+ * that is negative.  Result as above. */
+uint16_t ccs_GetNextStr(const CSDescriptor *cs, const char *text, int length,
+                        unsigned int *segmentLength);
+
+/* The segments that a walk would answer, as a list, contiguous and ended by a record of kind
+ * CS_SEG_END; `count` receives the number of records, that one included.  Never null.  The next
+ * request for a list, of either sort and by any thread, overwrites it; a caller that needs two at
+ * once copies the first.  Leaves the thread's walk as it is. */
+CSSegment *ccs_GetAllStrs(const CSDescriptor *cs, const char *text, int length, int *count);
+
+/* The same without the records of kind CS_SEG_IGNORE and CS_SEG_NONE: what pattern matching works
+ * on.  Null, with `count` 0, when the text cannot be divided into segments at all. */
+CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length, int *count);
+
+/* ---- Units inside a segment ----------------------------------------------------------------
+ *
+ * A unit is a control function or a character.  Space (0x20) and DEL (0x7F) are units of one byte,
+ * of which nobody asks.  A length service answers 0, "cannot be told", when the unit does not fit
+ * in `avail` or the NUL cuts it; never a length that would cut a unit.  The caller then stops.
+ */
+
+/* The bytes of the control function at `at`, a byte whose low seven bits are below 0x20.  For a
+ * single shift its own 1 or 2 bytes (SS2 as 0x8E or as ESC N), but only when the character behind
+ * it fits in `avail` too: the two never part. */
+int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs);
+
+/* The bytes of every character of a set without CS_FLAG_T61: at least 1, and 1 for raw bytes.
+ * Since segments hold whole characters, nobody checks it against the segment's end. */
+int16_t ccs_GetNumBytes(const CSDescriptor *cs);
+
+/* The bytes of the base unit at `at` in a set with CS_FLAG_T61: the marks that stand before a base
+ * character, and that character.  `at` points at neither control, space nor DEL.  In a set that has
+ * CS_FLAG_ASCII_SUPERSET too, a unit that begins with a byte below 0x80 has that byte alone. */
+int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor *cs);
+
+/* `length` receives the bytes of the unit at `at`, of any sort, in a set of any sort.  With an
+ * `avail` of at least 1 and a byte other than NUL that is at least 1, so that a comparison always
+ * moves on: a byte whose unit cannot be told is a unit by itself.  Otherwise it is 0.
+ *
+ * Answers non-zero when the unit counts as a character, in limits given in characters; 0 when it
+ * does not, such as a single shift, whose character counts. */
+int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs);
+
+/* ---- Properties of a set ------------------------------------------------------------------- */
+
+/* The CS_FLAG_... of the set; 0 for a number that is no set's. */
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs);
+
+/* The set's name; empty, never null, for a number that is no set's.  "UTF8" says that a string is
+ * UTF-8, and no other set may have that name. */
+const char *ccs_GetCSName(const CSDescriptor *cs);
+
+/* Stores the descriptor of a string in the set named `setName`, spelled exactly so, and answers 1.
+ * For an unknown name answers 0, and `out` is {0, 0}, whose strings are raw throughout. */
+int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out);
+
+/* An escape sequence that designates the set; null or empty when it has none.  `which` chooses
+ * among several; the library passes 1.  Its last byte orders texts of different sets. */
+const char *ccs_GetDesignation(const CSDescriptor *cs, int which);
+
+/* The number of the set in force where a string says nothing else; the library passes 0 and uses
+ * the answer for a string that ends without a text segment.  What is stored through `out` is the
+ * service's own; the library does not read it. */
+uint16_t ccs_GetCP(int which, uint32_t *out);
+
+/* ---- Escape sequences to emit -------------------------------------------------------------- */
+
+/* The escape sequences that, at the start of a string, bring about the state in which the last walk
+ * of this thread stopped: where the last segment that it answered ends.  Put before the rest of a
+ * split text, they make it stand alone.  `length` receives their bytes: 0 to 81, none of them NUL;
+ * no NUL need stand behind them.  Never null; overwritten by the next call in the same thread. */
+const char *ccs_GetModelEscapes(int *length);
+
+/* The escape sequences that switch a string of `cs`, which the last walk of this thread walked to
+ * its end, back to the state in which strings of the set begin and ASCII text reads as such.
+ * `escMode` is that of `cs`.  `length` receives their bytes, without the NUL that ends them.  Never
+ * null, empty where none are needed; overwritten by the next call in the same thread. */
+const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *length);
+
+/* ---- Case tables --------------------------------------------------------------------------- */
+
+/* 0 until ccs_DoInitTables has run, then non-zero. */
+extern int InitTabsDone;
+
+/* Readies the service's tables and sets InitTabsDone.  Every other function works before it too;
+ * a second call does nothing. */
+void ccs_DoInitTables(void);
+
+/* The number under which the set's case table is filed: N in the file names N.s and N.b. */
+int ccs_GetCSNumber(const CSDescriptor *cs);
+
+/* The service's table of sets, and in `companion` a number that goes with it.  Both are opaque and
+ * may be null and 0: the library hands them to ccs_PutToUpperByCSNum and does nothing else. */
+void *ccs_GetCSTable(int32_t *companion);
+
+/* Registers the record number `recordNumber` for the set whose case table is filed under
+ * `setNumber`, in place of an earlier one; 0 for none.  Record numbers count from 1.  A set number
+ * that the service does not know is ignored. */
+void ccs_PutToUpperByCSNum(int setNumber, uint16_t recordNumber, int32_t companion, void *csTable);
+
+/* The record number registered for the set, 0 when there is none yet. */
+uint16_t ccs_GetToUpperTable(const CSDescriptor *cs);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

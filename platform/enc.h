@@ -1,0 +1,38 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * enc_: how bytes are written down in a case table source.
+ *
+ * The default notation: a printable ASCII character other than the backslash stands for itself;
+ * \xHH (two hexadecimal digits) and \ooo (three octal digits, up to \377) stand for the byte of
+ * that value; \\ stands for a backslash.  A host that has another notation replaces the function
+ * by linking its own definition.
+ *
+ * Threads: any; the result is the calling thread's.
+ */
+#ifndef PLATFORM_ENC_H
+#define PLATFORM_ENC_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* What `which` is for a case table source: plain bytes of the table's own set. */
+#define ENC_BYTES 0xFFFF
+
+/* Code of the escape raised here. */
+#define ENC_ESC_MALFORMED 24003 /* the text does not follow the notation */
+
+/* The bytes that the NUL-terminated `text` writes down; `length` receives their number.  They may
+ * include NUL, and no NUL stands behind them.  They belong to the service, until the next call in
+ * the same thread.
+ *
+ * Never null.  Raises an escape of class ER_CLASS_LIBRARY: ENC_ESC_MALFORMED, and then stores
+ * nothing, or OS_ESC_MEMORY. */
+const unsigned char *enc_ConvertLongEncodedStr(const char *text, int which, int *length);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

@@ -1,0 +1,130 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * er_: error environments, escapes, traces and logs.
+ *
+ * An escape is how a failure travels: er_TracedEscape records an error as the live escape and
+ * jumps to the current environment, a sigjmp_buf in the frame of some enclosing function.  It stays
+ * live until er_Accept, er_Clear or er_RestoreStatus ends it.  A function that protects itself
+ * does, in this order:
+ *
+ *     sigjmp_buf here, *outer = er_SetCurrEnv(&here);
+ *     if (sigsetjmp(here, 0) == 0) {
+ *         ... the work ...
+ *         er_SetCurrEnv(outer);
+ *     } else {
+ *         er_SetCurrEnv(outer);              first: escapes from the clean-up belong to the caller
+ *         ... release what is held ...
+ *         er_Accept(ER_CLASS_LIBRARY);       or er_Clear(), or nothing
+ *         if (er_GetLive()) {
+ *             er_TraceBeforeJump("source", __LINE__);
+ *             siglongjmp(*er_GetCurrEnv(), 1);
+ *         }
+ *     }
+ *
+ * A host replaces any function by linking its own definition; those that share the current
+ * environment and the live escape (er_SetCurrEnv to er_RestoreStatus) go together.
+ *
+ * Threads: the current environment and the live escape belong to the calling thread; the trace
+ * level is one for the process.
+ *
+ * Texts are NUL-terminated, stay the caller's, and are done with when the call returns.  Only
+ * er_TracedEscape raises an escape.
+ */
+#ifndef PLATFORM_ER_H
+#define PLATFORM_ER_H
+
+#include <setjmp.h>
+#include <stdint.h>
+
+/* Strict C (-std=c11) hides sigjmp_buf, though not the type behind it; saying it again is harmless
+ * where it is visible.  sigsetjmp and siglongjmp are not needed to read this header: who calls
+ * them in strict C defines _POSIX_C_SOURCE before the first include. */
+typedef jmp_buf sigjmp_buf;
+
+#ifdef __cplusplus
+#define ER_NORETURN [[noreturn]]
+extern "C" {
+#else
+#define ER_NORETURN _Noreturn
+#endif
+#pragma GCC visibility push(default)
+
+/* The class of every escape that the library raises, and of those of the os_ functions. */
+#define ER_CLASS_LIBRARY 3
+
+/* Trace classes that the library uses. */
+#define ER_TRACE_CALL 19    /* entry and exit of an export, when the level is above 9 */
+#define ER_TRACE_STARTUP 17 /* entry and exit of the case table start-up, whatever the level */
+
+/* The trace level.  The service owns it; the library reads it at every trace point and never
+ * writes it. */
+extern int32_t er_SubSystemLoggingLevel;
+
+/* What er_RecordStatus saves: the live escape.  Its holder keeps it, on the stack for instance,
+ * and does not look inside. */
+typedef struct er_Status {
+    int32_t escapeClass;
+    int32_t code;
+    int32_t live; /* 1: raised and neither accepted nor cleared */
+} er_Status;
+
+/* ---- Traces ------------------------------------------------------------------------------- */
+
+/* Writes one trace line.  `text` is the function's name; `marker` is 1 on entry and 0 on exit;
+ * lines that the service writes itself, where an escape is raised or passed on, have -1.  The level
+ * is the caller's to test. */
+void er_RealLogProc(int traceClass, const char *text, int marker);
+
+/* ---- Environments and escapes ------------------------------------------------------------- */
+
+/* Makes `env` the current environment and answers the one that it replaces; null stands for none,
+ * both ways.  The service keeps the pointer only: the buffer is the caller's and must stay until
+ * the answered environment has been put back. */
+sigjmp_buf *er_SetCurrEnv(sigjmp_buf *env);
+
+/* The current environment, null for none. */
+sigjmp_buf *er_GetCurrEnv(void);
+
+/* Raises an escape: records class and code as the live escape, in place of an earlier one, traces
+ * the place, and jumps to the current environment, where sigsetjmp answers 1.  With no environment
+ * installed, the default service writes the message to standard error and aborts. */
+ER_NORETURN void er_TracedEscape(int escapeClass, int code, const char *sourceFile, int line);
+
+/* Traces the place from which a handler passes the live escape on.  The caller then jumps to
+ * er_GetCurrEnv() itself. */
+void er_TraceBeforeJump(const char *sourceFile, int line);
+
+/* Ends the live escape if it is of class `escapeClass`; one of another class stays live. */
+void er_Accept(int escapeClass);
+
+/* Non-zero while an escape is live. */
+int er_GetLive(void);
+
+/* Ends the live escape, whatever its class. */
+void er_Clear(void);
+
+/* Saves the live escape, or that there is none, in `status`; puts it back, so that whatever was
+ * raised in between is forgotten.  The current environment is not part of the status. */
+void er_RecordStatus(er_Status *status);
+void er_RestoreStatus(const er_Status *status);
+
+/* ---- Logs --------------------------------------------------------------------------------- */
+
+/* Logs the message of `code` with the arguments that follow.  `origin` and `group` say where the
+ * message comes from and how to file it, in numbers that mean something to a service only.  The
+ * arguments, strings (const char *) or int, are as many and of the types that the text of `code`
+ * asks for; an int 0 follows the last and is not to be fetched as a string. */
+void er_LogMsg(int origin, int group, int code, ...);
+
+/* The same, with the arguments' types in `types`: one "%s" or "%d" for each. */
+void er_EnhLogMsg(int origin, int group, int code, const char *types, ...);
+
+/* Logs an informational line: `text` as it stands, never taken as a format.  An int 0 follows it
+ * and carries nothing. */
+void er_LogInfo(int origin, const char *text, ...);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

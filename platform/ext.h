@@ -1,0 +1,33 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * ext_: the service account, who owns the files that all processes of the service share.
+ *
+ * The library writes a compiled case table only when the process runs in the account's group, and
+ * gives the file to the account before it gets its final name.
+ *
+ * A host replaces either function by linking its own definition.
+ *
+ * Threads: any.  Neither function raises an escape.
+ */
+#ifndef PLATFORM_EXT_H
+#define PLATFORM_EXT_H
+
+#include <sys/types.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* The group of the service account; (gid_t)-1, which no process has, where there is no account. */
+gid_t ext_GetVornithGid(void);
+
+/* Gives the file `path` to the service account, owner and group.  "~/" is the home directory of
+ * the service (platform/os.h).  0 on success, also when the file is the account's already. */
+int ext_ChownToVornith(const char *path);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

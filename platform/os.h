@@ -1,0 +1,119 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * os_: memory, files, directories, numbers, and the matcher of single-set text.
+ *
+ * Named after the functions of the C library and POSIX, and like them but for two things:
+ *
+ * - What allocates or opens never answers a failure.  It raises an escape of class
+ *   ER_CLASS_LIBRARY instead, with one of the codes below, so its callers do not test its result.
+ *   Nothing else here raises one in the default service; in a replacement any function may.
+ * - A path that begins with "~/" lies in the home directory of the service.  Any other path is
+ *   taken as it is.
+ *
+ * A host replaces any function by linking its own definition; what is handed from one to another
+ * (blocks, streams, directories) goes together.
+ *
+ * Threads: as safe as the functions that they are named after; the creation mask is one for the
+ * process.
+ */
+#ifndef PLATFORM_OS_H
+#define PLATFORM_OS_H
+
+#include <stddef.h>
+#include <stdio.h>
+#include <sys/types.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* Codes of the escapes raised here. */
+#define OS_ESC_MEMORY 24001 /* the memory cannot be had */
+#define OS_ESC_FILE 24002   /* the file or directory cannot be opened */
+
+/* ---- Memory ------------------------------------------------------------------------------- */
+
+/* A block of `size` bytes, aligned for any type; never null, not even for size 0.  The caller owns
+ * it and releases it with os_free.  Raises OS_ESC_MEMORY. */
+void *os_malloc(size_t size);
+
+/* Gives `block` (null: a new one) a size of `size` bytes and keeps what fits; never null.  The old
+ * address is void afterwards.  Raises OS_ESC_MEMORY; the old block is then untouched and still the
+ * caller's. */
+void *os_realloc(void *block, size_t size);
+
+/* Releases `block`; null is allowed. */
+void os_free(void *block);
+
+/* ---- Files -------------------------------------------------------------------------------- */
+
+/* Opens a stream, as fopen; the caller closes it with os_fclose or mdc_fclose.  Raises
+ * OS_ESC_FILE. */
+FILE *os_fopen(const char *path, const char *mode);
+
+/* Reads a line of at most `size` - 1 bytes, its newline included, and puts a NUL behind it.
+ * Answers `buffer`; null at the end of the file and on an error. */
+char *os_fgets(char *buffer, int size, FILE *stream);
+
+/* Closes the stream, which is void afterwards whatever happens.  0, or EOF where something written
+ * was lost. */
+int os_fclose(FILE *stream);
+
+/* Read or write up to `count` items of `size` bytes each; answer the number of whole items done,
+ * which is less than `count` at the end of the file and on an error. */
+size_t os_fread(void *buffer, size_t size, size_t count, FILE *stream);
+size_t os_fwrite(const void *data, size_t size, size_t count, FILE *stream);
+
+/* Opens a file descriptor, as open with `flags` (O_...) and the permissions of a file that it
+ * creates.  Raises OS_ESC_FILE. */
+int os_open(const char *path, int flags, mode_t mode);
+
+/* Makes a stream of the descriptor `fd`, which belongs to the stream from then on.  Raises
+ * OS_ESC_FILE; the descriptor is then still the caller's. */
+FILE *os_fdopen(int fd, const char *mode);
+
+/* Sets the file creation mask of the process; answers the one that it replaces. */
+mode_t os_umask(mode_t mask);
+
+/* Renames a file in one step, replacing one of the new name.  0, or -1 on failure. */
+int os_rename(const char *oldPath, const char *newPath);
+
+/* Non-zero when a file or directory of that name exists. */
+int os_fexists(const char *path);
+
+/* ---- Directories -------------------------------------------------------------------------- */
+
+/* One entry of a directory: 10 bytes that are the service's own, then the file's name. */
+typedef struct os_dirent {
+    char head[10];
+    char name[256]; /* NUL-terminated, without the directory */
+} os_dirent;
+
+/* Opens a directory; the caller closes it with os_closedir.  Never null.  Raises OS_ESC_FILE. */
+void *os_opendir(const char *path);
+
+/* The next entry, in no given order; null at the end and on an error.  It belongs to the service
+ * and lasts until the next call for the same directory. */
+os_dirent *os_readdir(void *dir);
+
+/* Closes the directory.  0, or -1 on failure. */
+int os_closedir(void *dir);
+
+/* ---- Numbers and matching ----------------------------------------------------------------- */
+
+/* Writes `value` in base `base` (2 to 36, letters in lower case) into `buffer`, with leading zeros
+ * to at least `minDigits` digits, and puts a NUL behind it.  `length` receives the number of
+ * digits.  The caller provides the room: in base 10, 21 bytes hold every value. */
+void os_ul2str(unsigned long value, int base, int minDigits, char *buffer, int *length);
+
+/* Whether the whole of `string` matches `pattern`: 1 or 0.  Both are NUL-terminated texts of one
+ * single-segment set.  US (0x1F) in the pattern stands for any run of bytes, the empty run
+ * included; every other byte for itself alone. */
+int os_USPatternMatch(const char *string, const char *pattern);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The coded character set service: the contracts of platform/ccs.h over the ISO 2022 engine and
+// its table of sets.
+#include <platform/ccs.h>
+#include <platform/os.h>
+
+#include "services/ccs/engine.h"
+#include "services/services.h"
+
+#include <cstring>
+
+namespace
+{
+
+// The walk of ccs_Get1stStr and ccs_GetNextStr, with the end of its text where that is the NUL, and
+// the escapes answered last.
+__attribute__((tls_model("initial-exec"))) thread_local ccs::Walk theWalk;
+__attribute__((tls_model("initial-exec"))) thread_local const char *theEnd;
+thread_local char theModelEscapes[ccs::kMostEscapes + 1];
+thread_local char theAsciiEscapes[ccs::kMostEscapes + 1];
+
+// The segment list answered last: it grows to the longest asked for and is never released.
+CSSegment *theList;
+size_t theListCapacity;
+
+size_t Avail(const char *text, int length)
+{
+    return length < 0 ? std::strlen(text) : static_cast<size_t>(length);
+}
+
+const ccs::SetRow *SetOf(const CSDescriptor *cs) { return ccs::FindSet(cs->csNum); }
+
+void PutIntoList(const CSSegment &segment, size_t index)
+{
+    if (index == theListCapacity) {
+        const size_t capacity = theListCapacity == 0 ? 32 : theListCapacity * 2;
+        theList = static_cast<CSSegment *>(os_realloc(theList, capacity * sizeof *theList));
+        theListCapacity = capacity;
+    }
+    theList[index] = segment;
+}
+
+// Lists the segments of a text, on a walk of its own so that the thread's walk stays as it is.
+CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withIgnored, int *count)
+{
+    ccs::Walk walk;
+    ccs::Begin(&walk, *cs);
+    size_t avail = Avail(text, length);
+    size_t used = 0;
+    for (uint16_t kind = CS_SEG_NONE; kind != CS_SEG_END;) {
+        const ccs::Unit segment = ccs::NextSegment(&walk, text, avail);
+        kind = segment.kind;
+        if (withIgnored || kind != CS_SEG_IGNORE)
+            PutIntoList({text, kind, 0, static_cast<uint32_t>(segment.length)}, used++);
+        text += segment.length;
+        avail -= segment.length;
+    }
+    *count = static_cast<int>(used);
+    return theList;
+}
+
+// Writes the escapes between two states and a NUL behind them.
+const char *Escapes(const ccs::State &from, const ccs::State &to, char *out, int *length)
+{
+    const size_t written = ccs::RestoringEscapes(from, to, out);
+    out[written] = '\0';
+    *length = static_cast<int>(written);
+    return out;
+}
+
+} // namespace
+
+extern "C" {
+
+uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length,
+                       unsigned int *segmentLength)
+{
+    ccs::Begin(&theWalk, *cs);
+    theEnd = length < 0 ? text + std::strlen(text) : nullptr;
+    return ccs_GetNextStr(cs, text, length, segmentLength);
+}
+
+uint16_t ccs_GetNextStr(const CSDescriptor *, const char *text, int length,
+                        unsigned int *segmentLength)
+{
+    const bool knowsEnd = length < 0 && theEnd != nullptr && text <= theEnd;
+    const size_t avail = knowsEnd ? static_cast<size_t>(theEnd - text) : Avail(text, length);
+    const ccs::Unit segment = ccs::NextSegment(&theWalk, text, avail);
+    *segmentLength = static_cast<unsigned int>(segment.length);
+    return segment.kind;
+}
+
+CSSegment *ccs_GetAllStrs(const CSDescriptor *cs, const char *text, int length, int *count)
+{
+    return List(cs, text, length, true, count);
+}
+
+CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length, int *count)
+{
+    return List(cs, text, length, false, count);
+}
+
+int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    return static_cast<int>(ccs::ControlLength(SetOf(cs), at, avail));
+}
+
+int16_t ccs_GetNumBytes(const CSDescriptor *cs)
+{
+    const ccs::SetRow *set = SetOf(cs);
+    return set == nullptr ? int16_t{1} : int16_t{set->bytes};
+}
+
+int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    return static_cast<int>(ccs::CharacterLength(SetOf(cs), at, avail));
+}
+
+int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs)
+{
+    const ccs::AnyUnit unit =
+        ccs::AnyUnitAt(SetOf(cs), at, avail < 0 ? 0 : static_cast<size_t>(avail));
+    *length = static_cast<int>(unit.length);
+    return unit.counts ? 1 : 0;
+}
+
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs)
+{
+    const ccs::SetRow *set = SetOf(cs);
+    return set == nullptr ? 0 : set->flags;
+}
+
+const char *ccs_GetCSName(const CSDescriptor *cs)
+{
+    const ccs::SetRow *set = SetOf(cs);
+    return set == nullptr ? "" : set->name;
+}
+
+int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out)
+{
+    *out = {0, 0};
+    for (const ccs::SetRow &set : ccs::Sets())
+        if (std::strcmp(set.name, setName) == 0) {
+            *out = {set.number, set.escMode};
+            return 1;
+        }
+    return 0;
+}
+
+const char *ccs_GetDesignation(const CSDescriptor *cs, int)
+{
+    const ccs::SetRow *set = SetOf(cs);
+    return set == nullptr ? nullptr : ccs::DesignationOf(*set);
+}
+
+uint16_t ccs_GetCP(int, uint32_t *out)
+{
+    *out = 0;
+    return ccs::kIa5;
+}
+
+const char *ccs_GetModelEscapes(int *length)
+{
+    const ccs::State start = theWalk.set == nullptr ? theWalk.state : InitialState(*theWalk.set);
+    return Escapes(start, theWalk.state, theModelEscapes, length);
+}
+
+const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int, int *length)
+{
+    const ccs::SetRow *set = SetOf(cs);
+    const ccs::State start = set == nullptr ? theWalk.state : InitialState(*set);
+    return Escapes(theWalk.state, start, theAsciiEscapes, length);
+}
+
+int ccs_GetSetCount(void) { return static_cast<int>(ccs::Sets().size()); }
+
+int ccs_GetSetInfo(int index, ccs_SetInfo *out)
+{
+    if (index < 0 || index >= ccs_GetSetCount())
+        return 0;
+    const ccs::SetRow &set = ccs::Sets()[static_cast<size_t>(index)];
+    *out = {set.number,
+            set.escMode,
+            set.flags,
+            set.bytes,
+            set.name,
+            set.iconv,
+            ccs::DesignationOf(set)};
+    return 1;
+}
+
+} // extern "C"

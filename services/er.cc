@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The error and trace service: one error environment and one live escape per thread, sinks for
+// traces and logs, and the catalogue of messages.
+//
+// Nothing here allocates: a message may have to say that memory ran out.
+#include <platform/enc.h>
+#include <platform/er.h>
+#include <platform/os.h>
+
+#include "services/services.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+extern "C" {
+int32_t er_SubSystemLoggingLevel = 0;
+}
+
+namespace
+{
+
+thread_local sigjmp_buf *theEnvironment;
+thread_local er_Status theStatus;
+
+er_TraceSink theTraceSink;
+er_LogSink theLogSink;
+
+struct Message {
+    int32_t code;
+    const char *text; // %s and %d stand for its arguments
+};
+
+constexpr Message kCatalogue[] = {
+    {200, "case table %s could not be read"},
+    {3084, "the name of the character set is longer than 39 characters"},
+    {23801, "the compiled case table ends too early"},
+    {23802, "this is no compiled case table of this version"},
+    {23803, "case table source %s could not be compiled: line %d"},
+    {23805, "the first word of a case table source must be TOUPPER"},
+    {23806, "the second word of a case table source must be CHARSET"},
+    {23807, "a word is missing at the end of the line"},
+    {23808, "the rule has no left side"},
+    {23809, "the rule has no right side"},
+    {23810, "the left side of the rule is too long"},
+    {23811, "the right side of the rule is too long"},
+    {23812, "the case table source holds no header"},
+    {23813, "the compiled case table could not be given to the service account"},
+    {23814, "the rule has no operator"},
+    {23816, "an operation on a text was given up"},
+    {24070, "%s%s"},
+    {OS_ESC_MEMORY, "out of memory"},
+    {OS_ESC_FILE, "a file or directory could not be opened"},
+    {ENC_ESC_MALFORMED, "malformed notation of bytes"},
+};
+constexpr char kUnknownCode[] = "no message for this code";
+
+const char *FindText(int32_t code)
+{
+    for (const Message &message : kCatalogue)
+        if (message.code == code)
+            return message.text;
+    return nullptr;
+}
+
+// ---- Lines ---------------------------------------------------------------------------------
+
+// A line under construction; what does not fit is left out.
+struct Line {
+    std::array<char, 1024> text;
+    size_t length;
+};
+
+void Put(Line *line, const char *bytes, size_t count)
+{
+    const size_t room = line->text.size() - 1 - line->length;
+    const size_t taken = count < room ? count : room;
+    std::memcpy(line->text.data() + line->length, bytes, taken);
+    line->length += taken;
+    line->text[line->length] = '\0';
+}
+
+void PutNumber(Line *line, int number)
+{
+    char digits[16];
+    const int length = std::snprintf(digits, sizeof digits, "%d", number);
+    Put(line, digits, static_cast<size_t>(length));
+}
+
+// Puts `text` with its %s and %d replaced by the arguments.
+void PutMessage(Line *line, const char *text, va_list arguments)
+{
+    for (const char *at = text; *at != '\0';) {
+        if (at[0] == '%' && at[1] == 's') {
+            const char *argument = va_arg(arguments, const char *);
+            Put(line, argument, std::strlen(argument));
+            at += 2;
+        } else if (at[0] == '%' && at[1] == 'd') {
+            PutNumber(line, va_arg(arguments, int));
+            at += 2;
+        } else {
+            Put(line, at++, 1);
+        }
+    }
+}
+
+void Log(int32_t code, const char *text)
+{
+    if (theLogSink != nullptr)
+        theLogSink(code, text);
+    else if (code == 0)
+        std::fprintf(stderr, "libstr: %s\n", text);
+    else
+        std::fprintf(stderr, "libstr: %d: %s\n", static_cast<int>(code), text);
+}
+
+void TracePlace(const char *what, const char *sourceFile, int line)
+{
+    if (er_SubSystemLoggingLevel <= 9)
+        return;
+    char text[256];
+    std::snprintf(text, sizeof text, "%s %d at %s:%d", what, static_cast<int>(theStatus.code),
+                  sourceFile, line);
+    er_RealLogProc(ER_TRACE_CALL, text, -1);
+}
+
+} // namespace
+
+extern "C" {
+
+void er_SetTraceSink(er_TraceSink sink) { theTraceSink = sink; }
+
+void er_SetLogSink(er_LogSink sink) { theLogSink = sink; }
+
+const char *er_GetCodeText(int32_t code)
+{
+    const char *text = FindText(code);
+    return text == nullptr ? kUnknownCode : text;
+}
+
+int32_t er_GetLastCode(void) { return theStatus.code; }
+
+void er_RealLogProc(int traceClass, const char *text, int marker)
+{
+    if (theTraceSink != nullptr)
+        theTraceSink(traceClass, text, marker);
+    else
+        std::fprintf(stderr, "libstr: trace %d: %s %s\n", traceClass,
+                     marker == 1   ? "enter"
+                     : marker == 0 ? "leave"
+                                   : "-----",
+                     text);
+}
+
+sigjmp_buf *er_SetCurrEnv(sigjmp_buf *env)
+{
+    sigjmp_buf *const replaced = theEnvironment;
+    theEnvironment = env;
+    return replaced;
+}
+
+sigjmp_buf *er_GetCurrEnv(void) { return theEnvironment; }
+
+void er_TracedEscape(int escapeClass, int code, const char *sourceFile, int line)
+{
+    theStatus = {escapeClass, code, 1};
+    TracePlace("escape", sourceFile, line);
+    if (theEnvironment == nullptr) {
+        std::fprintf(stderr, "libstr: %d: %s (no error environment, %s:%d)\n", code,
+                     er_GetCodeText(code), sourceFile, line);
+        std::abort();
+    }
+    siglongjmp(*theEnvironment, 1);
+}
+
+void er_TraceBeforeJump(const char *sourceFile, int line)
+{
+    TracePlace("passing on", sourceFile, line);
+}
+
+void er_Accept(int escapeClass)
+{
+    if (theStatus.escapeClass == escapeClass)
+        theStatus.live = 0;
+}
+
+int er_GetLive(void) { return theStatus.live; }
+
+void er_Clear(void) { theStatus.live = 0; }
+
+void er_RecordStatus(er_Status *status) { *status = theStatus; }
+
+void er_RestoreStatus(const er_Status *status) { theStatus = *status; }
+
+void er_LogMsg(int, int, int code, ...)
+{
+    Line line{{}, 0};
+    va_list arguments;
+    va_start(arguments, code);
+    PutMessage(&line, er_GetCodeText(code), arguments);
+    va_end(arguments);
+    Log(code, line.text.data());
+}
+
+// The caller says what it passes, so even a code without a text shows its arguments.
+void er_EnhLogMsg(int, int, int code, const char *types, ...)
+{
+    Line line{{}, 0};
+    const char *text = FindText(code);
+    va_list arguments;
+    va_start(arguments, types);
+    PutMessage(&line, text == nullptr ? types : text, arguments);
+    va_end(arguments);
+    Log(code, line.text.data());
+}
+
+void er_LogInfo(int, const char *text, ...) { Log(0, text); }
+
+} // extern "C"

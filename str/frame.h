@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The frame that every export shares: trace points and the protected region.
+//
+// An escape is a siglongjmp to the current error environment, so no frame that it may cross holds
+// an object with a non-trivial destructor: no tracer that traces its exit from a destructor, no
+// guard that puts the environment back.  Both are plain calls instead.
+#ifndef STR_FRAME_H
+#define STR_FRAME_H
+
+#include <platform/er.h>
+
+#include <type_traits>
+
+namespace frame
+{
+
+// An export traces its entry first of all and its exit last of all.  The level is read afresh both
+// times, since a host may change it while the export runs.
+inline void TraceEntry(const char *name)
+{
+    if (er_SubSystemLoggingLevel > 9)
+        er_RealLogProc(ER_TRACE_CALL, name, 1);
+}
+
+inline void TraceExit(const char *name)
+{
+    if (er_SubSystemLoggingLevel > 9)
+        er_RealLogProc(ER_TRACE_CALL, name, 0);
+}
+
+// Runs body(context) in an error environment of its own.  True when the body returned, false when
+// an escape ended it; the enclosing environment is current again in both cases.
+bool RunProtected(void (*body)(void *), void *context);
+
+// Passes a live escape on to the current environment; returns when none is live.
+void PassOn(const char *source, int line);
+
+// What becomes of an escape that reaches a protected region.
+struct Verdict {
+    enum { propagate, accept, clear } form;
+    int escapeClass; // of the escapes that `accept` swallows
+};
+constexpr Verdict Propagate() { return {Verdict::propagate, 0}; }
+constexpr Verdict Accept(int escapeClass) { return {Verdict::accept, escapeClass}; }
+constexpr Verdict Clear() { return {Verdict::clear, 0}; }
+
+inline void Judge(Verdict verdict)
+{
+    if (verdict.form == Verdict::accept)
+        er_Accept(verdict.escapeClass);
+    else if (verdict.form == Verdict::clear)
+        er_Clear();
+}
+
+// The protected region.  True when body() ran to its end.  When an escape ends it: the enclosing
+// environment is made current, so that an escape from the clean-up goes there; release() gives
+// back what the body still held, logs, and stores the results of a failure; the verdict is
+// carried out; and what is still live then is passed on.  False when nothing was.
+//
+// What body and release share lives in the caller's frame and is captured by reference; body is
+// called through a pointer from a frame that the optimiser may not look into, so its stores are
+// all made when the escape arrives.
+template <class Body, class Release>
+bool Protect(const char *source, Verdict verdict, Body &&body, Release &&release,
+             int line = __builtin_LINE())
+{
+    static_assert(std::is_trivially_destructible_v<std::remove_reference_t<Body>>);
+    auto call = [](void *context) { (*static_cast<std::remove_reference_t<Body> *>(context))(); };
+    if (RunProtected(call, &body))
+        return true;
+    release();
+    Judge(verdict);
+    PassOn(source, line);
+    return false;
+}
+
+} // namespace frame
+
+#endif

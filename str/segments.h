@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The segment walk: how every function of the library moves over a text.
+//
+//     SegmentWalk walk = WalkSegments(text, cs);
+//     while (NextSegment(&walk)) { ... walk.kind, walk.at, walk.size ... }
+//
+// The service keeps one walk state, so two walks are never interleaved.
+#ifndef STR_SEGMENTS_H
+#define STR_SEGMENTS_H
+
+#include <platform/ccs.h>
+
+struct SegmentWalk {
+    const CSDescriptor *cs; // of the whole string
+    const char *at;         // the segment's first byte
+    int length;             // bytes from there on to consider, negative for up to the NUL
+    unsigned int size;      // the segment's bytes
+    uint16_t kind;
+    bool begun;
+};
+
+inline SegmentWalk WalkSegments(const char *text, const CSDescriptor *cs, int length = -1)
+{
+    return {cs, text, length, 0, CS_SEG_NONE, false};
+}
+
+// Moves to the next segment; false at the end of the text.
+inline bool NextSegment(SegmentWalk *walk)
+{
+    walk->at += walk->size;
+    if (walk->length >= 0)
+        walk->length -= static_cast<int>(walk->size);
+    auto *next = walk->begun ? ccs_GetNextStr : ccs_Get1stStr;
+    walk->begun = true;
+    walk->kind = next(walk->cs, walk->at, walk->length, &walk->size);
+    return walk->kind != CS_SEG_END;
+}
+
+// A segment that carries no characters: escape and control sequences.
+inline bool IsIgnored(uint16_t kind) { return kind == CS_SEG_IGNORE || kind == CS_SEG_NONE; }
+
+// The descriptor of one segment of a string: the segment's set, with the string's own escMode.
+inline CSDescriptor SegmentDescriptor(uint16_t kind, const CSDescriptor *cs)
+{
+    return {kind, cs->escMode};
+}
+
+// Every byte of the set is a character of its own, so bytes may be counted and cut anywhere.
+inline bool IsPlainByteSet(const CSDescriptor *cs)
+{
+    return (ccs_GetCSFlags(cs) & (CS_FLAG_BYTE | CS_FLAG_T61)) == CS_FLAG_BYTE;
+}
+
+#endif

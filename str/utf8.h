@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// UTF-8 text.  GLib does the work; its walkers trust their input, so they are called only on what
+// has been validated, and what is malformed is handled here: byte by byte, up to the NUL.
+#ifndef STR_UTF8_H
+#define STR_UTF8_H
+
+#include <platform/ccs.h>
+
+#include <cstring>
+
+// The one set that the library knows by name.
+inline bool IsUtf8(const CSDescriptor *cs) { return std::strcmp(ccs_GetCSName(cs), "UTF8") == 0; }
+
+// The characters in the first `maxLen` bytes of `str`, or up to its NUL when `maxLen` is negative.
+// A character cut by the limit is not counted; a byte of no well-formed character counts as one.
+int CountUtf8(const char *str, int maxLen);
+
+#endif
