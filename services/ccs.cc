@@ -140,7 +140,7 @@ const char *ccs_GetCSName(const CSDescriptor *cs)
 int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out)
 {
     *out = {0, 0};
-    for (const ccs::SetRow &set : ccs::Sets())
+    for (const ccs::SetRow &set : ccs::kSets)
         if (std::strcmp(set.name, setName) == 0) {
             *out = {set.number, set.escMode};
             return 1;
@@ -162,24 +162,24 @@ uint16_t ccs_GetCP(int, uint32_t *out)
 
 const char *ccs_GetModelEscapes(int *length)
 {
-    const ccs::State start = theWalk.set == nullptr ? theWalk.state : InitialState(*theWalk.set);
+    const ccs::State start = theWalk.set == nullptr ? theWalk.state : ccs::StartOf(*theWalk.set);
     return Escapes(start, theWalk.state, theModelEscapes, length);
 }
 
 const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int, int *length)
 {
     const ccs::SetRow *set = SetOf(cs);
-    const ccs::State start = set == nullptr ? theWalk.state : InitialState(*set);
+    const ccs::State start = set == nullptr ? theWalk.state : ccs::StartOf(*set);
     return Escapes(theWalk.state, start, theAsciiEscapes, length);
 }
 
-int ccs_GetSetCount(void) { return static_cast<int>(ccs::Sets().size()); }
+int ccs_GetSetCount(void) { return static_cast<int>(std::size(ccs::kSets)); }
 
 int ccs_GetSetInfo(int index, ccs_SetInfo *out)
 {
     if (index < 0 || index >= ccs_GetSetCount())
         return 0;
-    const ccs::SetRow &set = ccs::Sets()[static_cast<size_t>(index)];
+    const ccs::SetRow &set = ccs::kSets[index];
     *out = {set.number,
             set.escMode,
             set.flags,

@@ -14,16 +14,15 @@
 
 #include <platform/ccs.h>
 
-#include <bit>
+#include "base/blocks.h"
+
 #include <cstdint>
-#include <cstring>
 
 struct UnitRule {
     const CSDescriptor *cs; // of the segment
     bool baseUnits;         // lengths come from the service, character by character
     bool asciiUnits;        // ... but ASCII characters are known to be units of one byte
     int bytes;              // of every character, where baseUnits is false
-    bool inWords;           // plain characters can be counted eight bytes at a time
 };
 
 inline UnitRule UnitRuleOf(const CSDescriptor *segCs)
@@ -31,69 +30,53 @@ inline UnitRule UnitRuleOf(const CSDescriptor *segCs)
     const uint32_t flags = ccs_GetCSFlags(segCs);
     const bool baseUnits = (flags & CS_FLAG_T61) != 0;
     const bool asciiUnits = baseUnits && (flags & CS_FLAG_ASCII_SUPERSET) != 0;
-    const int bytes = baseUnits ? 1 : ccs_GetNumBytes(segCs);
-    return {segCs, baseUnits, asciiUnits, bytes, baseUnits ? asciiUnits : bytes == 1 || bytes == 2};
+    return {segCs, baseUnits, asciiUnits, baseUnits ? 1 : ccs_GetNumBytes(segCs)};
 }
 
-inline bool IsControl(unsigned char byte) { return (byte & 0x60) == 0; }
+inline bool IsControl(char byte) { return (byte & 0x60) == 0; }
 
-inline constexpr unsigned char kSpace = 0x20;
-inline constexpr unsigned char kDelete = 0x7F;
+inline constexpr char kSpace = 0x20;
+inline constexpr char kDelete = 0x7F;
 
 // The length of the unit at `at`, below 1 when it cannot be told.
 inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
 {
-    const auto byte = static_cast<unsigned char>(*at);
+    const char byte = *at;
     if (IsControl(byte))
         return ccs_GetCtrlLen(at, avail, rule.cs);
     if (byte == kSpace || byte == kDelete)
         return 1;
     if (!rule.baseUnits)
         return rule.bytes;
-    return rule.asciiUnits && byte < 0x80 ? 1 : ccs_GetT61BaseUnitLen(at, avail, rule.cs);
+    return rule.asciiUnits && (byte & 0x80) == 0 ? 1 : ccs_GetT61BaseUnitLen(at, avail, rule.cs);
 }
 
-// The first bytes at `at`, eight or as many as there are, with zeros behind them; the first in memory
-// is the lowest of the word.
-inline uint64_t LoadWord(const char *at, unsigned int avail)
-{
-    if (avail >= 8) {
-        uint64_t word;
-        std::memcpy(&word, at, 8);
-        return word;
-    }
-    if (avail >= 4) { // two halves that overlap
-        uint32_t low;
-        uint32_t high;
-        std::memcpy(&low, at, 4);
-        std::memcpy(&high, at + avail - 4, 4);
-        return low | static_cast<uint64_t>(high) << (avail - 4) * 8;
-    }
-    uint64_t word = 0;
-    for (unsigned int i = 0; i < avail; ++i)
-        word |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << i * 8;
-    return word;
-}
+// Which bytes of a block need a closer look; all others are characters of one byte or, where the
+// set's have two, halves of such.  So are, as zeros, those behind the end of the text.
+struct PlainRule {
+    bool usable;
+    unsigned int shift;  // of a plain character's length, which is 1 or 2 bytes
+    uint32_t highLooks;  // masks: do bytes from 0x80 on need a look,
+    uint32_t spaceLooks; // and do spaces
+};
 
-// How many of the bytes of a word, from its first on, are plain characters: no controls, no DEL, no
-// bytes of a base unit that the service must measure, no spaces between longer characters.  Whole
-// characters only.
-inline unsigned int PlainBytes(const UnitRule &rule, uint64_t word)
+inline PlainRule PlainRuleOf(const UnitRule &rule)
 {
-    constexpr uint64_t ones = 0x0101010101010101;
-    constexpr uint64_t tops = ones << 7;
-    // Sets the top bit of every zero byte; above the lowest of these it may err.
-    const auto zeros = [](uint64_t bytes) { return (bytes - ones) & ~bytes & tops; };
-    const uint64_t printable = word << 1 | word << 2; // in the top bit: bit 5 or 6
-    uint64_t others = (~printable & tops) | zeros(word ^ (ones * kDelete));
     if (rule.baseUnits)
-        others |= word & tops;
-    else if (rule.bytes > 1)
-        others |= zeros(word ^ (ones * kSpace));
-    if (others == 0)
-        return 8;
-    const auto plain = static_cast<unsigned int>(std::countr_zero(others)) / 8;
-    return rule.bytes > 1 ? plain & ~1U : plain;
+        return {rule.asciiUnits, 0, blocks::kAll, 0};
+    if (rule.bytes == 2)
+        return {true, 1, 0, blocks::kAll};
+    return {rule.bytes == 1, 0, 0, 0};
+}
+
+inline uint32_t Looks(const PlainRule &rule, const char *at, unsigned int avail)
+{
+    if (!rule.usable)
+        return blocks::kAll;
+    const blocks::Block block = blocks::Load(at, avail);
+    return blocks::Mask(blocks::Controls(block) | blocks::Equal(block, kDelete)) |
+           (blocks::Mask(block) & rule.highLooks) |
+           (blocks::Mask(blocks::Equal(block, kSpace)) & rule.spaceLooks);
 }
 
 #endif

@@ -1,77 +1,89 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a row of the table of character sets says.  The table itself, in sets.cc, is data alone;
-// engine.cc reads text by it.
+// Look-ups in the table of character sets.
 #ifndef SERVICES_CCS_SETS_H
 #define SERVICES_CCS_SETS_H
 
-#include <str/charset.h>
+#include "services/ccs/table.h"
 
 #include <array>
-#include <cstdint>
-#include <span>
+#include <cstddef>
+#include <iterator>
 
 namespace ccs
 {
 
-// How a graphic set is designated (ISO 2022): by its size.  `none` for the rows that are no graphic
-// set but a code: a way to use several.
-enum class Graphic : uint8_t { none, set94, set96, set94n, set96n };
-
-// How the characters of a set are told apart, beyond their fixed number of bytes.
-enum class Units : uint8_t { fixed, marked, utf8 };
-
-inline constexpr uint8_t kNowhere = 0xFF; // an element or a half that holds nothing
-
-// What stands in G0 to G3 when a string of the set begins (numbers of sets, 0 for nothing), and
-// which of the four is invoked in the left half (bytes 0x20 to 0x7F) and in the right (0xA0 on).
-struct Start {
-    uint16_t g[4] = {0, 0, 0, 0};
-    uint8_t left = 0;
-    uint8_t right = kNowhere;
-};
-
-struct SetRow {
-    uint16_t number;   // ISO-IR registration where there is one, else from 1001 on
-    const char *name;  // in upper case
-    const char *iconv; // the same code's name for iconv, null where it knows none
-    uint32_t flags;    // CS_FLAG_...
-    uint16_t escMode = 0;
-    uint8_t bytes = 1; // of a character; of the shortest where lengths are mixed
-    Units units = Units::fixed;
-
-    Graphic graphic = Graphic::none;
-    char final = 0; // final byte of its designation
-
-    uint16_t left = 0;    // kind of its text in the left half, 0 for none: the bytes are raw
-    uint16_t right = 0;   // kind of its text in the right half
-    uint16_t partner = 0; // the set that, to its left, makes one text of both halves with it
-
-    Start start = {};
-};
-
-inline constexpr uint16_t kIa5 = 6;
-inline constexpr uint16_t kT61 = 103;
-inline constexpr uint16_t kUtf8 = 196;
-
-std::span<const SetRow> Sets();
-
-// Where the rows stand, by number: what follows asks for it often.
-inline constexpr uint16_t kNumbers = 1204; // one more than the highest number
 inline constexpr uint8_t kNoRow = 0xFF;
-extern const SetRow *const kRows;
-extern const std::array<uint8_t, kNumbers> kRowByNumber;
+static_assert(std::size(kSets) < kNoRow);
 
-// The row of a number or of a designation; null when the table has none.
-inline const SetRow *FindSet(uint16_t number)
+inline constexpr size_t kNumbers = 1204; // one more than the highest number
+
+// Where the rows stand, by number.
+inline constexpr auto kRowByNumber = [] {
+    std::array<uint8_t, kNumbers> rows{};
+    rows.fill(kNoRow);
+    for (uint8_t row = 0; row < std::size(kSets); ++row)
+        rows[kSets[row].number] = row;
+    return rows;
+}();
+
+// Where the graphic sets stand, by size and final byte.
+inline constexpr size_t kFinals = 0x80;
+inline constexpr auto kRowByFinal = [] {
+    std::array<std::array<uint8_t, kFinals>, 5> rows{};
+    for (auto &sized : rows)
+        sized.fill(kNoRow);
+    for (uint8_t row = 0; row < std::size(kSets); ++row)
+        if (kSets[row].graphic != Graphic::none)
+            rows[static_cast<size_t>(kSets[row].graphic)][static_cast<size_t>(kSets[row].final)] =
+                row;
+    return rows;
+}();
+
+constexpr const SetRow *RowAt(uint8_t row) { return row == kNoRow ? nullptr : &kSets[row]; }
+
+// The row of a number, or of a designation; null when the table has none.
+constexpr const SetRow *FindSet(uint16_t number)
 {
-    const uint8_t row = number < kNumbers ? kRowByNumber[number] : kNoRow;
-    return row == kNoRow ? nullptr : kRows + row;
+    return number < kNumbers ? RowAt(kRowByNumber[number]) : nullptr;
 }
-const SetRow *FindGraphicSet(Graphic graphic, char intermediate, char final);
 
-// The sequence that designates the set to the lowest of G0 to G3 that it can have; null for a code.
-const char *DesignationOf(const SetRow &set);
+constexpr const SetRow *FindGraphicSet(Graphic graphic, char intermediate, char final)
+{
+    const auto byte = static_cast<unsigned char>(final);
+    if (intermediate != 0 || byte >= kFinals)
+        return nullptr;
+    return RowAt(kRowByFinal[static_cast<size_t>(graphic)][byte]);
+}
+
+constexpr size_t RowOf(const SetRow &set) { return static_cast<size_t>(&set - kSets); }
+
+// The sequences that designate the sets, each to the lowest of G0 to G3 that it can have.
+struct Designating {
+    char text[5];
+};
+
+inline constexpr auto kDesignating = [] {
+    std::array<Designating, std::size(kSets)> all{};
+    for (size_t row = 0; row < std::size(kSets); ++row) {
+        const char final = kSets[row].final;
+        const bool isShort = final >= '@' && final <= 'B';
+        if (kSets[row].graphic == Graphic::set94)
+            all[row] = {{'\x1B', '(', final}};
+        else if (kSets[row].graphic == Graphic::set96)
+            all[row] = {{'\x1B', '-', final}};
+        else if (kSets[row].graphic == Graphic::set94n)
+            all[row] = isShort ? Designating{{'\x1B', '$', final}}
+                               : Designating{{'\x1B', '$', '(', final}};
+    }
+    return all;
+}();
+
+// Null for a code, which has none.
+constexpr const char *DesignationOf(const SetRow &set)
+{
+    return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;
+}
 
 } // namespace ccs
 

@@ -1,30 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The table of character sets.  To add one, add a row: docs/adding-a-character-set.md.
+// The table of character sets: data alone.  To add a set, add a row; how, and what else there is to
+// do, stands in docs/adding-a-character-set.md.
 //
 // Graphic sets carry their ISO-IR registration number.  A right half is registered apart from the
 // ASCII that it is used with; here its number stands for the pair, since that is what a text in
 // ISO 8859-1, say, is made of.  The same right half used in seven bits has 1000 more: its bytes
 // are others, so it is another kind.  Codes, which are ways to use several sets, begin at 1001.
-#include "services/ccs/sets.h"
+#ifndef SERVICES_CCS_TABLE_H
+#define SERVICES_CCS_TABLE_H
 
-#include <array>
+#include "services/ccs/row.h"
 
 namespace ccs
 {
-namespace
-{
 
-constexpr uint32_t kAscii = CS_FLAG_ASCII | CS_FLAG_ASCII_SUPERSET;
-constexpr uint32_t kByteCase = CS_FLAG_BYTE | CS_FLAG_CASE;
-constexpr uint32_t kLatin = kByteCase | CS_FLAG_ASCII_SUPERSET;
+inline constexpr uint32_t kAscii = CS_FLAG_ASCII | CS_FLAG_ASCII_SUPERSET;
+inline constexpr uint32_t kByteCase = CS_FLAG_BYTE | CS_FLAG_CASE;
+inline constexpr uint32_t kLatin = kByteCase | CS_FLAG_ASCII_SUPERSET;
 
-constexpr Graphic k94 = Graphic::set94;
-constexpr Graphic k96 = Graphic::set96;
-constexpr Graphic k94n = Graphic::set94n;
+inline constexpr Graphic k94 = Graphic::set94;
+inline constexpr Graphic k96 = Graphic::set96;
+inline constexpr Graphic k94n = Graphic::set94n;
 
 // clang-format off
-constexpr SetRow kSets[] = {
+inline constexpr SetRow kSets[] = {
     // Left halves.
     {.number = 6, .name = "IA5", .iconv = "ASCII", .flags = kByteCase | kAscii,
      .graphic = k94, .final = 'B', .left = 6, .start = {{6}}},
@@ -46,7 +46,7 @@ constexpr SetRow kSets[] = {
      .graphic = k96, .final = 'M', .left = 1148, .right = 148, .partner = 6, .start = {{6, 148}, 0, 1}},
     {.number = 203, .name = "ISO-8859-15", .iconv = "ISO-8859-15", .flags = kLatin,
      .graphic = k96, .final = 'b', .left = 1203, .right = 203, .partner = 6, .start = {{6, 203}, 0, 1}},
-    {.number = 13, .name = "JIS X 0201", .iconv = "JIS_X0201", .flags = kByteCase,
+    {.number = 13, .name = "JIS X 0201", .iconv = nullptr, .flags = kByteCase,
      .graphic = k94, .final = 'I', .left = 1013, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
     {.number = kT61, .name = "T.61", .iconv = "T.61-8BIT",
      .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES | kAscii, .escMode = 1, .units = Units::marked,
@@ -89,76 +89,6 @@ constexpr SetRow kSets[] = {
 };
 // clang-format on
 
-static_assert(std::size(kSets) < kNoRow);
-
-// The index of every graphic set by its size and its final byte.
-constexpr unsigned int kFinals = 0x80;
-constexpr auto kByFinal = [] {
-    std::array<std::array<uint8_t, kFinals>, 5> index{};
-    for (auto &row : index)
-        row.fill(kNoRow);
-    for (uint8_t row = 0; row < std::size(kSets); ++row)
-        if (kSets[row].graphic != Graphic::none)
-            index[static_cast<size_t>(kSets[row].graphic)][static_cast<size_t>(kSets[row].final)] =
-                row;
-    return index;
-}();
-
-struct Designating {
-    char text[5];
-};
-
-constexpr auto kDesignating = [] {
-    std::array<Designating, std::size(kSets)> all{};
-    for (size_t row = 0; row < std::size(kSets); ++row) {
-        const char final = kSets[row].final;
-        const bool isShort = final >= '@' && final <= 'B'; // ESC $ F means ESC $ ( F
-        switch (kSets[row].graphic) {
-        case k94:
-            all[row] = {{'\x1B', '(', final}};
-            break;
-        case k96:
-            all[row] = {{'\x1B', '-', final}};
-            break;
-        case k94n:
-            all[row] = isShort ? Designating{{'\x1B', '$', final}}
-                               : Designating{{'\x1B', '$', '(', final}};
-            break;
-        default:
-            break;
-        }
-    }
-    return all;
-}();
-
-const SetRow *RowAt(uint8_t index) { return index == kNoRow ? nullptr : &kSets[index]; }
-
-} // namespace
-
-const SetRow *const kRows = kSets;
-
-constexpr std::array<uint8_t, kNumbers> kRowByNumber = [] {
-    std::array<uint8_t, kNumbers> rows{};
-    rows.fill(kNoRow);
-    for (uint8_t row = 0; row < std::size(kSets); ++row)
-        rows[kSets[row].number] = row;
-    return rows;
-}();
-
-std::span<const SetRow> Sets() { return kSets; }
-
-const SetRow *FindGraphicSet(Graphic graphic, char intermediate, char final)
-{
-    const auto byte = static_cast<unsigned char>(final);
-    if (intermediate != 0 || byte >= kFinals)
-        return nullptr;
-    return RowAt(kByFinal[static_cast<size_t>(graphic)][byte]);
-}
-
-const char *DesignationOf(const SetRow &set)
-{
-    const char *text = kDesignating[static_cast<size_t>(&set - kSets)].text;
-    return text[0] == '\0' ? nullptr : text;
-}
-
 } // namespace ccs
+
+#endif

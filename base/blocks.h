@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Looking at many bytes at once.  A block is the next bytes of a text; a mask has a bit for each of
+// them, the lowest for the first.  Knows nothing of sets or services, so all may use it.
+//
+//     Load      the first bytes at `at`, a block or as many as there are, with zeros behind them
+//     Low7      clears the top bits
+//     Equal     flags the bytes of one value
+//     Controls  flags the bytes whose low seven bits are below 0x20
+//     Mask      of the flags; a byte of 0x80 and above is a flag too
+//
+// Flags are blocks again and go together by |; what stands below the top bit of a flag is void.
+#ifndef BASE_BLOCKS_H
+#define BASE_BLOCKS_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace blocks
+{
+
+// The first bytes at `at`, eight or as many as there are, with zeros behind them, as a number whose
+// lowest byte is the first.
+inline uint64_t LoadWord(const char *at, size_t avail)
+{
+    uint64_t word = 0;
+    if (avail >= 8) {
+        std::memcpy(&word, at, 8);
+    } else if (avail >= 4) { // two halves that overlap
+        uint32_t low;
+        uint32_t high;
+        std::memcpy(&low, at, 4);
+        std::memcpy(&high, at + avail - 4, 4);
+        word = low | static_cast<uint64_t>(high) << (avail - 4) * 8;
+    } else {
+        for (size_t i = 0; i < avail; ++i)
+            word |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << i * 8;
+    }
+    return word;
+}
+
+#if defined(__SSE2__)
+
+inline constexpr unsigned int kSize = 16;
+using Block = __m128i;
+
+inline Block Load(const char *at, size_t avail)
+{
+    if (avail >= kSize) {
+        Block block;
+        std::memcpy(&block, at, kSize);
+        return block;
+    }
+    if (avail <= 8)
+        return _mm_set_epi64x(0, static_cast<int64_t>(LoadWord(at, avail)));
+    const uint64_t high = LoadWord(at + avail - 8, 8) >> (kSize - avail) * 8;
+    return _mm_set_epi64x(static_cast<int64_t>(high), static_cast<int64_t>(LoadWord(at, 8)));
+}
+
+inline Block Equal(Block block, char byte) { return _mm_cmpeq_epi8(block, _mm_set1_epi8(byte)); }
+
+inline Block Controls(Block block) { return Equal(block & _mm_set1_epi8(0x60), 0); }
+
+inline Block Low7(Block block) { return block & _mm_set1_epi8(0x7F); }
+
+inline uint32_t Mask(Block flags) { return static_cast<uint32_t>(_mm_movemask_epi8(flags)); }
+
+#else
+
+inline constexpr unsigned int kSize = 8;
+using Block = uint64_t;
+inline constexpr Block kOnes = 0x0101010101010101;
+
+inline Block Load(const char *at, size_t avail) { return LoadWord(at, avail); }
+
+inline Block Low7(Block block) { return block & kOnes * 0x7F; }
+
+inline Block Equal(Block block, char byte)
+{
+    const Block differ = block ^ kOnes * static_cast<unsigned char>(byte);
+    return ~((Low7(differ) + kOnes * 0x7F) | differ);
+}
+
+inline Block Controls(Block block) { return ~(block << 1 | block << 2); }
+
+// Gathers the top bits: the product shifts each to a place of its own.
+inline uint32_t Mask(Block flags)
+{
+    return static_cast<uint32_t>((flags >> 7 & kOnes) * 0x0102040810204080 >> 56);
+}
+
+#endif
+
+// Every byte flagged, and one bit more, which ends each search.
+inline constexpr uint32_t kEnd = uint32_t{1} << kSize;
+inline constexpr uint32_t kAll = kEnd - 1;
+
+// How many bytes from the one at `from` on are not in the mask, up to the end of the block.
+inline unsigned int Free(uint32_t mask, unsigned int from)
+{
+    return static_cast<unsigned int>(std::countr_zero((mask | kEnd) >> from));
+}
+
+} // namespace blocks
+
+#endif

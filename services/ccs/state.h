@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The state of a text in ISO 2022: what is designated to G0 to G3 and what is invoked, how escape
+// and shift sequences change it, and which sequences lead from one state to another.
+#ifndef SERVICES_CCS_STATE_H
+#define SERVICES_CCS_STATE_H
+
+#include "services/ccs/sets.h"
+
+namespace ccs
+{
+
+inline constexpr unsigned char kEsc = 0x1B;
+inline constexpr unsigned char kSo = 0x0E;
+inline constexpr unsigned char kSi = 0x0F;
+
+// What one of G0 to G3 holds: a set of the table, a designation that the table does not know (set
+// is null), or nothing (final is 0 too).
+struct Designation {
+    const SetRow *set;
+    Graphic graphic;
+    char intermediate;
+    char final;
+};
+
+constexpr bool Holds(const Designation &held) { return held.set != nullptr || held.final != 0; }
+
+// How text is coded: by ISO 2022, or in another way that ESC % F began.
+enum class Coding : uint8_t { iso2022, utf8, unknown };
+
+// All that the meaning of the next byte depends on; small, and copied freely.
+struct State {
+    Designation g[4];
+    uint8_t left; // which of the four is invoked there, or kNowhere
+    uint8_t right;
+    Coding coding;
+    char codingFinal; // of the sequence that began it; '@' for ISO 2022
+};
+
+// The state in which a string of the set begins.
+constexpr State StartOf(const SetRow &set)
+{
+    State state = {};
+    state.left = set.start.left;
+    state.right = set.start.right;
+    state.coding = set.units == Units::utf8 ? Coding::utf8 : Coding::iso2022;
+    state.codingFinal = set.units == Units::utf8 ? 'G' : '@';
+    for (size_t element = 0; element < 4; ++element)
+        if (const SetRow *held = FindSet(set.start.g[element]); held != nullptr)
+            state.g[element] = {held, held->graphic, '\0', held->final};
+    return state;
+}
+
+// Carries out the `length` bytes at `at`, a sequence that began as an escape sequence or a locking
+// shift; without effect unless it is one that changes the state, and complete.
+void Apply(State *state, const char *at, size_t length);
+
+// The most bytes that RestoringEscapes writes.
+inline constexpr size_t kMostEscapes = 32;
+
+// Writes the sequences that lead from one state to the other, as far as sequences can: what holds
+// nothing in `to` keeps what it holds.  Returns their length; adds no NUL.
+size_t RestoringEscapes(const State &from, const State &to, char *out);
+
+} // namespace ccs
+
+#endif
