@@ -13,7 +13,7 @@
 namespace
 {
 
-// The walk of ccs_Get1stStr and ccs_GetNextStr, with the end of its text where that is the NUL, and
+// The walk of ccs_Get1stStr and ccs_GetNextStr, with the end of its text, which is sought once, and
 // the escapes answered last.
 __attribute__((tls_model("initial-exec"))) thread_local ccs::Walk theWalk;
 __attribute__((tls_model("initial-exec"))) thread_local const char *theEnd;
@@ -24,9 +24,10 @@ thread_local char theAsciiEscapes[ccs::kMostEscapes + 1];
 CSSegment *theList;
 size_t theListCapacity;
 
-size_t Avail(const char *text, int length)
+// Where the text ends: at its NUL or after `length` bytes.
+const char *EndOf(const char *text, int length)
 {
-    return length < 0 ? std::strlen(text) : static_cast<size_t>(length);
+    return text + (length < 0 ? std::strlen(text) : strnlen(text, static_cast<size_t>(length)));
 }
 
 const ccs::SetRow *SetOf(const CSDescriptor *cs) { return ccs::FindSet(cs->csNum); }
@@ -46,15 +47,14 @@ CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withI
 {
     ccs::Walk walk;
     ccs::Begin(&walk, *cs);
-    size_t avail = Avail(text, length);
+    const char *const end = EndOf(text, length);
     size_t used = 0;
     for (uint16_t kind = CS_SEG_NONE; kind != CS_SEG_END;) {
-        const ccs::Unit segment = ccs::NextSegment(&walk, text, avail);
+        const ccs::Unit segment = ccs::NextSegment(&walk, text, static_cast<size_t>(end - text));
         kind = segment.kind;
         if (withIgnored || kind != CS_SEG_IGNORE)
             PutIntoList({text, kind, 0, static_cast<uint32_t>(segment.length)}, used++);
         text += segment.length;
-        avail -= segment.length;
     }
     *count = static_cast<int>(used);
     return theList;
@@ -77,16 +77,16 @@ uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length,
                        unsigned int *segmentLength)
 {
     ccs::Begin(&theWalk, *cs);
-    theEnd = length < 0 ? text + std::strlen(text) : nullptr;
+    theEnd = EndOf(text, length);
     return ccs_GetNextStr(cs, text, length, segmentLength);
 }
 
 uint16_t ccs_GetNextStr(const CSDescriptor *, const char *text, int length,
                         unsigned int *segmentLength)
 {
-    const bool knowsEnd = length < 0 && theEnd != nullptr && text <= theEnd;
-    const size_t avail = knowsEnd ? static_cast<size_t>(theEnd - text) : Avail(text, length);
-    const ccs::Unit segment = ccs::NextSegment(&theWalk, text, avail);
+    if (text > theEnd)
+        theEnd = EndOf(text, length);
+    const ccs::Unit segment = ccs::NextSegment(&theWalk, text, static_cast<size_t>(theEnd - text));
     *segmentLength = static_cast<unsigned int>(segment.length);
     return segment.kind;
 }

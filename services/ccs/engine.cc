@@ -166,13 +166,14 @@ Sequence Character(const SetRow &set, const char *at, size_t avail)
 Unit CharacterUnit(const Half &half, bool alone, const char *at, size_t avail)
 {
     constexpr Unit raw = {CS_SEG_RAW, 1};
-    if (half.set == nullptr || (!half.is96 && !IsGraphic94(Byte(at))))
+    if (half.row == kNoRow || (!half.is96 && !IsGraphic94(Byte(at))))
         return raw;
-    const Sequence character = Character(*half.set, at, avail);
+    const SetRow &set = kSets[half.row];
+    const Sequence character = Character(set, at, avail);
     if (character.form != Form::complete)
         return raw;
     const unsigned char last = Byte(at + character.length - 1);
-    if (alone && half.set->units == Units::marked && last < 0x80)
+    if (alone && set.units == Units::marked && last < 0x80)
         return raw;
     return {half.kind, character.length};
 }
@@ -227,7 +228,7 @@ constexpr bool IsAlone(const View &view) { return view.left.kind != view.right.k
 
 constexpr bool IsMarked(const Half &half)
 {
-    return half.set != nullptr && half.set->units == Units::marked;
+    return half.row != kNoRow && kSets[half.row].units == Units::marked;
 }
 
 constexpr unsigned int LeftSingles(const View &view)
@@ -298,10 +299,10 @@ bool IsPair(const Run &run, const char *at, size_t avail)
 
 constexpr Half HalfOf(const Designation &held, uint16_t SetRow::*side)
 {
-    const SetRow *set = held.set;
-    if (set == nullptr || set->*side == 0)
-        return {nullptr, CS_SEG_RAW, 1, true, {}};
-    return {set, set->*side, set->bytes, set->graphic == Graphic::set96, {}};
+    if (held.row == kNoRow || kSets[held.row].*side == 0)
+        return {kNoRow, CS_SEG_RAW, 1, true, {}};
+    const SetRow &set = kSets[held.row];
+    return {held.row, set.*side, set.bytes, set.graphic == Graphic::set96, {}};
 }
 
 constexpr Half HalfOf(const State &state, uint8_t element, uint16_t SetRow::*side)
@@ -309,10 +310,16 @@ constexpr Half HalfOf(const State &state, uint8_t element, uint16_t SetRow::*sid
     return HalfOf(element == kNowhere ? Designation{} : state.g[element], side);
 }
 
+constexpr bool ArePartners(const Half &left, const Half &right)
+{
+    return left.row != kNoRow && right.row != kNoRow &&
+           kSets[right.row].partner == kSets[left.row].number;
+}
+
 constexpr View HalvesOf(const State &state, bool escapes)
 {
     if (state.coding == Coding::utf8) {
-        const Half half = {FindSet(kUtf8), kUtf8, 1, true, {}};
+        const Half half = {FindRow(kUtf8), kUtf8, 1, true, {}};
         return {half, half, true, true, escapes};
     }
     if (state.coding == Coding::unknown) {
@@ -322,9 +329,7 @@ constexpr View HalvesOf(const State &state, bool escapes)
     View view = {HalfOf(state, state.left, &SetRow::left),
                  HalfOf(state, state.right, &SetRow::right),
                  state.right != kNowhere && Holds(state.g[state.right]), false, escapes};
-    const bool partners = view.left.set != nullptr && view.right.set != nullptr &&
-                          view.right.set->partner == view.left.set->number;
-    if (partners)
+    if (ArePartners(view.left, view.right))
         view.left.kind = view.right.kind;
     return view;
 }
@@ -359,13 +364,12 @@ constexpr Beginning kUnknown = {{}, {ViewOf({}, false), ViewOf({}, true)}};
 // and with nothing known in the left.
 constexpr auto kSevenBitViews = [] {
     std::array<View, std::size(kSets) + 1> views{};
-    for (size_t row = 0; row <= std::size(kSets); ++row) {
-        State state = {};
-        state.right = kNowhere;
-        if (row < std::size(kSets))
-            state.g[0] = {&kSets[row], kSets[row].graphic, '\0', kSets[row].final};
+    for (uint8_t row = 0; row < std::size(kSets); ++row) {
+        State state;
+        state.g[0] = {row, kSets[row].graphic, '\0', kSets[row].final};
         views[row] = ViewOf(state, true);
     }
+    views[std::size(kSets)] = ViewOf(State{}, true);
     return views;
 }();
 
@@ -374,8 +378,8 @@ void Resolve(Walk *walk)
 {
     const State &state = walk->state;
     if (state.coding == Coding::iso2022 && state.right == kNowhere) {
-        const SetRow *left = state.left == kNowhere ? nullptr : state.g[state.left].set;
-        walk->view = &kSevenBitViews[left == nullptr ? std::size(kSets) : RowOf(*left)];
+        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
+        walk->view = &kSevenBitViews[std::min<size_t>(row, std::size(kSets))];
     } else {
         walk->own = ViewOf(state, true);
         walk->view = &walk->own;
@@ -394,7 +398,7 @@ Unit ShiftedUnit(const State &state, SingleShift shift, const char *at, size_t a
     if (IsControl(byte) || !Holds(held))
         return empty;
     const Half half = HalfOf(held, byte < 0x80 ? &SetRow::left : &SetRow::right);
-    if (half.set == nullptr)
+    if (half.row == kNoRow)
         return {CS_SEG_RAW, shift.length + 1};
     const Unit character = CharacterUnit(half, true, at + shift.length, avail - shift.length);
     if (character.kind == CS_SEG_RAW)

@@ -38,7 +38,7 @@ struct Run {
 
 // What a half of the code table means in a state.
 struct Half {
-    const SetRow *set; // null: the bytes are raw
+    uint8_t row; // kNoRow: the bytes are raw
     uint16_t kind;
     uint8_t bytes;
     bool is96;

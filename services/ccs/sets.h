@@ -40,23 +40,28 @@ inline constexpr auto kRowByFinal = [] {
     return rows;
 }();
 
-constexpr const SetRow *RowAt(uint8_t row) { return row == kNoRow ? nullptr : &kSets[row]; }
-
-// The row of a number, or of a designation; null when the table has none.
-constexpr const SetRow *FindSet(uint16_t number)
+// The row of a number, or of a designation; kNoRow when the table has none.
+constexpr uint8_t FindRow(uint16_t number)
 {
-    return number < kNumbers ? RowAt(kRowByNumber[number]) : nullptr;
+    return number < kNumbers ? kRowByNumber[number] : kNoRow;
 }
 
-constexpr const SetRow *FindGraphicSet(Graphic graphic, char intermediate, char final)
+constexpr uint8_t FindGraphicRow(Graphic graphic, char intermediate, char final)
 {
     const auto byte = static_cast<unsigned char>(final);
     if (intermediate != 0 || byte >= kFinals)
-        return nullptr;
-    return RowAt(kRowByFinal[static_cast<size_t>(graphic)][byte]);
+        return kNoRow;
+    return kRowByFinal[static_cast<size_t>(graphic)][byte];
 }
 
-constexpr size_t RowOf(const SetRow &set) { return static_cast<size_t>(&set - kSets); }
+// The set of a number; null when the table has none.
+inline const SetRow *FindSet(uint16_t number)
+{
+    const uint8_t row = FindRow(number);
+    return row == kNoRow ? nullptr : &kSets[row];
+}
+
+inline size_t RowOf(const SetRow &set) { return static_cast<size_t>(&set - kSets); }
 
 // The sequences that designate the sets, each to the lowest of G0 to G3 that it can have.
 struct Designating {
@@ -80,7 +85,7 @@ inline constexpr auto kDesignating = [] {
 }();
 
 // Null for a code, which has none.
-constexpr const char *DesignationOf(const SetRow &set)
+inline const char *DesignationOf(const SetRow &set)
 {
     return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;
 }

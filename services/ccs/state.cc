@@ -44,7 +44,7 @@ void Designate(State *state, const char *at, size_t length)
                                       : (is96 ? Graphic::set96 : Graphic::set94);
     const char intermediate = extra != 0 ? at[offset] : '\0';
     const char final = at[length - 1];
-    state->g[element] = {FindGraphicSet(graphic, intermediate, final), graphic, intermediate,
+    state->g[element] = {FindGraphicRow(graphic, intermediate, final), graphic, intermediate,
                          final};
 }
 

@@ -14,16 +14,16 @@ inline constexpr unsigned char kEsc = 0x1B;
 inline constexpr unsigned char kSo = 0x0E;
 inline constexpr unsigned char kSi = 0x0F;
 
-// What one of G0 to G3 holds: a set of the table, a designation that the table does not know (set
-// is null), or nothing (final is 0 too).
+// What one of G0 to G3 holds: a set of the table, a designation that the table does not know (row
+// is kNoRow), or nothing (final is 0 too).
 struct Designation {
-    const SetRow *set;
-    Graphic graphic;
-    char intermediate;
-    char final;
+    uint8_t row = kNoRow;
+    Graphic graphic = Graphic::none;
+    char intermediate = 0;
+    char final = 0;
 };
 
-constexpr bool Holds(const Designation &held) { return held.set != nullptr || held.final != 0; }
+constexpr bool Holds(const Designation &held) { return held.row != kNoRow || held.final != 0; }
 
 // How text is coded: by ISO 2022, or in another way that ESC % F began.
 enum class Coding : uint8_t { iso2022, utf8, unknown };
@@ -31,23 +31,25 @@ enum class Coding : uint8_t { iso2022, utf8, unknown };
 // All that the meaning of the next byte depends on; small, and copied freely.
 struct State {
     Designation g[4];
-    uint8_t left; // which of the four is invoked there, or kNowhere
-    uint8_t right;
-    Coding coding;
-    char codingFinal; // of the sequence that began it; '@' for ISO 2022
+    uint8_t left = 0; // which of the four is invoked there, or kNowhere
+    uint8_t right = kNowhere;
+    Coding coding = Coding::iso2022;
+    char codingFinal = '@'; // of the sequence that began it
 };
 
 // The state in which a string of the set begins.
 constexpr State StartOf(const SetRow &set)
 {
-    State state = {};
+    State state;
     state.left = set.start.left;
     state.right = set.start.right;
-    state.coding = set.units == Units::utf8 ? Coding::utf8 : Coding::iso2022;
-    state.codingFinal = set.units == Units::utf8 ? 'G' : '@';
+    if (set.units == Units::utf8) {
+        state.coding = Coding::utf8;
+        state.codingFinal = 'G';
+    }
     for (size_t element = 0; element < 4; ++element)
-        if (const SetRow *held = FindSet(set.start.g[element]); held != nullptr)
-            state.g[element] = {held, held->graphic, '\0', held->final};
+        if (const uint8_t row = FindRow(set.start.g[element]); row != kNoRow)
+            state.g[element] = {row, kSets[row].graphic, '\0', kSets[row].final};
     return state;
 }
 

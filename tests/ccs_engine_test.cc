@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The ISO 2022 engine on text that is bad, cut off or random.
+#include "tests/support/guarded.h"
+#include "tests/support/reader.h"
+#include "tests/support/text.h"
+
+#include <gtest/gtest.h>
+#include <platform/ccs.h>
+#include <str/str.h>
+
+#include <random>
+#include <vector>
+
+namespace
+{
+
+struct Row {
+    const char *set;
+    std::string_view bytes;
+    const char *segments;
+    const char *why;
+};
+
+const Row kBadText[] = {
+    {"ISO-2022-JP", "", "", "an empty text ends at once"},
+    {"ISO-2022-JP", "a\x1B", "6x1 -x1", "ESC alone at the end"},
+    {"ISO-2022-JP", "a\x1B$", "6x1 -x2", "a designation cut off"},
+    {"ISO-2022-JP", "a\x1B$(", "6x1 -x3", "... and later"},
+    {"ISO-2022-JP", "a\x1B[1;2", "6x1 -x5", "a control sequence cut off"},
+    {"ISO-2022-JP", "\x1B\nb", "-x1 6x2", "only the ESC of a malformed sequence is bad"},
+    {"ISO-2022-JP",
+     "\x1B(\xE9"
+     "b",
+     "-x1 6x1 ?x1 6x1", "... its other bytes are text"},
+    {"ISO-2022-JP", "\x1B[1\nm", "-x1 6x4", "a control sequence broken by a control"},
+    {"ISO-2022-JP", "\x1B[1;31mred\x1B[m", "-x7 6x3 -x3", "control sequences have no width"},
+    {"ISO-2022-JP", "\x1B(5ab\x1B(Bc", "-x3 ?x2 -x3 6x1", "an unknown set's bytes are raw"},
+    {"ISO-2022-JP", "\x1B$(Qabc\n", "-x4 ?x4", "... of any size, controls too"},
+    {"ISO-2022-JP", "\x1B(!Bx", "-x4 ?x1", "a second intermediate byte makes another set"},
+    {"ISO-2022-JP",
+     "\x0E"
+     "ab\x0F"
+     "c",
+     "-x1 ?x2 -x1 6x1", "SO without a designation"},
+    {"ISO-2022-JP", "\x1B$B\x46\x7C\x4B", "-x3 87x2 ?x1", "a lead byte at the end"},
+    {"ISO-2022-JP", "\x1B$B\x46\n\x46\x7C", "-x3 ?x1 87x3", "a lead byte before a control"},
+    {"ISO-2022-JP", "\x1B$B\x46\x20\x46\x7C", "-x3 ?x1 87x3", "... and before a space"},
+    {"ISO-2022-JP", "caf\xE9\x8E\xA1", "6x3 ?x3", "eight bits where only seven are used"},
+    {"ISO-2022-JP", std::string_view("\x1B$B\x46\0\x7C", 6), "-x3 ?x1", "a NUL inside a character"},
+    {"ISO-2022-JP", std::string_view("\x1B\0(B", 4), "-x1", "a NUL inside a sequence"},
+    {"ISO-2022-JP", "\x1BNa\x1BOb", "-x2 6x1 -x2 6x1", "single shifts to nothing"},
+    {"ISO-2022-JP", "\x1B.F\x1BNah\x1BNa", "-x3 1126x3 6x1 1126x3", "a shifted Greek letter"},
+    {"ISO-2022-JP", "\x1B.F\x1BN\n", "-x3 -x2 6x1", "a single shift before a control"},
+    {"ISO-2022-JP", "\x1B%Gcaf\xC3\xA9\xC3\x1B%@a", "-x3 196x5 ?x1 -x3 6x1", "into UTF-8 and back"},
+    {"ISO-2022-JP", "\x1B%1ab\x1B%@a", "-x3 ?x2 -x3 6x1", "into an unknown coding and back"},
+    {"EUC-JP", "\xC6\xFC\xC6", "87x2 ?x1", "a lead byte at the end"},
+    {"EUC-JP",
+     "\xC6"
+     "a\xC6\xFC",
+     "?x1 6x1 87x2", "a lead byte before ASCII"},
+    {"EUC-JP", "\x8E", "-x1", "a single shift at the end"},
+    {"EUC-JP", "\x8E\n\x8F\xB0", "-x1 6x1 -x1 ?x1", "single shifts without their character"},
+    {"EUC-JP", "\xA0\xFF\x80", "?x2 6x1", "bytes that a 94-set does not have"},
+    {"EUC-JP", "a\x1B$B\x46\x7C", "6x6", "no escapes in a code that has none"},
+    {"T.61", "\xC2", "?x1", "a mark at the end"},
+    {"T.61",
+     "e\xC2\n\xC2\xC8"
+     "e",
+     "103x1 ?x1 103x4", "a mark before a control; two on a letter"},
+    {"T.61",
+     "\xC1\xC1\xC1\xC1\xC1"
+     "e",
+     "?x1 103x5", "more marks than a letter carries"},
+    {"T.61", std::string_view("\xC2\0e", 3), "?x1", "a NUL between mark and base"},
+    {"T.61", "\x1B$B\x46\x7C\xC2\x46\xD0", "-x3 87x2 ?x2 103x1", "a mark whose base is no letter"},
+    {"T.61",
+     "a\x9B"
+     "31mb",
+     "103x1 -x4 103x1", "an eight-bit control sequence"},
+    {"UTF8", "a\xC3", "196x1 ?x1", "a sequence cut off"},
+    {"UTF8", "\xC0\x80\xED\xA0\x80z\xFF", "?x5 196x1 ?x1", "overlong, surrogate, no lead byte"},
+    {"UTF8", "\xE6\x97z", "?x2 196x1", "a sequence broken by ASCII"},
+    {"ISO-8859-1", "a\x1B$B\x80\xFF", "100x6", "escMode 0: all one segment"},
+};
+
+TEST(Engine, ReadsBadText)
+{
+    for (const Row &row : kBadText) {
+        const CSDescriptor cs = DescriptorOf(row.set);
+        const Guarded text(row.bytes);
+        EXPECT_EQ(SegmentsOf(cs, text.c_str()), row.segments) << row.set << ": " << row.why;
+        EXPECT_EQ(ListedSegmentsOf(cs, text.c_str()), row.segments) << row.set << ": " << row.why;
+        // A limit ends the text as its NUL does, and a limit beyond the NUL changes nothing.
+        const auto length = static_cast<int>(std::string_view(text.c_str()).size());
+        EXPECT_EQ(SegmentsOf(cs, (std::string(text.c_str()) + "\x46\x7C").c_str(), length),
+                  row.segments)
+            << row.set << ": " << row.why;
+        EXPECT_EQ(SegmentsOf(cs, text.c_str(), length + 1000), row.segments) << row.why;
+    }
+}
+
+const char *const kCodes[] = {"IA5",    "ISO-2022-JP", "ISO-2022-KR", "EUC-JP",
+                              "EUC-KR", "T.61",        "ISO-8859-1",  "JIS X 0201"};
+
+// Pieces that make random text come upon every rule: whole sequences, their parts, and characters.
+const std::string_view kPieces[] = {
+    "\x1B$B",
+    "\x1B(B",
+    "\x1B(J",
+    "\x1B$@",
+    "\x1B$)C",
+    "\x1B$(D",
+    "\x1B(I",
+    "\x1B-A",
+    "\x1B.F",
+    "\x1B*v",
+    "\x1B)u",
+    "\x1Bn",
+    "\x1Bo",
+    "\x1B~",
+    "\x1B}",
+    "\x1B|",
+    "\x1BN",
+    "\x1BO",
+    "\x1B",
+    "\x1B[1m",
+    "\x1B#3",
+    "\x1B(%",
+    "\x0E",
+    "\x0F",
+    "\x8E",
+    "\x8F",
+    "\x9B",
+    "\x80",
+    "\xA0",
+    "\xFF",
+    "\x7F",
+    " ",
+    "\n",
+    "\xC2",
+    "\xC8u",
+    "\x46\x7C",
+    "\xC6",
+    "\xC6\xFC",
+    "a",
+    "Zz",
+    "abcdefg",
+    "\xE9",
+    "\x46\x7C\x46\x7C\x46\x7C",
+    "~",
+    "0123456789012345678901234567890123456789",
+    "\xB0\xB1\xB2\xB3\xB4\xB5\xB6\xB7",
+};
+
+std::string RandomText(std::mt19937 &random, size_t mostPieces)
+{
+    std::string bytes;
+    for (size_t pieces = random() % mostPieces; pieces > 0; --pieces)
+        bytes += kPieces[random() % std::size(kPieces)];
+    if (random() % 4 == 0 && !bytes.empty())
+        bytes[random() % bytes.size()] = static_cast<char>(random() % 256);
+    // The slow reader does not know other codings; the rows above do.
+    return bytes.find("\x1B%") == bytes.npos ? bytes : "";
+}
+
+TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
+{
+    std::mt19937 random(20221);
+    for (int round = 0; round < 40000; ++round) {
+        const char *set = kCodes[random() % std::size(kCodes)];
+        const std::string bytes = RandomText(random, 14);
+        const Guarded text(bytes);
+        const CSDescriptor cs = {DescriptorOf(set).csNum, 1};
+        const std::string slow = ReadSlowly(set, bytes);
+        ASSERT_EQ(SegmentsOf(cs, text.c_str()), slow)
+            << set << " " << testing::PrintToString(bytes);
+        ASSERT_EQ(ListedSegmentsOf(cs, text.c_str()), slow) << testing::PrintToString(bytes);
+        str_dispstrlen(text.c_str(), &cs); // reads nothing beyond the text
+    }
+}
+
+// After every segment of every text, the model escapes alone bring about the same state: what
+// follows reads the same behind them as it did in the whole.
+TEST(Engine, ModelEscapesReestablishTheState)
+{
+    struct Stop {
+        const char *at;
+        std::string model;
+        std::string before; // what the walk has answered up to here
+    };
+    std::mt19937 random(1022);
+    for (int round = 0; round < 10000; ++round) {
+        const char *set = kCodes[random() % std::size(kCodes)];
+        const CSDescriptor cs = {DescriptorOf(set).csNum, 1};
+        const std::string bytes = RandomText(random, 10);
+        std::vector<Stop> stops;
+        std::string before;
+        const char *at = bytes.c_str();
+        unsigned int size = 0;
+        for (uint16_t kind = ccs_Get1stStr(&cs, at, -1, &size); kind != CS_SEG_END;
+             kind = ccs_GetNextStr(&cs, at, -1, &size)) {
+            at += size;
+            before += (before.empty() ? "" : " ") + Notation(kind, size);
+            int length = 0;
+            const char *model = ccs_GetModelEscapes(&length);
+            ASSERT_LE(length, 81);
+            stops.push_back({at, {model, static_cast<size_t>(length)}, before});
+        }
+        for (const Stop &stop : stops) {
+            const std::string after =
+                before.substr(std::min(before.size(), stop.before.size() + 1));
+            const std::string model = SegmentsOf(cs, stop.model.c_str());
+            ASSERT_EQ(model.find_first_not_of("-x0123456789 "), model.npos) << model;
+            const bool both = !model.empty() && !after.empty();
+            ASSERT_EQ(SegmentsOf(cs, (stop.model + stop.at).c_str()),
+                      model + (both ? " " : "") + after)
+                << set << " " << testing::PrintToString(bytes) << " at " << stop.at - bytes.c_str();
+        }
+    }
+}
+
+struct LengthRow {
+    const char *what;
+    uint16_t set;
+    std::string_view bytes;
+    unsigned int avail;
+    int length;
+};
+
+TEST(Engine, LengthServicesNeverCutAUnit)
+{
+    const LengthRow controls[] = {
+        {"a control", 6, "\n", 1, 1},
+        {"nothing there", 6, "\n", 0, 0},
+        {"a control sequence", 103,
+         "\x9B"
+         "31m",
+         9, 4},
+        {"... that does not fit", 103,
+         "\x9B"
+         "31m",
+         3, 0},
+        {"... that the NUL cuts", 103, "\x1B[3", 9, 0},
+        {"a malformed one", 103, "\x1B[\n", 9, 1},
+        {"SS2 with its character", 13, "\x8E\xB6", 2, 1},
+        {"SS2 without", 13, "\x8E\xB6", 1, 0},
+        {"SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
+        {"SS3 with all of it", 159, "\x8F\xB0\xA1", 3, 1},
+        {"SS2 in seven bits", 1126, "\x1BNa", 3, 2},
+        {"... without its character", 1126, "\x1BNa", 2, 0},
+    };
+    for (const LengthRow &row : controls) {
+        const Guarded text(row.bytes);
+        const CSDescriptor cs = {row.set, 1};
+        EXPECT_EQ(ccs_GetCtrlLen(text.c_str(), row.avail, &cs), row.length) << row.what;
+    }
+    const LengthRow baseUnits[] = {
+        {"a letter", 103, "e", 1, 1},
+        {"mark and letter", 103,
+         "\xC2"
+         "e",
+         2, 2},
+        {"... that do not fit", 103,
+         "\xC2"
+         "e",
+         1, 0},
+        {"... that the NUL parts", 103, "\xC2", 9, 0},
+        {"two marks", 103,
+         "\xC2\xC8"
+         "e",
+         3, 3},
+        {"a mark alone", 103, "\xC2\n", 2, 1},
+        {"UTF-8", 196, "\xE6\x97\xA5", 3, 3},
+        {"... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
+        {"... malformed", 196, "\x97", 1, 1},
+    };
+    for (const LengthRow &row : baseUnits) {
+        const Guarded text(row.bytes);
+        const CSDescriptor cs = {row.set, 1};
+        EXPECT_EQ(ccs_GetT61BaseUnitLen(text.c_str(), row.avail, &cs), row.length) << row.what;
+    }
+}
+
+// ccs_GetNextCharLen walks over anything: always on, never beyond, and counting each character.
+TEST(Engine, NextCharLenAlwaysMovesOn)
+{
+    const struct {
+        uint16_t set;
+        std::string_view bytes;
+        const char *units; // lengths; in brackets what does not count
+    } rows[] = {
+        {6, "a \x7F\n", "1 1 1 1"},
+        {87, "\x46\x7C\x46", "2 1"},
+        {103,
+         "\xC2"
+         "e\xC2",
+         "2 1"},
+        {13, "\x8E\xB6\x8E", "(1) 1 1"},
+        {196, "\xC3\xA9\xC3", "2 1"},
+        {4711, "\x46\x7C", "1 1"},
+    };
+    for (const auto &row : rows) {
+        const Guarded text(row.bytes);
+        const CSDescriptor cs = {row.set, 1};
+        std::string units;
+        for (int at = 0, left = static_cast<int>(row.bytes.size()); left > 0;) {
+            int length = 0;
+            const bool counts = ccs_GetNextCharLen(text.c_str() + at, left, &length, &cs) != 0;
+            ASSERT_GE(length, 1);
+            ASSERT_LE(length, left);
+            const std::string shown = std::to_string(length);
+            units += (units.empty() ? "" : " ") + (counts ? shown : "(" + shown + ")");
+            at += length;
+            left -= length;
+        }
+        EXPECT_EQ(units, row.units) << row.set;
+        int length = 7;
+        EXPECT_EQ(ccs_GetNextCharLen(text.c_str(), 0, &length, &cs), 0);
+        EXPECT_EQ(length, 0);
+    }
+}
+
+// Matching works on what carries characters.
+TEST(Engine, RealSegmentsLeaveOutTheIgnored)
+{
+    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
+    int count = 0;
+    const CSSegment *list = ccs_GetRealStrs(&cs, "a\x1B$B\x46\x7C\x1B(Bb", -1, &count);
+    ASSERT_EQ(count, 4);
+    EXPECT_EQ(list[0].kind, 6);
+    EXPECT_EQ(list[1].kind, 87);
+    EXPECT_EQ(std::string_view(list[1].text, list[1].length), "\x46\x7C");
+    EXPECT_EQ(list[2].kind, 6);
+    EXPECT_EQ(list[3].kind, CS_SEG_END);
+    list = ccs_GetRealStrs(&cs, "", -1, &count);
+    ASSERT_EQ(count, 1);
+    EXPECT_EQ(list[0].kind, CS_SEG_END);
+}
+
+// A text of many segments costs time in proportion and a list that grows.
+TEST(Engine, ListsManySegments)
+{
+    std::string bytes;
+    for (int i = 0; i < 5000; ++i)
+        bytes += "\x1B$B\x46\x7C\x1B(Ba";
+    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
+    int count = 0;
+    const CSSegment *list = ccs_GetAllStrs(&cs, bytes.c_str(), -1, &count);
+    ASSERT_EQ(count, 20001);
+    EXPECT_EQ(list[19999].kind, 6);
+    EXPECT_EQ(list[19999].text, bytes.data() + bytes.size() - 1);
+    EXPECT_EQ(str_dispstrlen(bytes.c_str(), &cs), 10000U);
+}
+
+} // namespace

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Sample text for every set of the table, read by the service and, independently, by iconv.
+#include "services/services.h"
+#include "tests/support/guarded.h"
+#include "tests/support/text.h"
+
+#include <gtest/gtest.h>
+#include <platform/ccs.h>
+#include <str/str.h>
+
+#include <algorithm>
+#include <map>
+
+namespace
+{
+
+struct Sample {
+    const char *set;
+    std::string_view bytes;
+    const char *segments;
+    unsigned int columns;
+};
+
+// What a text of each set looks like: real words, with the bytes that make the set special.
+const Sample kSamples[] = {
+    {"IA5", "Hello, world", "6x12", 12},
+    {"JIS X 0201 ROMAN", "\\100 ~", "14x6", 6},
+    {"T.61 PRIMARY", "Oslo 1984", "102x9", 9},
+    {"ISO-8859-1", "na\xEFve caf\xE9", "100x10", 10},
+    {"ISO-8859-2",
+     "\xA3\xF3"
+     "d\xBC",
+     "101x4", 4},
+    {"ISO-8859-5", "\xBC\xDE\xE1\xDA\xD2\xD0 1", "144x8", 8},
+    {"ISO-8859-7", "\xC1\xE8\xDE\xED\xE1", "126x5", 5},
+    {"ISO-8859-9", "\xDDstanbul", "148x8", 8},
+    {"ISO-8859-15", "5 \xA4", "203x3", 3},
+    {"JIS X 0201", "\xB6\xC5 kana", "13x7", 7},
+    {"T.61",
+     "Ren\xC2\x65 M\xC8uller, \xCA"
+     "Angstr\xC8om \xF9",
+     "103x27", 23},
+    {"T.61",
+     "Dvo\xCF"
+     "r\xC2"
+     "ak \x1B$B\x46\x7C\x1B(B Tokyo",
+     "103x9 -x3 87x2 -x3 6x6", 14},
+    {"ISO-8859-1 RIGHT HALF", "cafi", "1100x4", 4},
+    {"ISO-8859-2 RIGHT HALF", "#s", "1101x2", 2},
+    {"ISO-8859-5 RIGHT HALF", "<^a", "1144x3", 3},
+    {"ISO-8859-7 RIGHT HALF", "Ah^ma", "1126x5", 5},
+    {"ISO-8859-9 RIGHT HALF", "]", "1148x1", 1},
+    {"ISO-8859-15 RIGHT HALF", "$", "1203x1", 1},
+    {"JIS X 0201 KATAKANA", "6E", "1013x2", 2},
+    {"JIS C 6226-1978", "\x46\x7C\x4B\x5C", "42x4", 2},
+    {"JIS X 0208", "\xC6\xFC\xCB\xDC", "87x4", 2},
+    {"JIS X 0212", "\xB0\xA1\xB0\xA2", "159x4", 2},
+    {"KS X 1001", "\xC7\xD1\xB1\xDB", "149x4", 2},
+    {"GB 2312", "\xD6\xD0\xCE\xC4", "58x4", 2},
+    {"ISO-2022-JP", "Re: \x1B$B\x46\x7C\x4B\x5C\x38\x6C\x1B(B mail", "6x4 -x3 87x6 -x3 6x5", 12},
+    {"ISO-2022-JP", "\x1B$@\x46\x7C\x4B\x5C\x1B(J\\500\x1B(B", "-x3 42x4 -x3 14x4 -x3", 6},
+    {"ISO-2022-KR", "\x1B$)C\x0E\x47\x51\x31\x5B\x0F ok", "-x4 -x1 149x4 -x1 6x3", 5},
+    {"EUC-JP", "a\xC6\xFC\x8E\xB6\x8E\xC5\x8F\xB0\xA1.", "6x1 87x2 13x4 159x3 6x1", 6},
+    {"EUC-KR", "\xC7\xD1\xB1\xDB text", "149x4 6x5", 7},
+    {"EUC-CN", "\xD6\xD0\xCE\xC4 (wen)", "58x4 6x6", 8},
+    {"UTF8", "caf\xC3\xA9 \xE6\x97\xA5\xF0\x9F\x98\x80", "196x13", 7},
+};
+
+// How iconv reads the bytes of one kind alone, and whether their top bits are to be set first.
+struct Reading {
+    const char *iconv;
+    bool setTopBits;
+};
+const std::map<uint16_t, Reading> kReadings = {
+    {6, {"ASCII", false}},        {14, {"ISO646-JP", false}},    {100, {"ISO-8859-1", false}},
+    {101, {"ISO-8859-2", false}}, {144, {"ISO-8859-5", false}},  {126, {"ISO-8859-7", false}},
+    {148, {"ISO-8859-9", false}}, {203, {"ISO-8859-15", false}}, {103, {"T.61-8BIT", false}},
+    {42, {"EUC-JP", true}},       {87, {"EUC-JP", true}},        {149, {"EUC-KR", true}},
+    {58, {"EUC-CN", true}},       {196, {"UTF-8", false}},       {13, {"EUC-JP", false}},
+    {159, {"EUC-JP", false}},
+};
+
+std::u32string ReadAlone(uint16_t kind, std::string bytes)
+{
+    const Reading &reading = kReadings.at(kind);
+    if (reading.setTopBits)
+        for (char &byte : bytes)
+            byte = static_cast<char>(byte | '\x80');
+    return Decode(reading.iconv, bytes).value_or(U"(unreadable)");
+}
+
+std::string ShowSample(const testing::TestParamInfo<Sample> &info)
+{
+    std::string name = info.param.set;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return isalnum(c) == 0; }, '_');
+    return name + "_" + std::to_string(info.index);
+}
+
+class SampleText : public testing::TestWithParam<Sample>
+{
+};
+
+TEST_P(SampleText, DividesAndMeasures)
+{
+    const Sample &sample = GetParam();
+    const CSDescriptor cs = DescriptorOf(sample.set);
+    const Guarded text(sample.bytes);
+    EXPECT_EQ(SegmentsOf(cs, text.c_str()), sample.segments);
+    EXPECT_EQ(ListedSegmentsOf(cs, text.c_str()), sample.segments);
+    EXPECT_EQ(str_dispstrlen(text.c_str(), &cs), sample.columns);
+    // With escapes allowed, text without any reads the same.
+    const CSDescriptor switching = {cs.csNum, 1};
+    EXPECT_EQ(SegmentsOf(switching, text.c_str()), sample.segments);
+    EXPECT_EQ(str_dispstrlen(text.c_str(), &switching), sample.columns);
+}
+
+// Up to every boundary that we see, iconv reads as many characters; and the segment alone, as text
+// of its own kind, reads as what it adds to the whole.
+TEST_P(SampleText, AgreesWithIconv)
+{
+    const Sample &sample = GetParam();
+    const CSDescriptor cs = DescriptorOf(sample.set);
+    const char *iconvName = nullptr;
+    ccs_SetInfo info;
+    for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i)
+        if (info.number == cs.csNum)
+            iconvName = info.iconvName;
+    const bool switchesInT61 = cs.csNum == 103 && sample.bytes.find('\x1B') != sample.bytes.npos;
+    if (iconvName == nullptr || switchesInT61)
+        return; // iconv has no such code: the segments are told by the row above alone
+
+    int count = 0;
+    const CSSegment *list = ccs_GetAllStrs(&cs, sample.bytes.data(), -1, &count);
+    size_t end = 0;
+    std::u32string before;
+    for (int i = 0; i < count - 1; ++i) {
+        const std::string bytes(list[i].text, list[i].length);
+        end += list[i].length;
+        const auto upTo = Decode(iconvName, sample.bytes.substr(0, end));
+        ASSERT_TRUE(upTo.has_value()) << "iconv sees no boundary at byte " << end;
+        const std::u32string added = upTo->substr(before.size());
+        if (list[i].kind == CS_SEG_IGNORE) {
+            EXPECT_EQ(added, U"");
+        } else {
+            const CSDescriptor segCs = {list[i].kind, cs.escMode};
+            EXPECT_EQ(str_GetDispLen(list[i].text, list[i].length, &segCs),
+                      static_cast<int>(added.size()));
+            EXPECT_EQ(ReadAlone(list[i].kind, bytes), added);
+        }
+        before = *upTo;
+    }
+    EXPECT_EQ(end, sample.bytes.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ccs, SampleText, testing::ValuesIn(kSamples), ShowSample);
+
+TEST(SetTable, EverySetHasASampleAndConsistentData)
+{
+    ccs_SetInfo info;
+    for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i) {
+        const auto isOfSet = [&](const Sample &sample) {
+            return sample.set == std::string(info.name);
+        };
+        EXPECT_TRUE(std::any_of(std::begin(kSamples), std::end(kSamples), isOfSet)) << info.name;
+        const CSDescriptor cs = {info.number, 0};
+        EXPECT_STREQ(ccs_GetCSName(&cs), info.name);
+        EXPECT_EQ(ccs_GetCSFlags(&cs), info.flags) << info.name;
+        // Plain byte operations are for sets of one byte a character alone.
+        EXPECT_TRUE((info.flags & CS_FLAG_BYTE) == 0 || ccs_GetNumBytes(&cs) == 1) << info.name;
+        // A designation leads to the set that it is of.
+        if (info.designation != nullptr) {
+            const std::string escape = info.designation;
+            const bool is96 = escape[1] == '-';
+            const std::string text = escape + (is96 ? "\x0E" : "") + "!!";
+            const CSDescriptor ia5 = {6, 1};
+            const std::string segments = SegmentsOf(ia5, text.c_str());
+            const std::string kind = segments.substr(segments.rfind(' ') + 1);
+            EXPECT_TRUE(kind == Notation(info.number, 2) || kind == "?x2" ||
+                        kind == Notation(static_cast<uint16_t>(1000 + info.number), 2))
+                << info.name << ": " << segments;
+        }
+    }
+    EXPECT_EQ(ccs_GetSetInfo(-1, &info), 0);
+    EXPECT_EQ(ccs_GetSetInfo(ccs_GetSetCount(), &info), 0);
+}
+
+TEST(SetTable, AnUnknownNameIsRawThroughout)
+{
+    CSDescriptor cs = {6, 6};
+    EXPECT_EQ(ccs_GetCSDescriptor("no such set", &cs), 0);
+    EXPECT_EQ(SegmentsOf(cs, "a\xFF\n"), "?x3");
+    EXPECT_STREQ(ccs_GetCSName(&cs), "");
+    EXPECT_EQ(str_dispstrlen("a\xFF\n", &cs), 3U);
+}
+
+} // namespace

@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck disable=SC1003,SC2016 # backslashes and dollar signs mean themselves
+# check_strtool.sh STRTOOL SAMPLES: what strtool prints and how it ends, at the boundary.
+set -uo pipefail
+strtool=$1 samples=$2
+failures=0
+
+fail() {
+    printf '%s\n' "$@"
+    failures=$((failures + 1))
+}
+
+# Runs strtool with the arguments; its exit code and all that it prints, errors included, must be as
+# said: `row` the very text, `like` a pattern. Standard input is `input`, as printf writes it.
+input=
+run() { # ARGUMENT...
+    # shellcheck disable=SC2059 # for its escapes
+    shown=$(printf "$input" | "$strtool" "$@" 2>&1)
+    shown_status=$?
+}
+row() { # STATUS PRINTED ARGUMENT...
+    run "${@:3}"
+    [[ $shown_status == "$1" && $shown == "$2" ]] || differs "$@"
+}
+like() { # STATUS PATTERN ARGUMENT...
+    run "${@:3}"
+    # shellcheck disable=SC2053 # a pattern
+    [[ $shown_status == "$1" && $shown == $2 ]] || differs "$@"
+}
+differs() { fail "strtool ${*:3}" "expected [$1]:" "$2" "shown [$shown_status]:" "$shown"; }
+
+# ---- The command line
+like 0 'strtool [0-9]*.[0-9]*' --version
+like 0 '*inspect*' --help
+like 0 '*--charset*' width --help
+like 2 'strtool: *--help*'
+like 2 'strtool: *' nosuchverb
+like 2 'strtool: *' width --nosuch
+like 2 'strtool: *' inspect --color=blue a
+like 2 "strtool: *'klingon'*strtool sets*" width --charset klingon a
+for bad in '\q' '\x4' '\xg0' 'end\'; do like 2 'strtool: *backslash*' width good "$bad"; done
+"$strtool" sets >/dev/full 2>/dev/null
+[[ $? == 1 ]] || fail 'a full device must give 1'
+like 0 '*87 *JIS X 0208 * 2 * ESC $ B *case*' sets
+
+# ---- width
+row 0 $'2\n3\n0\n2' width ab '\e\n\t' '' '\x41\\'
+row 0 $'5\n5\n2\n3\n4' width -- '[a,b]' width '{}' '-x-' '%%%%'
+row 0 3 width --charset utf-8 $'hé世'
+row 0 4 width --charset iso-2022-jp 'A\e$B$"$$\e(BB'
+row 0 4 width --charset ISO-2022-JP --utf8-in $'AあいB'
+row 0 4 width --charset t.61 --utf8-in $'René'
+like 1 $'1\nstrtool: text 2: *é*ISO-8859-5*' width --charset ISO-8859-5 --utf8-in a $'xé'
+like 1 'strtool: text 1: byte 2 *' width --utf8-in 'a\xFF'
+like 1 'strtool: text 1: *JIS X 0208' width --charset 'JIS X 0208' --utf8-in a
+row 0 '' width
+input='ab\n\nlong\\e\r'
+row 0 $'2\n0\n7' width
+input='ab\0cd\nx'
+row 0 $'strtool: line 1 ends at the NUL in it\n2\n1' width --charset ia5
+input=
+
+# ---- inspect: text, escapes and raw bytes, what can be decoded
+row 0 'offset  kind    bytes  columns  data  text
+        total       0        0  0 segments of UTF8' inspect ''
+row 0 $'offset  kind        bytes  columns  data  text
+     0  IA5             1        1  A     A
+     1  escape          3        0  \\e$B
+     4  JIS X 0208      4        2  $"$$  あい
+     8  escape          3        0  \\e(B
+    11  IA5             2        2  B\\\\   B\\
+        total          13        5  5 segments of ISO-2022-JP' \
+    inspect --charset iso-2022-jp 'A\e$B$"$$\e(BB\\'
+like 0 '* 1  raw * 1 * 1  \\xC2'$'\n*' inspect --charset t.61 'e\xC2'
+like 0 $'* JIS X 0212 * 丂\n*' inspect --charset EUC-JP '\x8F\xB0\xA1'
+like 0 $'* KS X 1001 * 가\n*' inspect --charset t.61 '\e$)C\e~\xB0\xA1'
+like 0 '* a\\x99 *a\\u{99}'$'\n*' inspect --charset iso-8859-1 'a\x99'
+like 0 $'*\e[[]2m\\\\e(B\e[[]0m*' inspect --color always --charset t.61 '\e(B'
+
+# ---- The samples: nothing raw, nothing that cannot be decoded
+for file in "$samples"/*.txt; do
+    set=$(basename "$file" .txt)
+    shown=$("$strtool" inspect --charset "$set" <"$file") || fail "$file: inspect failed"
+    ! grep -E ' raw |·' <<<"$shown" || fail "$file: the lines above"
+done
+STRTOOL=$strtool "$samples/tour.sh" >/dev/null || fail 'the tour stopped'
+
+# ---- Cost grows with the length
+long() { yes 'A\e$B$"\e(B' | head -n 150000 | tr -d '\n' | sed 's/\\e/\x1B/g'; }
+[[ $(long | timeout 60 "$strtool" inspect --charset iso-2022-jp | tail -n 1) == \
+    *" 1350000 "*" 300000  600000 segments "* ]] || fail 'a long text'
+
+((failures == 0)) || { echo "$failures failed"; exit 1; }

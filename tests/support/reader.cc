@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/reader.h"
+
+#include "tests/support/text.h"
+
+#include <array>
+#include <map>
+
+namespace
+{
+
+// A graphic set: the kinds of its text in each half (0: not a set of this half), its bytes, and the
+// set that it makes one text with.
+struct Set {
+    uint16_t left, right;
+    unsigned int bytes;
+    uint16_t partner;
+};
+
+// By size, intermediate bytes and final byte: "94 B", "96 A", "94n B".
+const std::map<std::string, Set> kSets = {
+    {"94 B", {6, 0, 1, 0}},      {"94 J", {14, 0, 1, 0}},     {"94 u", {102, 0, 1, 0}},
+    {"94 I", {1013, 13, 1, 14}}, {"94 v", {0, 103, 1, 102}},  {"96 A", {1100, 100, 1, 6}},
+    {"96 F", {1126, 126, 1, 6}}, {"94n @", {42, 42, 2, 0}},   {"94n B", {87, 87, 2, 0}},
+    {"94n D", {159, 159, 2, 0}}, {"94n C", {149, 149, 2, 0}}, {"94n A", {58, 58, 2, 0}},
+};
+
+struct Code {
+    std::array<std::string, 4> g;
+    int left, right;
+};
+const std::map<std::string, Code> kCodes = {
+    {"IA5", {{"94 B"}, 0, -1}},
+    {"ISO-2022-JP", {{"94 B"}, 0, -1}},
+    {"ISO-2022-KR", {{"94 B"}, 0, -1}},
+    {"EUC-JP", {{"94 B", "94n B", "94 I", "94n D"}, 0, 1}},
+    {"EUC-KR", {{"94 B", "94n C"}, 0, 1}},
+    {"T.61", {{"94 u", "", "94 v"}, 0, 2}},
+    {"ISO-8859-1", {{"94 B", "96 A"}, 0, 1}},
+    {"JIS X 0201", {{"94 J", "94 I"}, 0, 1}},
+};
+
+struct Reader {
+    std::string_view text;
+    Code code;
+
+    unsigned int At(size_t i) const
+    {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+    }
+    std::string Held(int element) const
+    {
+        return element < 0 ? "" : code.g.at(static_cast<size_t>(element));
+    }
+    Set SetOf(int element) const
+    {
+        const auto found = kSets.find(Held(element));
+        return found == kSets.end() ? Set{0, 0, 1, 0} : found->second;
+    }
+    // One text of both halves: then the left half's kind is that of the right.
+    bool Partners() const
+    {
+        const uint16_t left = SetOf(code.left).left;
+        return left != 0 && SetOf(code.right).partner == left;
+    }
+    uint16_t LeftKind() const
+    {
+        const uint16_t kind = Partners() ? SetOf(code.right).right : SetOf(code.left).left;
+        return kind == 0 ? uint16_t{CS_SEG_RAW} : kind;
+    }
+
+    struct Unit {
+        uint16_t kind;
+        size_t length;
+    };
+
+    // The character at i in the set that `element` holds.
+    Unit Character(size_t i, int element, bool baseInLeft, bool invoked) const
+    {
+        const Unit raw = {CS_SEG_RAW, 1};
+        const unsigned int byte = At(i), low = byte & 0x7F;
+        const Set set = SetOf(element);
+        const bool inRight = byte >= 0x80;
+        const uint16_t own = inRight ? set.right : set.left;
+        if (own == 0)
+            return raw;
+        const bool is96 = Held(element).substr(0, 2) == "96";
+        if ((low == 0x20 || low == 0x7F) && !is96)
+            return raw;
+        const uint16_t kind = inRight || !invoked ? own : LeftKind();
+        if (own == 103 && byte >= 0xC1 && byte <= 0xCF) {
+            size_t marks = 0;
+            while (At(i + marks) >= 0xC1 && At(i + marks) <= 0xCF)
+                ++marks;
+            const unsigned int base = At(i + marks);
+            const bool leftBase = base >= 0x20 && base <= 0x7E && baseInLeft;
+            const bool rightBase = base >= 0xA1 && base <= 0xFE;
+            return marks <= 4 && (leftBase || rightBase) ? Unit{kind, marks + 1} : raw;
+        }
+        if (set.bytes == 1)
+            return {kind, 1};
+        const unsigned int trail = At(i + 1);
+        const bool isTrail =
+            trail / 0x80 == byte / 0x80 && (trail & 0x7F) > 0x20 && (trail & 0x7F) < 0x7F;
+        return isTrail ? Unit{kind, 2} : raw;
+    }
+
+    // An escape or control sequence that begins at i and whose body begins `skip` bytes later.
+    size_t Sequence(size_t i, size_t skip, bool control) const
+    {
+        size_t end = i + skip;
+        while (control && At(end) >= 0x30 && At(end) <= 0x3F)
+            ++end;
+        while (At(end) >= 0x20 && At(end) <= 0x2F)
+            ++end;
+        if (At(end) == 0)
+            return end - i; // cut off
+        const bool isFinal = At(end) >= (control ? 0x40U : 0x30U) && At(end) <= 0x7E;
+        return isFinal ? end + 1 - i : 1;
+    }
+
+    Unit Shifted(size_t i, size_t shift, int element) const
+    {
+        const unsigned int byte = At(i + shift);
+        if ((byte & 0x60) == 0 || Held(element).empty())
+            return {CS_SEG_IGNORE, shift};
+        const Set set = SetOf(element);
+        if ((byte < 0x80 ? set.left : set.right) == 0)
+            return {CS_SEG_RAW, shift + 1};
+        const Unit character = Character(i + shift, element, false, false);
+        if (character.kind == CS_SEG_RAW)
+            return {CS_SEG_IGNORE, shift};
+        return {character.kind, shift + character.length};
+    }
+
+    Unit UnitAt(size_t i) const
+    {
+        const unsigned int byte = At(i);
+        const bool c1 = code.right >= 0 && !Held(code.right).empty();
+        if (byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
+            return Shifted(i, 2, At(i + 1) == 'N' ? 2 : 3);
+        if (byte == 0x1B)
+            return {CS_SEG_IGNORE, At(i + 1) == '[' ? Sequence(i, 2, true) : Sequence(i, 1, false)};
+        if (byte == 0x0E || byte == 0x0F)
+            return {CS_SEG_IGNORE, 1};
+        if (c1 && (byte == 0x8E || byte == 0x8F) && !Held(byte == 0x8E ? 2 : 3).empty())
+            return Shifted(i, 1, byte == 0x8E ? 2 : 3);
+        if (c1 && byte == 0x9B)
+            return {CS_SEG_IGNORE, Sequence(i, 1, true)};
+        if (byte >= 0x80 && byte < 0xA0 && !c1)
+            return {CS_SEG_RAW, 1};
+        if ((byte & 0x60) == 0 || byte == 0x20 || byte == 0x7F)
+            return {LeftKind(), 1};
+        const bool inRight = byte >= 0x80;
+        return Character(i, inRight ? code.right : code.left, Partners(), true);
+    }
+
+    void Apply(std::string_view sequence)
+    {
+        const char final = sequence.back();
+        if (sequence == "\x0E" || sequence == "\x0F")
+            code.left = sequence == "\x0E" ? 1 : 0;
+        if (sequence[0] != '\x1B' || sequence.size() < 2 || final < 0x30)
+            return;
+        const std::map<std::string_view, std::pair<int *, int>> shifts = {
+            {"\x1Bn", {&code.left, 2}},  {"\x1Bo", {&code.left, 3}},  {"\x1B~", {&code.right, 1}},
+            {"\x1B}", {&code.right, 2}}, {"\x1B|", {&code.right, 3}},
+        };
+        if (const auto shift = shifts.find(sequence); shift != shifts.end())
+            *shift->second.first = shift->second.second;
+        std::string_view between = sequence.substr(1, sequence.size() - 2);
+        const bool many = !between.empty() && between[0] == '$';
+        if (many)
+            between.remove_prefix(1);
+        const bool implied = many && between.empty();
+        const size_t element =
+            implied ? 0 : std::string_view("()*+,-./").find(between.substr(0, 1));
+        if ((between.empty() && !implied) || element > 7 || element == 4)
+            return;
+        const std::string size = std::string(element > 4 ? "96" : "94") + (many ? "n" : "") + " ";
+        code.g.at(element % 4) = size + std::string(between.substr(implied ? 0 : 1)) + final;
+    }
+};
+
+} // namespace
+
+std::string ReadSlowly(const std::string &setName, std::string_view bytes)
+{
+    Reader reader = {bytes.substr(0, bytes.find('\0')), kCodes.at(setName)};
+    std::string segments;
+    uint16_t runKind = CS_SEG_END;
+    unsigned int run = 0;
+    const auto close = [&] {
+        if (run != 0)
+            segments += (segments.empty() ? "" : " ") + Notation(runKind, run);
+        run = 0;
+    };
+    for (size_t i = 0; i < reader.text.size();) {
+        const Reader::Unit unit = reader.UnitAt(i);
+        if (unit.kind != runKind || unit.kind == CS_SEG_IGNORE)
+            close();
+        runKind = unit.kind;
+        run += static_cast<unsigned int>(unit.length);
+        if (unit.kind == CS_SEG_IGNORE)
+            reader.Apply(reader.text.substr(i, unit.length));
+        i += unit.length;
+    }
+    close();
+    return segments;
+}

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/text.h"
+
+#include <iconv.h>
+#include <platform/ccs.h>
+
+#include <stdexcept>
+
+CSDescriptor DescriptorOf(const char *setName)
+{
+    CSDescriptor cs;
+    if (ccs_GetCSDescriptor(setName, &cs) == 0)
+        throw std::invalid_argument(setName);
+    return cs;
+}
+
+std::string Notation(uint16_t kind, unsigned int length)
+{
+    const std::string name = kind == CS_SEG_IGNORE ? "-"
+                             : kind == CS_SEG_RAW  ? "?"
+                                                   : std::to_string(kind);
+    return name + "x" + std::to_string(length);
+}
+
+std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length)
+{
+    std::string segments;
+    unsigned int size = 0;
+    for (uint16_t kind = ccs_Get1stStr(&cs, text, length, &size); kind != CS_SEG_END;
+         kind = ccs_GetNextStr(&cs, text, length, &size)) {
+        segments += (segments.empty() ? "" : " ") + Notation(kind, size);
+        if (size == 0)
+            return segments + " no progress";
+        text += size;
+        length -= length < 0 ? 0 : static_cast<int>(size);
+    }
+    return segments;
+}
+
+std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int length)
+{
+    std::string segments;
+    int count = 0;
+    const CSSegment *list = ccs_GetAllStrs(&cs, text, length, &count);
+    for (int i = 0; i < count - 1; ++i) {
+        if (list[i].text != text)
+            return segments + " gap";
+        segments += (segments.empty() ? "" : " ") + Notation(list[i].kind, list[i].length);
+        text += list[i].length;
+    }
+    return list[count - 1].kind == CS_SEG_END ? segments : segments + " no end";
+}
+
+std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes)
+{
+    iconv_t converter = iconv_open("UTF-32LE", iconvName);
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        throw std::invalid_argument(iconvName);
+    std::string input(bytes);
+    std::u32string output(bytes.size() + 4, U'\0');
+    char *in = input.data();
+    char *out = reinterpret_cast<char *>(output.data());
+    size_t inLeft = input.size();
+    size_t outLeft = output.size() * sizeof(char32_t);
+    const size_t failures = iconv(converter, &in, &inLeft, &out, &outLeft);
+    iconv_close(converter);
+    if (failures != 0)
+        return std::nullopt;
+    output.resize(output.size() - outLeft / sizeof(char32_t));
+    return output;
+}

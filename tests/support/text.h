@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the tests say about texts: descriptors by name, segments in short notation, and what iconv,
+// which knows nothing of this library, reads in the same bytes.
+#ifndef TESTS_SUPPORT_TEXT_H
+#define TESTS_SUPPORT_TEXT_H
+
+#include <str/charset.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+CSDescriptor DescriptorOf(const char *setName);
+
+// "6x5 -x3 87x14": kind and bytes of each segment; - is CS_SEG_IGNORE, ? is CS_SEG_RAW.  Walked by
+// the step-by-step service and, when `listed`, by the list service.
+std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
+std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
+std::string Notation(uint16_t kind, unsigned int length);
+
+// The code points of the bytes, nothing when iconv cannot read them whole.
+std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes);
+
+#endif

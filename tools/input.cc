@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/input.h"
+
+#include "tools/convert.h"
+
+#include <CLI/CLI.hpp>
+#include <glib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <optional>
+
+namespace strtool
+{
+namespace
+{
+
+int HexDigit(std::string_view text, size_t at)
+{
+    return at < text.size() ? g_ascii_xdigit_value(text[at]) : -1;
+}
+
+// Why there is no writing the UTF-8 `text` in the set: what stands at its byte `at`.
+std::string WhyNot(std::string_view text, size_t at, const ccs_SetInfo &set)
+{
+    const std::string_view rest = text.substr(at);
+    const auto c = g_utf8_get_char_validated(rest.data(), static_cast<gssize>(rest.size()));
+    if (static_cast<gint32>(c) < 0)
+        return "byte " + std::to_string(at + 1) + " begins no UTF-8 character";
+    const auto length = static_cast<size_t>(g_unichar_to_utf8(c, nullptr));
+    return "there is no '" + std::string(rest.substr(0, length)) + "' in " + set.name;
+}
+
+// What becomes of one text on its way to the verb.
+class Feed
+{
+  public:
+    Feed(const TextOptions &options, const TextHandler &handler)
+        : set(FindSet(options.charset)), cs(DescriptorOf(set)), handle(handler)
+    {
+        if (options.utf8In)
+            fromUtf8.emplace(set.iconvName, "UTF-8");
+    }
+
+    // `name` is what the text is called in messages.
+    void Take(std::string text, const std::string &name)
+    {
+        if (const size_t nul = text.find('\0'); nul != std::string::npos) {
+            Complain(name + " ends at the NUL in it");
+            text.resize(nul);
+        }
+        if (!fromUtf8 || Recode(text, name))
+            handle(text, cs);
+        else
+            status = kFailed;
+    }
+
+    int status = kDone;
+
+  private:
+    bool Recode(std::string &text, const std::string &name)
+    {
+        if (!fromUtf8->IsOpen()) {
+            Complain(name + ": iconv cannot write " + set.name);
+            return false;
+        }
+        std::string recoded;
+        fromUtf8->Restart();
+        const size_t done = fromUtf8->Convert(text, recoded);
+        if (done < text.size()) {
+            Complain(name + ": " + WhyNot(text, done, set));
+            return false;
+        }
+        fromUtf8->Finish(recoded);
+        text = std::move(recoded);
+        return true;
+    }
+
+    ccs_SetInfo set;
+    CSDescriptor cs;
+    const TextHandler &handle;
+    std::optional<Converter> fromUtf8;
+};
+
+void TakeArguments(const std::vector<std::string> &arguments, Feed &feed)
+{
+    // All of them first: a misuse shows before any output.
+    std::vector<std::string> texts;
+    std::transform(arguments.begin(), arguments.end(), std::back_inserter(texts), Unescape);
+    for (size_t i = 0; i < texts.size(); ++i)
+        feed.Take(std::move(texts[i]), "text " + std::to_string(i + 1));
+}
+
+void TakeLines(std::FILE *file, Feed &feed)
+{
+    char *line = nullptr;
+    size_t room = 0;
+    ssize_t length;
+    for (size_t number = 1; (length = getline(&line, &room, file)) >= 0; ++number) {
+        std::string text(line, static_cast<size_t>(length));
+        if (text.ends_with('\n'))
+            text.pop_back();
+        feed.Take(std::move(text), "line " + std::to_string(number));
+    }
+    if (!std::feof(file)) {
+        Complain(std::string("standard input: ") + std::strerror(errno));
+        feed.status = kFailed;
+    }
+    std::free(line);
+}
+
+} // namespace
+
+void AddTextOptions(CLI::App &verb, TextOptions &options)
+{
+    // Taken as they are: CLI11's own conversion to a list gives some texts a meaning.
+    const auto take = [&options](const CLI::results_t &texts) {
+        options.arguments = texts;
+        return true;
+    };
+    verb.add_option("TEXT", take,
+                    "A text each, with \\xHH \\e \\n \\t \\\\ for bytes; if there is "
+                    "none, the lines of standard input")
+        ->type_name("")
+        ->expected(1, -1)
+        ->allow_extra_args()
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    verb.add_option("--charset", options.charset, "The set of the texts: see strtool sets")
+        ->type_name("NAME")
+        ->capture_default_str();
+    verb.add_flag("--utf8-in", options.utf8In,
+                  "The texts are written in UTF-8: convert them first");
+    verb.footer("A text that begins with '-' stands behind '--'.");
+}
+
+std::vector<std::string> CommandLine(int argc, char **argv)
+{
+    std::vector<std::string> words(argv + 1, argv + argc);
+    // CLI11 would take a text in brackets for a list of texts.
+    for (std::string &word : words)
+        if (word.starts_with('['))
+            word.replace(0, 1, "\\x5B");
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
+ccs_SetInfo FindSet(const std::string &name)
+{
+    const auto named = [&name](const char *other) {
+        return other != nullptr && g_ascii_strcasecmp(name.c_str(), other) == 0;
+    };
+    ccs_SetInfo set;
+    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
+        if (named(set.name))
+            return set;
+    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
+        if (named(set.iconvName))
+            return set;
+    throw UsageError("there is no set '" + name + "'; 'strtool sets' lists them");
+}
+
+CSDescriptor DescriptorOf(const ccs_SetInfo &set) { return {set.number, set.escMode}; }
+
+std::string Unescape(std::string_view written)
+{
+    std::string bytes;
+    for (size_t at = 0; at < written.size(); ++at) {
+        if (written[at] != '\\') {
+            bytes += written[at];
+            continue;
+        }
+        const char kind = ++at < written.size() ? written[at] : '\0';
+        const int high = HexDigit(written, at + 1);
+        const int low = HexDigit(written, at + 2);
+        if (kind == 'e')
+            bytes += '\x1B';
+        else if (kind == 'n')
+            bytes += '\n';
+        else if (kind == 't')
+            bytes += '\t';
+        else if (kind == '\\')
+            bytes += '\\';
+        else if (kind == 'x' && high >= 0 && low >= 0) {
+            bytes += static_cast<char>(high << 4 | low);
+            at += 2;
+        } else
+            throw UsageError("'" + std::string(written) +
+                             "': a backslash stands before xHH, e, n, t or another backslash");
+    }
+    return bytes;
+}
+
+void Complain(const std::string &what)
+{
+    std::fflush(stdout); // so that the two stay in order where they go to one place
+    std::fprintf(stderr, "strtool: %s\n", what.c_str());
+}
+
+int ForEachText(const TextOptions &options, const TextHandler &handle)
+{
+    Feed feed(options, handle);
+    if (options.arguments.empty())
+        TakeLines(stdin, feed);
+    else
+        TakeArguments(options.arguments, feed);
+    return feed.status;
+}
+
+} // namespace strtool

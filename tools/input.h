@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Texts as the verbs take them: each argument, or each line of standard input, in a set that an
+// option names.
+#ifndef TOOLS_INPUT_H
+#define TOOLS_INPUT_H
+
+#include "services/services.h"
+
+#include <str/charset.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
+
+namespace strtool
+{
+
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1; // a text could not be handled
+inline constexpr int kMisused = 2;
+
+// The command line is not understood.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct TextOptions {
+    std::string charset = "UTF8";
+    bool utf8In = false;
+    std::vector<std::string> arguments;
+};
+
+// Declares TEXT..., --charset and --utf8-in.
+void AddTextOptions(CLI::App &verb, TextOptions &options);
+
+// The command line without the program's name, last word first, for CLI::App to parse.
+std::vector<std::string> CommandLine(int argc, char **argv);
+
+// The set of that name, or of that iconv name, in upper or lower case.
+ccs_SetInfo FindSet(const std::string &name);
+
+// The descriptor of a string in the set.
+CSDescriptor DescriptorOf(const ccs_SetInfo &set);
+
+// Decodes \xHH, \e, \n, \t and \\.
+std::string Unescape(std::string_view written);
+
+// Says on standard error what is wrong.
+void Complain(const std::string &what);
+
+// Hands over the bytes of every text, none of them NUL; answers the exit code.  A text that cannot
+// be had in its set is left out, with a message.
+using TextHandler = std::function<void(const std::string &text, const CSDescriptor &cs)>;
+int ForEachText(const TextOptions &options, const TextHandler &handle);
+
+} // namespace strtool
+
+#endif

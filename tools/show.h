@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// How things look: bytes made visible, columns, colour.
+#ifndef TOOLS_SHOW_H
+#define TOOLS_SHOW_H
+
+#include <string>
+#include <string_view>
+
+namespace CLI
+{
+class App;
+}
+
+namespace strtool
+{
+
+// Bytes as they may be typed: ESC as \e, backslash as \\, other control and high bytes as \xHH.
+std::string VisibleBytes(std::string_view bytes);
+size_t VisibleBytesWidth(std::string_view bytes);
+
+// UTF-8 with the characters that print nothing, or play with the terminal, as \u{HHHH}.
+std::string VisibleText(std::string_view utf8);
+
+// ---- Colour --------------------------------------------------------------------------------
+
+// Declares --color; `when` is to hold the default.
+void AddColorOption(CLI::App &verb, std::string &when);
+
+// Whether standard output is to be coloured: always, never, or auto, which asks the terminal and
+// the environment's NO_COLOR and TERM.
+bool UseColor(const std::string &when);
+
+// What stands between ESC [ and m.  Empty: as the terminal has it.
+using Color = std::string_view;
+inline constexpr Color kPlain = "";
+inline constexpr Color kDim = "2";
+inline constexpr Color kRed = "31";
+
+// ---- Rows ----------------------------------------------------------------------------------
+
+// A line of cells, two blanks apart, to be written when it is complete.
+class Row
+{
+  public:
+    explicit Row(bool inColor) : colored(inColor) {}
+
+    // A cell of at least `width` columns.
+    void Left(std::string_view text, size_t width, Color color = kPlain);
+    void Right(std::string_view text, size_t width, Color color = kPlain);
+
+    // Writes the line, without the blanks at its end, to standard output.
+    void Print();
+
+  private:
+    void Put(std::string_view text, Color color);
+
+    std::string line;
+    size_t blanks = 0; // due before the next cell
+    bool colored;
+};
+
+} // namespace strtool
+
+#endif

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// strtool width: the columns of texts.
+#include "tools/input.h"
+#include "tools/verbs.h"
+
+#include <str/display.h>
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <memory>
+
+namespace strtool
+{
+
+void AddWidth(CLI::App &app, int &status)
+{
+    CLI::App *verb = app.add_subcommand("width", "Count the columns of each text");
+    const auto options = std::make_shared<TextOptions>();
+    AddTextOptions(*verb, *options);
+    verb->callback([options, &status] {
+        status = ForEachText(*options, [](const std::string &text, const CSDescriptor &cs) {
+            std::printf("%u\n", str_dispstrlen(text.c_str(), &cs));
+        });
+    });
+}
+
+} // namespace strtool
