@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/scripted/ccs.h"
+
+#include <platform/ccs.h>
+
+namespace scripted
+{
+Script script;
+}
+
+using scripted::script;
+
+extern "C" {
+
+uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, unsigned int *size)
+{
+    script.next = 0;
+    return ccs_GetNextStr(cs, text, length, size);
+}
+
+uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int, unsigned int *size)
+{
+    if (script.next >= script.segments.size()) {
+        *size = 0;
+        return CS_SEG_END;
+    }
+    const scripted::Segment &segment = script.segments[script.next++];
+    *size = segment.length;
+    return segment.kind;
+}
+
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return script.flags[cs->csNum]; }
+
+const char *ccs_GetCSName(const CSDescriptor *) { return script.name.c_str(); }
+
+int16_t ccs_GetNumBytes(const CSDescriptor *cs) { return script.bytes[cs->csNum]; }
+
+int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    script.asked += "control of " + std::to_string(cs->csNum) + "/" + std::to_string(cs->escMode) +
+                    " in " + std::to_string(avail) + "\n";
+    return script.control(at, avail);
+}
+
+int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    script.asked += "unit of " + std::to_string(cs->csNum) + "/" + std::to_string(cs->escMode) +
+                    " in " + std::to_string(avail) + "\n";
+    return script.baseUnit(at, avail);
+}
+}

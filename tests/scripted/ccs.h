@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A coded character set service that answers what a test tells it to: the linked definitions take
+// the place of the default ones.
+#ifndef TESTS_SCRIPTED_CCS_H
+#define TESTS_SCRIPTED_CCS_H
+
+#include <str/charset.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace scripted
+{
+
+struct Segment {
+    uint16_t kind;
+    unsigned int length;
+};
+
+struct Script {
+    std::vector<Segment> segments;      // of every text that is walked
+    std::map<uint16_t, uint32_t> flags; // by set
+    std::map<uint16_t, int16_t> bytes;
+    std::string name = "scripted";
+    // Lengths of units, and every question that was asked of them.
+    std::function<int(const char *at, unsigned int avail)> control = [](auto, auto) { return 1; };
+    std::function<int(const char *at, unsigned int avail)> baseUnit = [](auto, auto) { return 1; };
+    std::string asked;
+
+    size_t next = 0; // segment of the walk
+};
+
+// The script in force; a test begins with a fresh one.
+extern Script script;
+
+} // namespace scripted
+
+#endif
