@@ -9,8 +9,6 @@
 #include "str/units.h"
 #include "str/utf8.h"
 
-#include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace
@@ -57,42 +55,23 @@ unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
     return columns;
 }
 
-// Counts a block of bytes at a time.  Where the next block begins is to follow from branches, which
-// the processor foresees, and not from the counts, which it would wait for.
 int str_GetDispLen(const char *seg, unsigned int segLen, const CSDescriptor *segCs)
 {
-    const UnitRule rule = UnitRuleOf(segCs);
-    const PlainRule plain = PlainRuleOf(rule);
+    UnitScan scan = ScanUnits(seg, segLen, segCs);
     unsigned int columns = 0;
     for (unsigned int offset = 0; offset < segLen;) {
-        const unsigned int base = offset;
-        const unsigned int end = base + std::min(segLen - base, blocks::kSize);
-        const uint32_t looks = Looks(plain, seg + base, end - base);
-        if (looks == 0) {
-            columns += blocks::kSize >> plain.shift;
-            offset = end;
-        }
-        while (offset < end) {
-            const unsigned int free = std::min(blocks::Free(looks, offset - base), end - offset);
-            const unsigned int characters = free >> plain.shift;
-            const bool isWhole = plain.shift == 0 || (free & 1) == 0;
-            columns += characters;
-            if (free == end - offset && isWhole) {
-                offset = end;
-                break;
-            }
-            offset += characters << plain.shift;
-            // Half a character at the end of a block is whole in the next.
-            if (!isWhole && offset + 1 == end && offset != base)
-                break;
-            const char byte = seg[offset];
-            columns += !IsControl(byte) && byte != kDelete;
-            // The service is given the whole segment's length: a NUL ends a unit before that does.
-            const int length = UnitLength(rule, seg + offset, segLen);
-            if (length < 1)
-                return static_cast<int>(columns);
-            offset += static_cast<unsigned int>(length);
-        }
+        const unsigned int plain = PlainBytes(&scan, offset);
+        columns += plain >> scan.shift;
+        offset += plain;
+        if (offset >= segLen)
+            break;
+        const char byte = seg[offset];
+        columns += !IsControl(byte) && byte != kDelete;
+        // The service is given the whole segment's length: a NUL ends a unit before that does.
+        const int length = UnitLength(scan.rule, seg + offset, segLen);
+        if (length < 1)
+            break;
+        offset += static_cast<unsigned int>(length);
     }
     return static_cast<int>(columns);
 }

@@ -37,6 +37,9 @@ inline bool NextSegment(SegmentWalk *walk)
     return walk->kind != CS_SEG_END;
 }
 
+// A segment of characters of a set.
+inline bool IsText(uint16_t kind) { return static_cast<int16_t>(kind) > 0; }
+
 // A segment that carries no characters: escape and control sequences.
 inline bool IsIgnored(uint16_t kind) { return kind == CS_SEG_IGNORE || kind == CS_SEG_NONE; }
 

@@ -8,7 +8,14 @@
 //     any other byte                a character: a base unit, or the set's fixed bytes
 //
 // What depends on the set alone is asked once per segment.  Most text is runs of characters that
-// need no question at all, so they are taken eight bytes at a time.
+// need no question at all, so they are passed over in blocks of bytes:
+//
+//     UnitScan scan = ScanUnits(seg, limit, segCs);
+//     for (unsigned int offset = 0; offset < limit;) {
+//         offset += PlainBytes(&scan, offset);  ... of characters of 1 << scan.shift bytes
+//         if (offset < limit)
+//             ... the unit at offset, by UnitLength(scan.rule, ...)
+//     }
 #ifndef STR_UNITS_H
 #define STR_UNITS_H
 
@@ -16,6 +23,7 @@
 
 #include "base/blocks.h"
 
+#include <algorithm>
 #include <cstdint>
 
 struct UnitRule {
@@ -51,32 +59,81 @@ inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
     return rule.asciiUnits && (byte & 0x80) == 0 ? 1 : ccs_GetT61BaseUnitLen(at, avail, rule.cs);
 }
 
-// Which bytes of a block need a closer look; all others are characters of one byte or, where the
-// set's have two, halves of such.  So are, as zeros, those behind the end of the text.
-struct PlainRule {
-    bool usable;
+// The segment's bytes, passed over as far as they are plain: characters of one byte or, where the
+// set's have two, of two, that need no look of their own.
+struct UnitScan {
+    UnitRule rule;
+    const char *seg;
+    unsigned int limit;  // of the bytes that may be passed over
+    bool usable;         // false: every byte needs a look
     unsigned int shift;  // of a plain character's length, which is 1 or 2 bytes
     uint32_t highLooks;  // masks: do bytes from 0x80 on need a look,
     uint32_t spaceLooks; // and do spaces
+    unsigned int base;   // the block looked at last, which of its bytes need a look, and its end
+    uint32_t looks;
+    unsigned int end;
 };
 
-inline PlainRule PlainRuleOf(const UnitRule &rule)
+inline UnitScan ScanUnits(const char *seg, unsigned int limit, const CSDescriptor *segCs)
 {
-    if (rule.baseUnits)
-        return {rule.asciiUnits, 0, blocks::kAll, 0};
-    if (rule.bytes == 2)
-        return {true, 1, 0, blocks::kAll};
-    return {rule.bytes == 1, 0, 0, 0};
+    const UnitRule rule = UnitRuleOf(segCs);
+    const bool pairs = !rule.baseUnits && rule.bytes == 2;
+    const bool usable = rule.baseUnits ? rule.asciiUnits : rule.bytes == 1 || pairs;
+    return {rule,
+            seg,
+            limit,
+            usable,
+            pairs ? 1U : 0U,
+            rule.baseUnits ? blocks::kAll : 0,
+            pairs ? blocks::kAll : 0,
+            0,
+            0,
+            0};
 }
 
-inline uint32_t Looks(const PlainRule &rule, const char *at, unsigned int avail)
+inline void LookAtBlock(UnitScan *scan, unsigned int offset)
 {
-    if (!rule.usable)
-        return blocks::kAll;
-    const blocks::Block block = blocks::Load(at, avail);
-    return blocks::Mask(blocks::Controls(block) | blocks::Equal(block, kDelete)) |
-           (blocks::Mask(block) & rule.highLooks) |
-           (blocks::Mask(blocks::Equal(block, kSpace)) & rule.spaceLooks);
+    const unsigned int count = std::min(scan->limit - offset, blocks::kSize);
+    scan->base = offset;
+    scan->end = offset + count;
+    scan->looks = blocks::kAll;
+    if (!scan->usable)
+        return;
+    // Behind the limit stand zeros, which need a look.
+    const blocks::Block block = blocks::Load(scan->seg + offset, count);
+    scan->looks = blocks::Mask(blocks::Controls(block) | blocks::Equal(block, kDelete)) |
+                  (blocks::Mask(block) & scan->highLooks) |
+                  (blocks::Mask(blocks::Equal(block, kSpace)) & scan->spaceLooks);
+}
+
+// The bytes from `offset` on that are plain characters, whole ones, up to the limit.  Where the
+// next block begins follows from branches, which the processor foresees, and not from counts,
+// which it would wait for.
+inline unsigned int PlainBytes(UnitScan *scan, unsigned int offset)
+{
+    const unsigned int begin = offset;
+    while (offset < scan->limit) {
+        if (offset >= scan->end) {
+            LookAtBlock(scan, offset);
+            if (scan->looks == 0) {
+                offset = scan->end;
+                continue;
+            }
+        }
+        const unsigned int end = std::min(scan->end, scan->limit);
+        const unsigned int left = end - offset;
+        const unsigned int free = std::min(blocks::Free(scan->looks, offset - scan->base), left);
+        const bool half = scan->shift != 0 && (free & 1) != 0;
+        if (free == left && !half) {
+            offset = end;
+            continue;
+        }
+        offset += half ? free - 1 : free;
+        if (free != left || offset == scan->base)
+            break;
+        scan->end = offset; // half a character at the end of a block may be whole in the next
+    }
+    return offset - begin;
 }
 
 #endif

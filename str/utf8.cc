@@ -6,12 +6,14 @@
 namespace
 {
 
-// The character at `at` is well-formed as far as the `left` bytes reach, and longer than they are.
+constexpr int kLongest = 4; // bytes of a character
+
+// A character begins at `at` and is well-formed as far as the `left` bytes reach, but longer.
 bool IsCutByLimit(const char *at, gssize left)
 {
     constexpr auto incomplete = static_cast<gunichar>(-2);
-    const int length = g_utf8_skip[static_cast<guchar>(*at)];
-    return left >= 0 && left < length && length <= 4 &&
+    const auto lead = static_cast<guchar>(*at);
+    return lead >= 0xC2 && lead <= 0xF4 && left >= 0 && left < g_utf8_skip[lead] &&
            g_utf8_get_char_validated(at, left) == incomplete;
 }
 
@@ -34,4 +36,17 @@ int CountUtf8(const char *str, int maxLen)
             --left;
     }
     return static_cast<int>(count);
+}
+
+// A character begins with a byte that stands nowhere else in one, so the end alone has to be looked
+// at: is there one that begins in the last bytes and is not over?
+unsigned int Utf8Truncation(const char *str, unsigned int n)
+{
+    const auto length = static_cast<unsigned int>(strnlen(str, n));
+    if (length < n)
+        return length;
+    for (unsigned int back = 1; back < kLongest && back <= n; ++back)
+        if (IsCutByLimit(str + n - back, back))
+            return n - back;
+    return n;
 }

@@ -16,4 +16,7 @@ inline bool IsUtf8(const CSDescriptor *cs) { return std::strcmp(ccs_GetCSName(cs
 // A character cut by the limit is not counted; a byte of no well-formed character counts as one.
 int CountUtf8(const char *str, int maxLen);
 
+// The longest front part of `str` of at most `n` bytes that does not end inside a character.
+unsigned int Utf8Truncation(const char *str, unsigned int n);
+
 #endif

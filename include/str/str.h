@@ -4,6 +4,9 @@
 #define STR_STR_H
 
 #include <str/charset.h>
+#include <str/concat.h>
 #include <str/display.h>
+#include <str/split.h>
+#include <str/truncate.h>
 
 #endif

@@ -312,8 +312,11 @@ constexpr Half HalfOf(const State &state, uint8_t element, uint16_t SetRow::*sid
 
 constexpr bool ArePartners(const Half &left, const Half &right)
 {
-    return left.row != kNoRow && right.row != kNoRow &&
-           kSets[right.row].partner == kSets[left.row].number;
+    if (left.row == kNoRow || right.row == kNoRow)
+        return false;
+    const SetRow &set = kSets[right.row];
+    const uint16_t number = kSets[left.row].number;
+    return set.partner == number || set.partner2 == number;
 }
 
 constexpr View HalvesOf(const State &state, bool escapes)

@@ -40,9 +40,11 @@ struct SetRow {
     Graphic graphic = Graphic::none;
     char final = 0; // final byte of its designation
 
-    uint16_t left = 0;    // kind of its text in the left half, 0 for none: the bytes are raw
-    uint16_t right = 0;   // kind of its text in the right half
-    uint16_t partner = 0; // the set that, to its left, makes one text of both halves with it
+    uint16_t left = 0;  // kind of its text in the left half, 0 for none: the bytes are raw
+    uint16_t right = 0; // kind of its text in the right half
+    // The set that, to its left, makes one text of both halves with it, and another that does.
+    uint16_t partner = 0;
+    uint16_t partner2 = 0;
 
     Start start = {};
 };

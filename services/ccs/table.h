@@ -30,7 +30,7 @@ inline constexpr SetRow kSets[] = {
      .graphic = k94, .final = 'B', .left = 6, .start = {{6}}},
     {.number = 14, .name = "JIS X 0201 ROMAN", .iconv = "ISO646-JP", .flags = kByteCase,
      .graphic = k94, .final = 'J', .left = 14, .start = {{14}}},
-    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .flags = kByteCase | kAscii,
+    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .flags = kLatin,
      .graphic = k94, .final = 'u', .left = 102, .start = {{102}}},
 
     // Right halves with their partners.
@@ -50,7 +50,7 @@ inline constexpr SetRow kSets[] = {
      .graphic = k94, .final = 'I', .left = 1013, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
     {.number = kT61, .name = "T.61", .iconv = "T.61-8BIT",
      .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES | kAscii, .escMode = 1, .units = Units::marked,
-     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .start = {{102, 0, kT61}, 0, 2}},
+     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = 6, .start = {{102, 0, kT61}, 0, 2}},
 
     // The same right halves, in seven bits.
     {.number = 1100, .name = "ISO-8859-1 RIGHT HALF", .iconv = nullptr, .flags = kByteCase, .left = 1100, .start = {{1100}}},

@@ -2,11 +2,17 @@
 #include "tests/scripted/ccs.h"
 
 #include <platform/ccs.h>
+#include <platform/er.h>
+#include <platform/os.h>
+
+#include <cstdlib>
 
 namespace scripted
 {
 Script script;
-}
+int requestsLeft;
+int memoryEscapeClass;
+} // namespace scripted
 
 using scripted::script;
 
@@ -48,4 +54,28 @@ int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor
                     " in " + std::to_string(avail) + "\n";
     return script.baseUnit(at, avail);
 }
+
+const char *ccs_GetModelEscapes(int *length)
+{
+    if (script.raiseAfterWalk != 0)
+        er_TracedEscape(script.raiseAfterWalk, 4711, "tests", 1);
+    *length = static_cast<int>(script.modelEscapes.size());
+    return script.modelEscapes.c_str();
+}
+
+const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *length)
+{
+    script.asked += "ASCII of " + std::to_string(cs->csNum) + "/" + std::to_string(escMode) + "\n";
+    *length = static_cast<int>(script.asciiEscapes.size());
+    return script.asciiEscapes.c_str();
+}
+
+void *os_realloc(void *block, size_t size)
+{
+    if (scripted::memoryEscapeClass != 0 && scripted::requestsLeft-- == 0)
+        er_TracedEscape(scripted::memoryEscapeClass, OS_ESC_MEMORY, "tests", 1);
+    return std::realloc(block, size);
+}
+
+void *os_malloc(size_t size) { return os_realloc(nullptr, size); }
 }

@@ -29,12 +29,19 @@ struct Script {
     std::function<int(const char *at, unsigned int avail)> control = [](auto, auto) { return 1; };
     std::function<int(const char *at, unsigned int avail)> baseUnit = [](auto, auto) { return 1; };
     std::string asked;
+    std::string modelEscapes;
+    std::string asciiEscapes;
+    int raiseAfterWalk = 0; // class of an escape raised where the model escapes are asked for
 
     size_t next = 0; // segment of the walk
 };
 
 // The script in force; a test begins with a fresh one.
 extern Script script;
+
+// Memory that runs out: the request after so many more raises an escape of that class; 0 for never.
+extern int requestsLeft;
+extern int memoryEscapeClass;
 
 } // namespace scripted
 

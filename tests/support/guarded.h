@@ -1,27 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts whose terminating NUL is the last byte before a page that cannot be read, so that a look
-// beyond it ends the test.
+// Texts and buffers that end right before a page that cannot be touched, so that a look beyond them
+// ends the test.
 #ifndef TESTS_SUPPORT_GUARDED_H
 #define TESTS_SUPPORT_GUARDED_H
 
 #include <cstddef>
 #include <string_view>
 
-class Guarded
+// So many bytes, all of them 0xEE at first.
+class GuardedRoom
 {
   public:
-    explicit Guarded(std::string_view bytes);
-    ~Guarded();
-    Guarded(const Guarded &) = delete;
-    Guarded &operator=(const Guarded &) = delete;
+    explicit GuardedRoom(std::size_t size);
+    ~GuardedRoom();
+    GuardedRoom(const GuardedRoom &) = delete;
+    GuardedRoom &operator=(const GuardedRoom &) = delete;
 
-    const char *c_str() const { return text_; }
+    char *data() const { return data_; }
 
   private:
     char *pages_;
     std::size_t mapped_;
-    char *text_;
+    char *data_;
+};
+
+// The bytes and a NUL.
+class Guarded
+{
+  public:
+    explicit Guarded(std::string_view bytes);
+
+    const char *c_str() const { return room_.data(); }
+
+  private:
+    GuardedRoom room_;
 };
 
 #endif

@@ -61,7 +61,9 @@ struct Reader {
     bool Partners() const
     {
         const uint16_t left = SetOf(code.left).left;
-        return left != 0 && SetOf(code.right).partner == left;
+        const Set right = SetOf(code.right);
+        const bool overAscii = left == 6 && right.right == 103; // T.61 is used so, too
+        return left != 0 && (right.partner == left || overAscii);
     }
     uint16_t LeftKind() const
     {

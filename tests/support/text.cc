@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/text.h"
 
+#include "services/services.h"
+#include "tests/support/samples.h"
+
 #include <iconv.h>
 #include <platform/ccs.h>
 
@@ -68,4 +71,15 @@ std::optional<std::u32string> Decode(const char *iconvName, std::string_view byt
         return std::nullopt;
     output.resize(output.size() - outLeft / sizeof(char32_t));
     return output;
+}
+
+const char *IconvNameOf(const Sample &sample)
+{
+    ccs_SetInfo info;
+    for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i)
+        if (info.name == std::string_view(sample.set)) {
+            const bool switches = sample.bytes.find('\x1B') != sample.bytes.npos;
+            return info.number == 103 && switches ? nullptr : info.iconvName; // T.61 as T.61 alone
+        }
+    return nullptr;
 }

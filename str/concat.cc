@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Concatenation and search.
+#include <str/concat.h>
+
+#include "str/frame.h"
+#include "str/segments.h"
+
+#include <climits>
+#include <cstring>
+
+namespace
+{
+
+bool IsAscii(uint16_t kind, const CSDescriptor *cs)
+{
+    const CSDescriptor segCs = SegmentDescriptor(kind, cs);
+    return (ccs_GetCSFlags(&segCs) & CS_FLAG_ASCII) != 0;
+}
+
+// The kind of the first segment that is not ignored, CS_SEG_END for none.
+uint16_t FirstKind(const char *text, const CSDescriptor *cs)
+{
+    SegmentWalk walk = WalkSegments(text, cs);
+    while (NextSegment(&walk))
+        if (IsText(walk.kind) || walk.kind == CS_SEG_RAW)
+            break;
+    return walk.kind;
+}
+
+// The kind of the last one, CS_SEG_RAW for none.  Walks to the end, so that the service knows the
+// state there.
+uint16_t LastKind(const char *text, const CSDescriptor *cs)
+{
+    uint16_t last = CS_SEG_RAW;
+    SegmentWalk walk = WalkSegments(text, cs);
+    while (NextSegment(&walk))
+        if (IsText(walk.kind) || walk.kind == CS_SEG_RAW)
+            last = walk.kind;
+    return last;
+}
+
+bool SwitchesSets(const CSDescriptor *cs) { return (ccs_GetCSFlags(cs) & CS_FLAG_ESCAPES) != 0; }
+
+bool NeedsEscapes(const char *dst, const char *src, const CSDescriptor *cs)
+{
+    const uint16_t first = FirstKind(src, cs);
+    if (!IsText(first) || !IsAscii(first, cs))
+        return false;
+    const uint16_t last = LastKind(dst, cs);
+    return IsText(last) && !IsAscii(last, cs);
+}
+
+void AppendEscapes(char *dst, const char *src, const CSDescriptor *cs)
+{
+    int length;
+    if (const char *escapes = str_GetEscapes(dst, src, cs, &length); escapes != nullptr)
+        std::strcat(dst, escapes);
+}
+
+} // namespace
+
+const char *str_GetEscapes(const char *dst, const char *src, const CSDescriptor *cs, int *escLen)
+{
+    if (!SwitchesSets(cs))
+        return nullptr;
+    *escLen = 0;
+    if (!NeedsEscapes(dst, src, cs))
+        return nullptr;
+    return ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), escLen);
+}
+
+char *str_strcat(char *dst, const char *src, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_strcat");
+    AppendEscapes(dst, src, cs);
+    std::strcat(dst, src);
+    frame::TraceExit("str_strcat");
+    return dst;
+}
+
+char *str_strncat(char *dst, const char *src, size_t n, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_strncat");
+    AppendEscapes(dst, src, cs);
+    std::strncat(dst, src, n);
+    frame::TraceExit("str_strncat");
+    return dst;
+}
+
+char *str_strchr(const char *str, int ch, const CSDescriptor *cs)
+{
+    if (cs->escMode == 0)
+        return const_cast<char *>(std::strchr(str, ch)); // before the trace, so without any
+    frame::TraceEntry("str_strchr");
+    const bool allText = (ccs_GetCSFlags(cs) & CS_FLAG_BYTE) != 0;
+    char *found = nullptr;
+    SegmentWalk walk = WalkSegments(str, cs);
+    while (found == nullptr && NextSegment(&walk))
+        if (IsText(walk.kind) && (allText || IsAscii(walk.kind, cs)))
+            found = str_dostrchr(walk.at, ch, walk.size);
+    frame::TraceExit("str_strchr");
+    return found;
+}
+
+char *str_dostrchr(const char *seg, int ch, unsigned int len)
+{
+    if (ch < SCHAR_MIN || ch > SCHAR_MAX)
+        return nullptr;
+    return static_cast<char *>(const_cast<void *>(std::memchr(seg, ch, len)));
+}

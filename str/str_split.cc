@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Splitting at a budget of displayed characters or of their bytes.  Both parts of every split stand
+// in one buffer, so that splitting many texts allocates only when a longer one than ever arrives.
+#include <str/split.h>
+
+#include "str/frame.h"
+#include "str/segments.h"
+#include "str/units.h"
+
+#include <platform/os.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+constexpr char kSource[] = "str/str_split";
+
+// The shared split buffer: the first part, a NUL, the escapes of the second part, that part, a NUL.
+char *theBuffer;
+unsigned int theCapacity;
+
+constexpr int kMostEscapes = 81; // that the service may ask for
+constexpr unsigned int kExtra = kMostEscapes + 2;
+
+constexpr int kByBytes = 1; // mode; all others count characters
+
+void MakeRoom(unsigned int need)
+{
+    if (theCapacity == 0)
+        theBuffer = static_cast<char *>(os_malloc(need));
+    else if (need > theCapacity)
+        theBuffer = static_cast<char *>(os_realloc(theBuffer, need));
+    theCapacity = std::max(theCapacity, need);
+}
+
+struct Parts {
+    unsigned int firstLen;
+    char *second; // null for none
+    unsigned int secondLen;
+};
+
+Parts FillBuffer(const char *str, unsigned int splitPoint, bool plain)
+{
+    const char *const rest = str + splitPoint;
+    const auto restLen = static_cast<unsigned int>(std::strlen(rest));
+    MakeRoom(splitPoint + restLen + kExtra);
+    std::memcpy(theBuffer, str, splitPoint);
+    theBuffer[splitPoint] = '\0';
+    if (restLen == 0)
+        return {splitPoint, nullptr, 0};
+
+    char *const second = theBuffer + splitPoint + 1;
+    int escLen = 0;
+    const char *escapes = plain ? "" : ccs_GetModelEscapes(&escLen);
+    const auto escaped = static_cast<unsigned int>(std::clamp(escLen, 0, kMostEscapes));
+    std::memcpy(second, escapes, escaped);
+    std::memcpy(second + escaped, rest, restLen + 1);
+    return {splitPoint, second, escaped + restLen};
+}
+
+int PlainSplitPoint(const char *str, int limit)
+{
+    return limit <= 0 ? 0 : static_cast<int>(strnlen(str, static_cast<size_t>(limit)));
+}
+
+char *Split(const char *name, const char *str, int mode, int limit, char **second,
+            unsigned int *firstLen, unsigned int *secondLen, const CSDescriptor *cs)
+{
+    frame::TraceEntry(name);
+    char *const first = str_DoSplit(str, mode, limit, second, firstLen, secondLen, cs);
+    frame::TraceExit(name);
+    return first;
+}
+
+// A displayed unit inside a segment: what it counts and what it takes.  A line feed is displayed
+// here, where text is laid out in lines.
+struct Displayed {
+    bool counts;
+    int length;
+};
+
+Displayed UnitAt(const UnitRule &rule, const char *at, unsigned int avail)
+{
+    if (*at == '\n')
+        return {true, 1};
+    return {!IsControl(*at) && *at != kDelete, UnitLength(rule, at, avail)};
+}
+
+// Whether the control function at `control`, if there is one, may be the last before `offset`.  A
+// single shift may not: the service can tell its length only together with its character.
+bool EndsAt(const UnitRule &rule, const char *seg, unsigned int control, unsigned int offset)
+{
+    return control == offset || ccs_GetCtrlLen(seg + control, offset - control, rule.cs) >= 1;
+}
+
+using CountSegment = decltype(str_CountSSDispChars);
+
+// The place in the text where the budget is used up; null when it is not.  Takes what is counted
+// off the budget.
+const char *FindCut(const char *str, CountSegment *count, int *budget, const CSDescriptor *cs)
+{
+    SegmentWalk walk = WalkSegments(str, cs);
+    while (*budget > 0 && NextSegment(&walk)) {
+        if (IsIgnored(walk.kind))
+            continue;
+        if (walk.kind == CS_SEG_RAW) {
+            const auto left = static_cast<unsigned int>(*budget);
+            *budget -= static_cast<int>(std::min(left, walk.size));
+            if (left <= walk.size)
+                return walk.at + left;
+            continue;
+        }
+        const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
+        int used = 0;
+        const char *cut = count(walk.at, walk.size, *budget, &used, &segCs);
+        *budget -= used;
+        if (cut != nullptr)
+            return cut;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+char *str_SplitByDispLen(const char *str, int limit, char **second, unsigned int *firstLen,
+                         unsigned int *secondLen, const CSDescriptor *cs)
+{
+    return Split("str_SplitByDispLen", str, 0, limit, second, firstLen, secondLen, cs);
+}
+
+char *str_SplitByDispBytes(const char *str, int limit, char **second, unsigned int *firstLen,
+                           unsigned int *secondLen, const CSDescriptor *cs)
+{
+    return Split("str_SplitByDispBytes", str, kByBytes, limit, second, firstLen, secondLen, cs);
+}
+
+char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned int *firstLen,
+                  unsigned int *secondLen, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_DoSplit");
+    const bool plain = IsPlainByteSet(cs) && cs->escMode == 0;
+    const int splitPoint =
+        plain ? PlainSplitPoint(str, limit) : str_FindSplitPoint(str, mode, limit, cs);
+    if (splitPoint == 0) {
+        *firstLen = *secondLen = 0;
+        *second = nullptr;
+        return nullptr; // without an exit trace
+    }
+    frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            const Parts parts = FillBuffer(str, static_cast<unsigned int>(splitPoint), plain);
+            *firstLen = parts.firstLen;
+            *second = parts.second;
+            *secondLen = parts.secondLen;
+        },
+        [] { er_LogMsg(3, 3, 23816, 0); });
+    frame::TraceExit("str_DoSplit");
+    return theBuffer;
+}
+
+int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_FindSplitPoint");
+    int budget = limit;
+    const char *const cut =
+        FindCut(str, mode == kByBytes ? str_CountSSDispBytes : str_CountSSDispChars, &budget, cs);
+    int splitPoint = 0; // nowhere, unless something displayed comes before
+    if (budget != limit)
+        splitPoint =
+            static_cast<int>(cut != nullptr ? cut - str : static_cast<ptrdiff_t>(std::strlen(str)));
+    frame::TraceExit("str_FindSplitPoint");
+    return splitPoint;
+}
+
+const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budget, int *used,
+                                 const CSDescriptor *segCs)
+{
+    frame::TraceEntry("str_CountSSDispChars");
+    UnitScan scan = ScanUnits(seg, segLen, segCs);
+    unsigned int offset = 0;
+    int count = 0;
+    while (offset < segLen && count < budget) {
+        const auto left = static_cast<unsigned int>(budget - count);
+        scan.limit =
+            left < (segLen - offset) >> scan.shift ? offset + (left << scan.shift) : segLen;
+        const unsigned int plain = PlainBytes(&scan, offset);
+        offset += plain;
+        count += static_cast<int>(plain >> scan.shift);
+        if (offset >= segLen || count >= budget)
+            break;
+        const Displayed unit = UnitAt(scan.rule, seg + offset, segLen - offset);
+        count += unit.counts;
+        if (unit.length < 1)
+            break;
+        offset += static_cast<unsigned int>(unit.length);
+    }
+    *used = count;
+    frame::TraceExit("str_CountSSDispChars");
+    return count >= budget ? seg + std::min(offset, segLen) : nullptr;
+}
+
+const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budget, int *used,
+                                 const CSDescriptor *segCs)
+{
+    frame::TraceEntry("str_CountSSDispBytes");
+    UnitScan scan = ScanUnits(seg, segLen, segCs);
+    unsigned int offset = 0;
+    unsigned int control = 0; // the control function right before offset; offset itself for none
+    int bytes = 0;
+    bool fits = true;
+    while (offset < segLen && bytes < budget) {
+        scan.limit = offset + std::min(static_cast<unsigned int>(budget - bytes), segLen - offset);
+        const unsigned int plain = PlainBytes(&scan, offset);
+        offset += plain;
+        bytes += static_cast<int>(plain);
+        if (plain != 0)
+            control = offset;
+        if (offset >= segLen || bytes >= budget)
+            break;
+        const Displayed unit = UnitAt(scan.rule, seg + offset, segLen - offset);
+        fits = !unit.counts || unit.length <= budget - bytes;
+        if (!fits && !EndsAt(scan.rule, seg, control, offset))
+            offset = control;
+        if (!fits || unit.length < 1)
+            break;
+        control = IsControl(seg[offset]) ? offset : offset + static_cast<unsigned int>(unit.length);
+        bytes += unit.counts ? unit.length : 0;
+        offset += static_cast<unsigned int>(unit.length);
+    }
+    *used = bytes;
+    frame::TraceExit("str_CountSSDispBytes");
+    return !fits || bytes >= budget ? seg + std::min(offset, segLen) : nullptr;
+}

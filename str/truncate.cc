@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Truncation to a budget of bytes and the bounded copies built on it.  A copy is one strncpy, which
+// stops at the source's NUL, and one memset.
+#include <str/truncate.h>
+
+#include "str/frame.h"
+#include "str/segments.h"
+#include "str/units.h"
+#include "str/utf8.h"
+
+#include <cstring>
+
+namespace
+{
+
+unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    unsigned int kept = 0;
+    SegmentWalk walk = WalkSegments(src, cs);
+    while (NextSegment(&walk)) {
+        const unsigned int room = n - kept;
+        if (room >= walk.size) {
+            kept += walk.size;
+            continue;
+        }
+        if (IsIgnored(walk.kind))
+            return kept;
+        if (walk.kind == CS_SEG_RAW)
+            return n;
+        const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
+        return kept + str_FindTruncPt(walk.at, room, &segCs);
+    }
+    return kept;
+}
+
+void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
+{
+    std::strncpy(dst, src, kept);
+    std::memset(dst + kept, 0, n - kept);
+}
+
+} // namespace
+
+unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_truncstrlen");
+    if (IsPlainByteSet(cs))
+        return n; // the common case: no exit trace
+    const unsigned int kept = WalkedTruncation(src, n, cs);
+    frame::TraceExit("str_truncstrlen");
+    return kept;
+}
+
+unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescriptor *segCs)
+{
+    UnitScan scan = ScanUnits(seg, room, segCs);
+    unsigned int taken = 0;
+    while (taken < room) {
+        taken += PlainBytes(&scan, taken);
+        if (taken >= room)
+            break;
+        const unsigned int avail = room - taken;
+        const int length = UnitLength(scan.rule, seg + taken, avail);
+        if (length < 1 || static_cast<unsigned int>(length) > avail)
+            break;
+        taken += static_cast<unsigned int>(length);
+    }
+    return taken;
+}
+
+char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescriptor *cs,
+                   unsigned int *outLen)
+{
+    frame::TraceEntry("str_truncate");
+    const unsigned int kept = IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs);
+    CopyAndPad(dst, src, kept, n);
+    *outLen = kept;
+    frame::TraceExit("str_truncate");
+    return dst;
+}
+
+char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_strncpy");
+    const unsigned int kept = IsUtf8(cs)           ? Utf8Truncation(src, n)
+                              : IsPlainByteSet(cs) ? n
+                                                   : str_truncstrlen(src, n, cs);
+    CopyAndPad(dst, src, kept, n);
+    frame::TraceExit("str_strncpy");
+    return dst;
+}
+
+char *str_strlcpy(char *dst, const char *src, unsigned int size, const CSDescriptor *cs)
+{
+    if (size == 0)
+        return dst;
+    if (src != nullptr)
+        str_strncpy(dst, src, size - 1, cs);
+    dst[src != nullptr ? size - 1 : 0] = '\0';
+    return dst;
+}

@@ -1,0 +1,331 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Cutting and joining over services that answer by script: every kind of segment, every length a
+// service may answer, memory that runs out, and escapes on their way through.
+#include "services/services.h"
+#include "tests/scripted/ccs.h"
+#include "tests/support/guarded.h"
+
+#include <gtest/gtest.h>
+#include <platform/er.h>
+#include <str/str.h>
+
+#include <cstring>
+
+namespace
+{
+
+using scripted::script;
+using scripted::Script;
+
+constexpr uint16_t kByteSet = 1, kPairSet = 2, kUnitSet = 3, kAsciiSet = 5, kCode = 9;
+constexpr CSDescriptor kCs = {kCode, 2};
+
+Script Sets(std::vector<scripted::Segment> segments)
+{
+    Script sets;
+    sets.flags = {{kUnitSet, CS_FLAG_T61}, {kAsciiSet, CS_FLAG_ASCII}};
+    sets.bytes = {{kByteSet, 1}, {kPairSet, 2}, {kAsciiSet, 1}};
+    sets.segments = std::move(segments);
+    return sets;
+}
+
+unsigned int KeptOf(std::string_view bytes, unsigned int n)
+{
+    const Guarded text(bytes);
+    return str_truncstrlen(text.c_str(), n, &kCs);
+}
+
+TEST(ScriptedTruncation, GoesByTheKindsOfSegments)
+{
+    script = Sets({{kByteSet, 2}, {CS_SEG_IGNORE, 3}, {kPairSet, 6}, {CS_SEG_RAW, 4}});
+    const unsigned int kept[] = {0, 1, 2, 2, 2, 5, 5, 7, 7, 9, 9, 11, 12, 13, 14, 15, 15};
+    for (unsigned int n = 0; n < std::size(kept); ++n)
+        EXPECT_EQ(KeptOf("ab\x1B$BAaBbCc????", n), kept[n]) << n;
+    script.flags[kCode] = CS_FLAG_BYTE;
+    EXPECT_EQ(KeptOf("ab", 100), 100U) << "the quick path looks at nothing";
+}
+
+TEST(ScriptedTruncation, EndsWhereNoLengthCanBeTold)
+{
+    for (const int length : {0, -1, -32768}) {
+        script = Sets({{kByteSet, 5}});
+        script.control = [length](auto, auto) { return length; };
+        EXPECT_EQ(KeptOf("ab\ncd", 4), 2U);
+        script.segments = {{kUnitSet, 3}};
+        script.baseUnit = [length](auto, auto) { return length; };
+        EXPECT_EQ(KeptOf("xyz", 2), 0U);
+        script.segments = {{kPairSet, 4}};
+        script.bytes[kPairSet] = static_cast<int16_t>(length);
+        EXPECT_EQ(KeptOf("abcd", 3), 0U);
+    }
+    script = Sets({{kUnitSet, 9}});
+    script.baseUnit = [](auto, auto) { return 4; };
+    EXPECT_EQ(KeptOf("abcdefghi", 7), 4U) << "a unit that does not fit";
+    EXPECT_EQ(script.asked, "unit of 3/2 in 7\nunit of 3/2 in 3\n");
+}
+
+struct SplitRow {
+    std::vector<scripted::Segment> segments;
+    std::string_view bytes;
+    int mode, limit, splitPoint;
+    const char *why;
+};
+
+TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
+{
+    const scripted::Segment escape = {CS_SEG_IGNORE, 3};
+    const SplitRow rows[] = {
+        {{{kByteSet, 4}}, "a\nbc", 0, 2, 2, "a line feed counts here"},
+        {{{kByteSet, 4}}, "ab\x01\x7F", 0, 2, 2, "what counts nothing goes to the second part"},
+        {{{kByteSet, 4}},
+         "\x01"
+         "a\x7F"
+         "b",
+         0,
+         2,
+         4,
+         "... and between is passed over"},
+        {{escape, {kPairSet, 4}}, "\x1B$Babcd", 0, 1, 5, "a character is one"},
+        {{{kPairSet, 4}}, "abcd", 1, 3, 2, "a character that does not fit"},
+        {{{kPairSet, 4}}, "abcd", 1, 1, 0, "... not even the first"},
+        {{{kPairSet, 6}}, "ab  cd", 0, 3, 4, "spaces between longer characters"},
+        {{{kPairSet, 6}}, "ab  cd", 1, 4, 4, "... one byte each"},
+        {{{CS_SEG_RAW, 10}}, "0123456789", 0, 4, 4, "a raw byte counts one"},
+        {{{CS_SEG_RAW, 10}}, "0123456789", 1, 4, 4, "... in either mode"},
+        {{{CS_SEG_RAW, 2}, {kByteSet, 2}}, "01ab", 0, 2, 2, "the budget ends with a raw run"},
+        {{escape, {CS_SEG_NONE, 2}}, "\x1B$B??", 0, 5, 0, "nothing displayed"},
+        {{{kByteSet, 2}}, "\x01\x7F", 0, 5, 0, "nothing displayed in text"},
+        {{{kByteSet, 3}}, "abc", 0, 3, 3, "all of it fits"},
+        {{{kByteSet, 3}, escape}, "abc\x1B(B", 0, 4, 6, "... and what follows"},
+        {{{kByteSet, 3}}, "abc", 0, 0, 0, "a limit of nothing"},
+        {{{kByteSet, 3}}, "abc", 1, -5, 0, "a negative limit"},
+        {{{kPairSet, 3}}, "abc", 0, 2, 3, "a segment that ends in half a character"},
+        {{{kPairSet, 3}}, "abc", 1, 3, 2, "... which does not fit as bytes"},
+        {{{kByteSet, 3}}, "abc", 7, 2, 2, "any other mode counts characters"},
+        {{{kByteSet, 40}}, "0123456789012345678901234567890123456789", 0, 33, 33, "over blocks"},
+    };
+    for (const SplitRow &row : rows) {
+        script = Sets(row.segments);
+        const Guarded text(row.bytes);
+        EXPECT_EQ(str_FindSplitPoint(text.c_str(), row.mode, row.limit, &kCs), row.splitPoint)
+            << row.why;
+    }
+}
+
+TEST(ScriptedSplit, CountingStopsWhereNoLengthCanBeTold)
+{
+    for (const int length : {0, -3}) {
+        script = Sets({});
+        script.control = [length](auto, auto) { return length; };
+        const CSDescriptor segCs = {kByteSet, 2};
+        int used = 4711;
+        EXPECT_EQ(str_CountSSDispChars("ab\x01"
+                                       "cd",
+                                       5, 4, &used, &segCs),
+                  nullptr);
+        EXPECT_EQ(used, 2);
+        EXPECT_EQ(str_CountSSDispBytes("ab\x01"
+                                       "cd",
+                                       5, 4, &used, &segCs),
+                  nullptr);
+        EXPECT_EQ(used, 2);
+    }
+}
+
+// What came out of a split that an escape may have ended.
+struct Outcome {
+    const char *first;
+    char *second;
+    unsigned int firstLen, secondLen;
+    bool escaped;        // to us
+    bool ourEnvironment; // was current again when it did
+};
+
+// Escapes are jumps, so nothing here needs unwinding.
+Outcome TrySplit(const char *text, int limit, CSDescriptor cs = kCs)
+{
+    static Outcome outcome;
+    static char untouched;
+    outcome = {nullptr, &untouched, 4711, 4711, false, false};
+    static sigjmp_buf here;
+    sigjmp_buf *const outer = er_SetCurrEnv(&here);
+    if (sigsetjmp(here, 0) == 0)
+        outcome.first = str_SplitByDispLen(text, limit, &outcome.second, &outcome.firstLen,
+                                           &outcome.secondLen, &cs);
+    else
+        outcome.escaped = true;
+    outcome.ourEnvironment = er_GetCurrEnv() == &here;
+    er_SetCurrEnv(outer);
+    if (outcome.second == &untouched)
+        outcome.second = nullptr;
+    return outcome;
+}
+
+std::string logged, traced;
+
+class ScriptedEscapes : public testing::Test
+{
+  protected:
+    ScriptedEscapes()
+    {
+        logged.clear();
+        traced.clear();
+        er_SetLogSink([](int code, const char *) { logged += std::to_string(code) + " "; });
+        er_SetTraceSink([](int, const char *text, int marker) {
+            if (marker >= 0)
+                traced += (marker == 1 ? "+" : "-") + std::string(text) + " ";
+        });
+        script = Sets({{kByteSet, 4}});
+    }
+    ~ScriptedEscapes() override
+    {
+        er_SetLogSink(nullptr);
+        er_SetTraceSink(nullptr);
+        er_SubSystemLoggingLevel = 0;
+        scripted::memoryEscapeClass = 0;
+        er_Clear();
+    }
+};
+
+// The first test of the process that splits: the buffer is not there yet.
+TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
+{
+    scripted::memoryEscapeClass = 3;
+    scripted::requestsLeft = 0;
+    Outcome outcome = TrySplit("abcd", 2);
+    EXPECT_FALSE(outcome.escaped);
+    EXPECT_TRUE(outcome.ourEnvironment);
+    EXPECT_EQ(outcome.first, nullptr) << "there is no buffer yet";
+    EXPECT_EQ(outcome.firstLen, 4711U) << "nothing is written through the pointers";
+    EXPECT_EQ(logged, "23816 ");
+    EXPECT_EQ(er_GetLive(), 0);
+
+    scripted::requestsLeft = 1; // the first allocation succeeds, the growth does not
+    outcome = TrySplit("abcd", 2);
+    EXPECT_STREQ(outcome.first, "ab");
+    EXPECT_STREQ(outcome.second, "cd");
+    const char *buffer = outcome.first;
+    const std::string longer(1000, 'x');
+    script.segments = {{kByteSet, 1000}};
+    outcome = TrySplit(longer.c_str(), 2);
+    EXPECT_EQ(outcome.first, buffer) << "as it was";
+    EXPECT_STREQ(outcome.first, "ab");
+    EXPECT_EQ(outcome.firstLen, 4711U);
+    EXPECT_EQ(logged, "23816 23816 ");
+
+    scripted::memoryEscapeClass = 0;
+    outcome = TrySplit(longer.c_str(), 2);
+    EXPECT_EQ(outcome.secondLen, 998U);
+    scripted::memoryEscapeClass = 3;
+    scripted::requestsLeft = 0;
+    script.segments = {{kByteSet, 4}};
+    EXPECT_STREQ(TrySplit("efgh", 3).second, "h") << "a shorter text needs no memory";
+}
+
+TEST_F(ScriptedEscapes, ASplitSwallowsItsClassAndPassesOthersOn)
+{
+    for (const int escapeClass : {3, 5}) {
+        logged.clear();
+        script.raiseAfterWalk = escapeClass;
+        const Outcome outcome = TrySplit("abcd", 2);
+        EXPECT_EQ(outcome.escaped, escapeClass != 3);
+        EXPECT_TRUE(outcome.ourEnvironment);
+        EXPECT_EQ(logged, "23816 ") << "once";
+        EXPECT_EQ(outcome.firstLen, 4711U);
+        EXPECT_EQ(er_GetLive() != 0, escapeClass != 3);
+        er_Clear();
+    }
+}
+
+TEST_F(ScriptedEscapes, SplitsTraceTheirWay)
+{
+    er_SubSystemLoggingLevel = 10;
+    TrySplit("abcd", 2);
+    EXPECT_EQ(traced,
+              "+str_SplitByDispLen +str_DoSplit +str_FindSplitPoint +str_CountSSDispChars "
+              "-str_CountSSDispChars -str_FindSplitPoint -str_DoSplit -str_SplitByDispLen ");
+    traced.clear();
+    TrySplit("abcd", 0);
+    EXPECT_EQ(traced, "+str_SplitByDispLen +str_DoSplit +str_FindSplitPoint -str_FindSplitPoint "
+                      "-str_SplitByDispLen ")
+        << "no split, no exit";
+    traced.clear();
+    char room[8] = "";
+    unsigned int kept;
+    str_truncate(room, "abcd", 3, &kCs, &kept);
+    str_strncpy(room, "abcd", 3, &kCs);
+    EXPECT_EQ(traced, "+str_truncate +str_truncstrlen -str_truncstrlen -str_truncate "
+                      "+str_strncpy +str_truncstrlen -str_truncstrlen -str_strncpy ");
+    traced.clear();
+    script.flags[kCode] = CS_FLAG_BYTE;
+    str_truncstrlen("abcd", 3, &kCs);
+    const CSDescriptor plain = {kCode, 0};
+    str_strchr("abcd", 'c', &plain);
+    str_strchr("abcd", 'c', &kCs);
+    str_strlcpy(room, "abcd", 3, &plain);
+    EXPECT_EQ(traced, "+str_truncstrlen +str_strchr -str_strchr +str_strncpy -str_strncpy ");
+}
+
+TEST_F(ScriptedEscapes, TheSecondPartBeginsWithTheModelEscapes)
+{
+    script.modelEscapes = "<model>";
+    const Outcome walked = TrySplit("abcd", 3);
+    EXPECT_STREQ(walked.second, "<model>d");
+    EXPECT_EQ(walked.secondLen, 8U);
+    EXPECT_EQ(TrySplit("abcd", 4).second, nullptr) << "no rest, no escapes";
+    script.flags[kCode] = CS_FLAG_BYTE;
+    const Outcome plain = TrySplit("abcd", 3, {kCode, 0});
+    EXPECT_STREQ(plain.second, "d") << "plain text has no state";
+    EXPECT_STREQ(TrySplit("abcd", 2147483647, {kCode, 0}).first, "abcd");
+    script = Sets({{kByteSet, 4}});
+    script.modelEscapes = std::string(500, 'e');
+    EXPECT_EQ(TrySplit("abcd", 3).secondLen, 82U) << "never more than there is room for";
+}
+
+TEST(ScriptedConcat, InsertsEscapesBetweenOtherSetsAndAscii)
+{
+    using Segments = std::vector<scripted::Segment>;
+    // Both texts are divided alike, so the first segment and the last say what each is.
+    const struct {
+        Segments segments;
+        bool escapes;
+        const char *why;
+    } rows[] = {
+        {{{kAsciiSet, 1}, {kPairSet, 2}}, true, "begins with ASCII, ends without"},
+        {{{CS_SEG_IGNORE, 1}, {kAsciiSet, 1}, {kPairSet, 1}, {CS_SEG_NONE, 1}},
+         true,
+         "ignored ones"},
+        {{{kPairSet, 2}, {kAsciiSet, 1}}, false, "begins without ASCII"},
+        {{{kAsciiSet, 3}}, false, "ends with ASCII"},
+        {{{kAsciiSet, 1}, {kPairSet, 1}, {CS_SEG_RAW, 1}}, false, "ends raw"},
+        {{{CS_SEG_RAW, 1}, {kAsciiSet, 1}, {kPairSet, 2}}, false, "begins raw"},
+        {{}, false, "empty"},
+    };
+    for (const auto &row : rows) {
+        script = Sets(row.segments);
+        script.asciiEscapes = "<A>";
+        int escLen = 4711;
+        EXPECT_EQ(str_GetEscapes("abc", "abc", &kCs, &escLen), nullptr) << "a set without escapes";
+        EXPECT_EQ(escLen, 4711) << "nothing is written then";
+        script.flags[kCode] = CS_FLAG_ESCAPES;
+        const char *escapes = str_GetEscapes("abc", "abc", &kCs, &escLen);
+        EXPECT_EQ(escapes != nullptr, row.escapes) << row.why;
+        EXPECT_EQ(escLen, row.escapes ? 3 : 0) << row.why;
+        char room[32] = "abc";
+        EXPECT_STREQ(str_strcat(room, "xyz", &kCs), row.escapes ? "abc<A>xyz" : "abcxyz")
+            << row.why;
+        std::strcpy(room, "abc");
+        EXPECT_STREQ(str_strncat(room, "xyz", 2, &kCs), row.escapes ? "abc<A>xy" : "abcxy");
+        std::strcpy(room, "abc");
+        EXPECT_STREQ(str_strncat(room, "xyz", 0, &kCs), row.escapes ? "abc<A>" : "abc");
+    }
+    script = Sets({{kAsciiSet, 1}, {kPairSet, 2}});
+    script.flags[kCode] = CS_FLAG_ESCAPES;
+    const CSDescriptor negative = {kCode, 0xFFFE};
+    int escLen;
+    str_GetEscapes("abc", "abc", &negative, &escLen);
+    EXPECT_EQ(script.asked, "ASCII of 9/-2\n") << "escMode is handed on as a signed number";
+}
+
+} // namespace
