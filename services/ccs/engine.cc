@@ -499,25 +499,49 @@ size_t RunLength(const State &state, const View &view, const Run &run, const cha
     return length;
 }
 
+// The bytes at `at` that repeat an eight-bit single shift and characters of the set that it shifts
+// to: half-width katakana come so, character by character.
+size_t ShiftedRunLength(const Designation &held, char shift, const char *at, size_t avail)
+{
+    const size_t unit = 1U + (held.row == kNoRow ? 1U : kSets[held.row].bytes);
+    const auto isUnit = [&](const char *here) {
+        return here[0] == shift && (ClassAt(here + 1) & kRightPair) != 0 &&
+               (ClassAt(here + unit - 1) & kRightPair) != 0;
+    };
+    size_t length = 0;
+    while (avail - length >= unit && isUnit(at + length))
+        length += unit;
+    return length;
+}
+
+// The run that the first unit of a segment, which is of text or raw, begins.
+Unit Lengthen(const Walk &walk, Unit first, const char *at, size_t avail)
+{
+    const View &view = *walk.view;
+    if (const SingleShift shift = SingleShiftAt(at, avail, false);
+        shift.length != 0 && first.length > 1 && first.kind != CS_SEG_RAW && Byte(at + 1) >= 0x80)
+        first.length += ShiftedRunLength(walk.state.g[shift.element], *at, at + first.length,
+                                         avail - first.length);
+    const Run run = first.kind == view.left.kind    ? view.left.run
+                    : first.kind == view.right.kind ? view.right.run
+                                                    : RunOf(view, first.kind);
+    return {first.kind, first.length + RunLength(walk.state, view, run, at + first.length,
+                                                 avail - first.length)};
+}
+
 // The segment at `at` that is begun by a unit of any kind.
 Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 {
-    const View &view = *walk->view;
-    const Unit first = UnitAt(walk->state, view, at, avail);
+    const Unit first = UnitAt(walk->state, *walk->view, at, avail);
     if (first.kind == CS_SEG_END)
         return first;
-    if (first.kind == CS_SEG_IGNORE) {
+    if (first.kind != CS_SEG_IGNORE)
+        return Lengthen(*walk, first, at, avail);
+    if (walk->view->escapes) {
         Apply(&walk->state, at, first.length);
-        if (view.escapes)
-            Resolve(walk);
-        return first;
+        Resolve(walk);
     }
-    const bool known = first.kind == view.left.kind || first.kind == view.right.kind;
-    const Run run = first.kind == view.left.kind ? view.left.run
-                    : known                      ? view.right.run
-                                                 : RunOf(view, first.kind);
-    return {first.kind, first.length + RunLength(walk->state, view, run, at + first.length,
-                                                 avail - first.length)};
+    return first;
 }
 
 } // namespace
