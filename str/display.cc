@@ -10,23 +10,76 @@
 #include "str/utf8.h"
 
 #include <cstring>
+#include <iterator>
 
 namespace
 {
 
+// The columns of one unit; its length is stored.
+unsigned int UnitColumns(const UnitRule &rule, const char *at, unsigned int avail, int *length)
+{
+    *length = UnitLength(rule, at, avail);
+    return !IsControl(*at) && *at != kDelete;
+}
+
+// Segments shorter than this are counted unit by unit: blocks of bytes do not pay.
+constexpr unsigned int kShort = 8;
+
+unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int segLen)
+{
+    UnitScan scan;
+    if (segLen >= kShort)
+        scan = ScanUnits(rule, seg, segLen);
+    unsigned int columns = 0;
+    for (unsigned int offset = 0; offset < segLen;) {
+        if (segLen >= kShort) {
+            const unsigned int plain = PlainBytes(&scan, offset);
+            columns += plain >> scan.shift;
+            offset += plain;
+            if (offset >= segLen)
+                break;
+        }
+        // The service is given the whole segment's length: a NUL ends a unit before that does.
+        int length;
+        columns += UnitColumns(rule, seg + offset, segLen, &length);
+        if (length < 1)
+            break;
+        offset += static_cast<unsigned int>(length);
+    }
+    return columns;
+}
+
+// The rules of the sets met last in a text, which mostly takes turns between a few.
+struct RuleCache {
+    struct Entry {
+        CSDescriptor cs;
+        UnitRule rule;
+    };
+    Entry entries[4];
+};
+
+const UnitRule &RuleFor(RuleCache *cache, uint16_t kind, const CSDescriptor *cs)
+{
+    RuleCache::Entry &entry = cache->entries[kind % std::size(cache->entries)];
+    if (entry.cs.csNum != kind) {
+        entry.cs = SegmentDescriptor(kind, cs);
+        entry.rule = UnitRuleOf(&entry.cs);
+    }
+    return entry.rule;
+}
+
 unsigned int WalkedWidth(const char *str, const CSDescriptor *cs)
 {
+    RuleCache cache = {};
     unsigned int columns = 0;
     SegmentWalk walk = WalkSegments(str, cs);
     while (NextSegment(&walk)) {
         if (IsIgnored(walk.kind))
             continue;
-        if (walk.kind == CS_SEG_RAW) {
+        if (walk.kind == CS_SEG_RAW)
             columns += walk.size;
-            continue;
-        }
-        const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
-        columns += static_cast<unsigned int>(str_GetDispLen(walk.at, walk.size, &segCs));
+        else
+            columns += SegmentWidth(RuleFor(&cache, walk.kind, cs), walk.at, walk.size);
     }
     return columns;
 }
@@ -57,23 +110,7 @@ unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
 
 int str_GetDispLen(const char *seg, unsigned int segLen, const CSDescriptor *segCs)
 {
-    UnitScan scan = ScanUnits(seg, segLen, segCs);
-    unsigned int columns = 0;
-    for (unsigned int offset = 0; offset < segLen;) {
-        const unsigned int plain = PlainBytes(&scan, offset);
-        columns += plain >> scan.shift;
-        offset += plain;
-        if (offset >= segLen)
-            break;
-        const char byte = seg[offset];
-        columns += !IsControl(byte) && byte != kDelete;
-        // The service is given the whole segment's length: a NUL ends a unit before that does.
-        const int length = UnitLength(scan.rule, seg + offset, segLen);
-        if (length < 1)
-            break;
-        offset += static_cast<unsigned int>(length);
-    }
-    return static_cast<int>(columns);
+    return static_cast<int>(SegmentWidth(UnitRuleOf(segCs), seg, segLen));
 }
 
 int str_utf8DispStrLen(const char *str, int maxLen, int countEsc)

@@ -180,7 +180,7 @@ const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budge
                                  const CSDescriptor *segCs)
 {
     frame::TraceEntry("str_CountSSDispChars");
-    UnitScan scan = ScanUnits(seg, segLen, segCs);
+    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, segLen);
     unsigned int offset = 0;
     int count = 0;
     while (offset < segLen && count < budget) {
@@ -207,7 +207,7 @@ const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budge
                                  const CSDescriptor *segCs)
 {
     frame::TraceEntry("str_CountSSDispBytes");
-    UnitScan scan = ScanUnits(seg, segLen, segCs);
+    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, segLen);
     unsigned int offset = 0;
     unsigned int control = 0; // the control function right before offset; offset itself for none
     int bytes = 0;

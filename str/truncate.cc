@@ -54,7 +54,7 @@ unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor
 
 unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescriptor *segCs)
 {
-    UnitScan scan = ScanUnits(seg, room, segCs);
+    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, room);
     unsigned int taken = 0;
     while (taken < room) {
         taken += PlainBytes(&scan, taken);

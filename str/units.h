@@ -10,7 +10,7 @@
 // What depends on the set alone is asked once per segment.  Most text is runs of characters that
 // need no question at all, so they are passed over in blocks of bytes:
 //
-//     UnitScan scan = ScanUnits(seg, limit, segCs);
+//     UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, limit);
 //     for (unsigned int offset = 0; offset < limit;) {
 //         offset += PlainBytes(&scan, offset);  ... of characters of 1 << scan.shift bytes
 //         if (offset < limit)
@@ -74,9 +74,8 @@ struct UnitScan {
     unsigned int end;
 };
 
-inline UnitScan ScanUnits(const char *seg, unsigned int limit, const CSDescriptor *segCs)
+inline UnitScan ScanUnits(const UnitRule &rule, const char *seg, unsigned int limit)
 {
-    const UnitRule rule = UnitRuleOf(segCs);
     const bool pairs = !rule.baseUnits && rule.bytes == 2;
     const bool usable = rule.baseUnits ? rule.asciiUnits : rule.bytes == 1 || pairs;
     return {rule,

@@ -529,6 +529,14 @@ Unit Lengthen(const Walk &walk, Unit first, const char *at, size_t avail)
                                                  avail - first.length)};
 }
 
+// The segment of an escape sequence or locking shift, where these are recognised.
+Unit Switch(Walk *walk, const char *at, size_t length)
+{
+    Apply(&walk->state, at, length);
+    Resolve(walk);
+    return {CS_SEG_IGNORE, length};
+}
+
 // The segment at `at` that is begun by a unit of any kind.
 Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 {
@@ -537,11 +545,7 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
         return first;
     if (first.kind != CS_SEG_IGNORE)
         return Lengthen(*walk, first, at, avail);
-    if (walk->view->escapes) {
-        Apply(&walk->state, at, first.length);
-        Resolve(walk);
-    }
-    return first;
+    return walk->view->escapes ? Switch(walk, at, first.length) : first;
 }
 
 } // namespace
@@ -562,13 +566,17 @@ Unit NextSegment(Walk *walk, const char *at, size_t avail)
         const size_t length = strnlen(at, avail);
         return length == 0 ? Unit{CS_SEG_END, 0} : Unit{walk->set->number, length};
     }
+    if (avail == 0)
+        return {CS_SEG_END, 0};
     // Most segments begin with a byte whose class tells their kind.
-    const uint8_t byteClass = avail == 0 ? uint8_t{0} : ClassAt(at);
+    const uint8_t byteClass = ClassAt(at);
     if ((byteClass & (kOfLeft | kOfRight)) != 0) {
         const Half &half = (byteClass & kOfLeft) != 0 ? walk->view->left : walk->view->right;
         const size_t length = RunLength(walk->state, *walk->view, half.run, at, avail);
         if (length != 0)
             return {half.kind, length};
+    } else if (EndsRuns(*walk->view, at, avail)) {
+        return Switch(walk, at, Byte(at) == kEsc ? EscapeSequence(at, avail).length : 1);
     }
     return SegmentOf(walk, at, avail);
 }
