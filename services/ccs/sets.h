@@ -27,6 +27,20 @@ inline constexpr auto kRowByNumber = [] {
     return rows;
 }();
 
+// Every number that a row names has a row of its own.
+constexpr bool IsKnown(uint16_t number) { return number == 0 || kRowByNumber[number] != kNoRow; }
+static_assert([] {
+    for (const SetRow &set : kSets) {
+        if (!IsKnown(set.left) || !IsKnown(set.right) || !IsKnown(set.partner) ||
+            !IsKnown(set.partner2))
+            return false;
+        for (const uint16_t number : set.start.g)
+            if (!IsKnown(number))
+                return false;
+    }
+    return true;
+}());
+
 // Where the graphic sets stand, by size and final byte.
 inline constexpr size_t kFinals = 0x80;
 inline constexpr auto kRowByFinal = [] {
