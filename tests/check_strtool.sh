@@ -78,6 +78,33 @@ like 0 $'* KS X 1001 * 가\n*' inspect --charset t.61 '\e$)C\e~\xB0\xA1'
 like 0 '* a\\x99 *a\\u{99}'$'\n*' inspect --charset iso-8859-1 'a\x99'
 like 0 $'*\e[[]2m\\\\e(B\e[[]0m*' inspect --color always --charset t.61 '\e(B'
 
+# ---- truncate, split, cat, find
+jp=(--charset iso-2022-jp) text='A\e$B$"$$\e(BB'
+row 0 '' truncate --bytes 0 a
+row 0 A truncate "${jp[@]}" --bytes 3 "$text"
+row 0 $'A\e$B$"' truncate "${jp[@]}" --bytes 7 "$text"
+row 0 $'A\e$B$"$$\e(BB' truncate "${jp[@]}" --bytes 2147483647 "$text"
+row 0 $'Aあ\nB' truncate "${jp[@]}" --bytes 7 --utf8-out "$text" B
+row 0 e truncate --charset t.61 --bytes 2 'e\xC2e'
+row 0 $'aé\n\xE4' truncate --bytes 5 $'aé世' '\xE4'
+like 1 $'strtool: text 1: *byte 2 *raw*\nb' truncate --bytes 9 --utf8-out 'a\xE4' b
+for bad in -1 08x '[1]' 2147483648 ''; do like 2 'strtool: *--bytes*' truncate --bytes "$bad" a; done
+like 2 'strtool: *--bytes*' truncate a
+row 0 $'A\e$B$"\n\e$B$$\e(BB' split "${jp[@]}" --columns 2 "$text"
+row 0 $'Aあ\nいB' split "${jp[@]}" --bytes 4 --utf8-out "$text"
+row 0 $'\nab\nab\ncde' split --columns 2 '' ab abcde
+row 0 $'A\nあ\nい\nx' split "${jp[@]}" --all --columns 1 --utf8-out 'A\e$B$"$$\e(B' x
+row 0 $'a\n世b' split --all --bytes 1 a世b
+row 0 ab split --all --columns 0 ab
+for bad in '' '--columns 1 --bytes 1'; do like 2 'strtool: split takes *' split $bad a; done
+row 0 $'A\e$B$"\e(BB' cat "${jp[@]}" 'A\e$B$"' B
+row 0 'aя[x,y]' cat --charset iso-8859-5 --utf8-in --utf8-out a я '[x,y]'
+like 1 'strtool: text 2: *' cat --utf8-in a 'b\xFF'
+row 1 $'9\n-\n1' find "${jp[@]}" '$' '\e$B$"\e(Ba$' '\e$B$"\e(B' 'a$'
+row 0 $'1\n0' find '[' 'a[b' '[,]'
+row 0 1 find --charset t.61 '\xE1' 'a\xE1'
+for bad in '' ab é; do like 2 'strtool: *not one byte*' find "$bad" a; done
+
 # ---- The samples: nothing raw, nothing that cannot be decoded
 for file in "$samples"/*.txt; do
     set=$(basename "$file" .txt)

@@ -50,6 +50,12 @@ Unit UnitAt(std::string_view bytes, size_t at, const CSDescriptor &cs)
 
 bool IsGraphicLeft(char byte) { return byte > 0x20 && byte < 0x7F; }
 
+bool Fail(std::string &text)
+{
+    text += kUndecodable;
+    return false;
+}
+
 } // namespace
 
 Decoder::Way Decoder::FindWay(const CSDescriptor &segCs)
@@ -58,7 +64,7 @@ Decoder::Way Decoder::FindWay(const CSDescriptor &segCs)
     const bool isByteSet = (flags & CS_FLAG_BYTE) != 0;
     if (auto converter = Open(IconvNameOf(segCs)))
         return {std::move(converter), "", isByteSet};
-    if ((flags & CS_FLAG_ASCII) != 0)
+    if ((flags & CS_FLAG_ASCII_SUPERSET) != 0)
         return {Open("ASCII"), "", isByteSet};
     const char *designation = ccs_GetDesignation(&segCs, 1);
     if (designation != nullptr && *designation != '\0')
@@ -68,14 +74,14 @@ Decoder::Way Decoder::FindWay(const CSDescriptor &segCs)
     return {nullptr, "", isByteSet};
 }
 
-std::string Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs)
+bool Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs, std::string &text)
 {
     auto found = ways.find(segCs.csNum);
     if (found == ways.end())
         found = ways.emplace(segCs.csNum, FindWay(segCs)).first;
     const Way &way = found->second;
     if (way.converter == nullptr)
-        return kUndecodable;
+        return Fail(text);
 
     // Single shifts and, in seven bits, the top bits mean nothing to a set by itself.
     std::string codes;
@@ -88,18 +94,18 @@ std::string Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs)
     if (!way.designation.empty())
         for (char &code : codes) {
             if (way.isByteSet && IsGraphicLeft(code))
-                return kUndecodable; // of the set that is used to its left
+                return Fail(text); // of the set that is used to its left
             code = static_cast<char>(code & 0x7F);
         }
 
-    std::string text;
+    bool isKnown = true;
     way.converter->Restart();
     way.converter->Convert(way.designation, text);
     for (size_t at = 0;;) {
         at += way.converter->Convert(std::string_view(codes).substr(at), text);
         if (at >= codes.size())
-            return text;
-        text += kUndecodable;
+            return isKnown;
+        isKnown = Fail(text);
         at += UnitAt(codes, at, segCs).length;
     }
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The characters of one segment in UTF-8, for show: iconv knows codes, not the sets that the
+// The characters of one segment in UTF-8: iconv knows codes, not the sets that the
 // segments of a code are in, so a segment is brought into a form that it knows.
 #ifndef TOOLS_DECODE_H
 #define TOOLS_DECODE_H
@@ -22,8 +22,9 @@ inline constexpr char kUndecodable[] = "\u00B7"; // stands for a character that 
 class Decoder
 {
   public:
-    // The bytes of a segment of text, of whole characters, in the set of `segCs`.
-    std::string Decode(std::string_view bytes, const CSDescriptor &segCs);
+    // Appends the bytes of a segment of text, whole characters in the set of `segCs`.  Answers
+    // false when not all of it is known; kUndecodable stands where it is not.
+    bool Decode(std::string_view bytes, const CSDescriptor &segCs, std::string &text);
 
   private:
     // How the characters of a set are had from iconv.

@@ -8,11 +8,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <optional>
 
 namespace strtool
 {
@@ -53,31 +54,28 @@ class Feed
             Complain(name + " ends at the NUL in it");
             text.resize(nul);
         }
-        if (!fromUtf8 || Recode(text, name))
-            handle(text, cs);
-        else
+        try {
+            handle(fromUtf8 ? Recoded(text) : text, cs);
+        } catch (const TextError &error) {
+            Complain(name + ": " + error.what());
             status = kFailed;
+        }
     }
 
     int status = kDone;
 
   private:
-    bool Recode(std::string &text, const std::string &name)
+    std::string Recoded(const std::string &text)
     {
-        if (!fromUtf8->IsOpen()) {
-            Complain(name + ": iconv cannot write " + set.name);
-            return false;
-        }
+        if (!fromUtf8->IsOpen())
+            throw TextError(std::string("iconv cannot write ") + set.name);
         std::string recoded;
         fromUtf8->Restart();
         const size_t done = fromUtf8->Convert(text, recoded);
-        if (done < text.size()) {
-            Complain(name + ": " + WhyNot(text, done, set));
-            return false;
-        }
+        if (done < text.size())
+            throw TextError(WhyNot(text, done, set));
         fromUtf8->Finish(recoded);
-        text = std::move(recoded);
-        return true;
+        return recoded;
     }
 
     ccs_SetInfo set;
@@ -137,12 +135,28 @@ void AddTextOptions(CLI::App &verb, TextOptions &options)
     verb.footer("A text that begins with '-' stands behind '--'.");
 }
 
+CLI::Option &AddNumber(CLI::App &verb, const std::string &name, std::optional<int> &number,
+                       const std::string &description)
+{
+    const auto take = [&number, name](const std::string &written) {
+        const char *end = written.data() + written.size();
+        int value = 0;
+        const auto [stop, error] = std::from_chars(written.data(), end, value);
+        if (error != std::errc{} || stop != end || value < 0)
+            throw UsageError(name + ": '" + written + "' is no number from 0 to " +
+                             std::to_string(INT_MAX));
+        number = value;
+    };
+    return *verb.add_option_function<std::string>(name, take, description)->type_name("N");
+}
+
 std::vector<std::string> CommandLine(int argc, char **argv)
 {
     std::vector<std::string> words(argv + 1, argv + argc);
-    // CLI11 would take a text in brackets for a list of texts.
+    // CLI11 would take a text in brackets for a list of texts.  All that may be in brackets is
+    // unescaped; other words in brackets are wrong in any case.
     for (std::string &word : words)
-        if (word.starts_with('['))
+        if (word.starts_with('[') && word.ends_with(']'))
             word.replace(0, 1, "\\x5B");
     std::reverse(words.begin(), words.end());
     return words;

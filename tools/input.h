@@ -10,6 +10,7 @@
 #include <str/charset.h>
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,7 +19,8 @@
 namespace CLI
 {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace strtool
 {
@@ -32,14 +34,24 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// There is no handling a text; the others go on.
+struct TextError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 struct TextOptions {
     std::string charset = "UTF8";
     bool utf8In = false;
+    bool utf8Out = false; // for the verbs that put out texts
     std::vector<std::string> arguments;
 };
 
 // Declares TEXT..., --charset and --utf8-in.
 void AddTextOptions(CLI::App &verb, TextOptions &options);
+
+// Declares an option that takes a number from 0 to INT_MAX.
+CLI::Option &AddNumber(CLI::App &verb, const std::string &name, std::optional<int> &number,
+                       const std::string &description);
 
 // The command line without the program's name, last word first, for CLI::App to parse.
 std::vector<std::string> CommandLine(int argc, char **argv);
@@ -57,7 +69,7 @@ std::string Unescape(std::string_view written);
 void Complain(const std::string &what);
 
 // Hands over the bytes of every text, none of them NUL; answers the exit code.  A text that cannot
-// be had in its set is left out, with a message.
+// be had in its set is left out, with a message; so is one that `handle` throws a TextError for.
 using TextHandler = std::function<void(const std::string &text, const CSDescriptor &cs)>;
 int ForEachText(const TextOptions &options, const TextHandler &handle);
 

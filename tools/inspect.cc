@@ -3,6 +3,7 @@
 // strtool inspect: how texts divide into segments, a line for each.
 #include "tools/decode.h"
 #include "tools/input.h"
+#include "tools/segment.h"
 #include "tools/show.h"
 #include "tools/verbs.h"
 
@@ -23,14 +24,6 @@ namespace
 
 constexpr Color kSetColors[] = {"36", "32", "33", "35", "34"};
 constexpr size_t kWidestData = 40; // more may overrun: the text behind it then stands further right
-
-bool IsEscape(const CSSegment &segment)
-{
-    return segment.kind == CS_SEG_IGNORE || segment.kind == CS_SEG_NONE;
-}
-bool IsRaw(const CSSegment &segment) { return segment.kind == CS_SEG_RAW; }
-
-std::string_view BytesOf(const CSSegment &segment) { return {segment.text, segment.length}; }
 
 struct Widths {
     size_t offset;
@@ -62,14 +55,6 @@ class Inspector
     }
 
   private:
-    static const char *KindName(const CSSegment &segment)
-    {
-        if (IsEscape(segment))
-            return "escape";
-        const CSDescriptor cs = {segment.kind, 0};
-        return IsRaw(segment) ? "raw" : ccs_GetCSName(&cs);
-    }
-
     static Widths WidthsOf(std::span<const CSSegment> segments, size_t bytes, size_t columnDigits)
     {
         const size_t byteDigits = std::max(std::to_string(bytes).size(), size_t{5});
@@ -127,8 +112,11 @@ class Inspector
         row.Right(std::to_string(segment.length), widths.bytes);
         row.Right(std::to_string(columns), widths.columns);
         row.Left(VisibleBytes(BytesOf(segment)), widths.data, color);
-        if (hasText)
-            row.Left(VisibleText(decoder.Decode(BytesOf(segment), segCs)), 0, color);
+        if (hasText) {
+            std::string text;
+            decoder.Decode(BytesOf(segment), segCs, text);
+            row.Left(VisibleText(text), 0, color);
+        }
         row.Print();
     }
 

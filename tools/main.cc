@@ -19,12 +19,16 @@ using namespace strtool;
 int Run(int argc, char **argv)
 {
     int status = kDone;
-    CLI::App app{"Shows and measures text in many coded character sets.", "strtool"};
+    CLI::App app{"Shows, measures, cuts and joins text in many coded character sets.", "strtool"};
     app.set_version_flag("--version", "strtool " STRTOOL_VERSION);
     app.require_subcommand(1);
     AddSets(app);
     AddInspect(app, status);
     AddWidth(app, status);
+    AddTruncate(app, status);
+    AddSplit(app, status);
+    AddCat(app, status);
+    AddFind(app, status);
     try {
         app.parse(CommandLine(argc, argv));
     } catch (const CLI::Success &asked) {

@@ -16,6 +16,10 @@ namespace strtool
 void AddSets(CLI::App &app);
 void AddInspect(CLI::App &app, int &status);
 void AddWidth(CLI::App &app, int &status);
+void AddTruncate(CLI::App &app, int &status);
+void AddSplit(CLI::App &app, int &status);
+void AddCat(CLI::App &app, int &status);
+void AddFind(CLI::App &app, int &status);
 
 } // namespace strtool
 

@@ -3,7 +3,7 @@
 # A short tour of strtool on the sample texts. STRTOOL is the program; ./dev demo sets it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-strtool=${STRTOOL:-strtool}
+strtool() { command "${STRTOOL:-strtool}" "$@"; }
 export LC_ALL=C # bytes are bytes here
 
 bold='' dim='' normal=''
@@ -16,12 +16,12 @@ step() { # CAPTION [COMMAND]
 }
 inspect() { # CAPTION SET COMMAND: what the command says of the set's texts
     step "$1" "$3 | strtool inspect --charset $2"
-    eval "$3" | "$strtool" inspect --charset "$2"
+    eval "$3" | strtool inspect --charset "$2"
 }
 
 line() { sed -n "$2p" "$1.txt"; }            # SET NUMBER: that line of the set's file
 in_utf8() { iconv -f "$1" -t UTF-8; }        # ICONV-NAME: for the terminal
-columns() { "$strtool" width --charset "$1"; } # SET: of the text on standard input
+columns() { strtool width --charset "$1"; }  # SET: of the text on standard input
 bytes() { tr -d '\n' | wc -c; }
 
 # The rows of the listing: set, its name for iconv, line of its file.
@@ -45,19 +45,39 @@ cell() { # MEASURE SET ICONV-NAME WIDTH TEXT
     blanks $(($4 - size))
 }
 
-rule() { printf '  %s%s%s%s%s\n' "$1" "$(dashes 24)" "$2" "$(dashes 18)" "$3"; }
+rule() { # LEFT MIDDLE RIGHT WIDTH WIDTH
+    printf '  %s%s%s%s%s\n' "$1" "$(dashes "$4")" "$2" "$(dashes "$5")" "$3"
+}
 dashes() { blanks "$1" | sed 's/ /─/g'; }
 
 listing() { # MEASURE
     local set iconv_name number text name place
-    rule ┌ ┬ ┐
+    rule ┌ ┬ ┐ 24 18
     while read -r set iconv_name number; do
         text=$(line "$set" "$number")
         name=${text%%, *} place=${text##*, }
         printf '  │ %s │ %s │  %s\n' "$(cell "$1" "$set" "$iconv_name" 22 "$name")" \
             "$(cell "$1" "$set" "$iconv_name" 16 "$place")" "$set"
     done <<<"$rows"
-    rule └ ┴ ┘
+    rule └ ┴ ┘ 24 18
+}
+
+# Two paragraphs, wrapped, next to each other.
+readonly wrapped_width=34
+wrapped() { # SET NUMBER
+    line "$1" "$2" | strtool split --columns "$wrapped_width" --all --charset "$1"
+}
+side_by_side() {
+    local left right i
+    mapfile -t left < <(wrapped t.61 5)
+    mapfile -t right < <(wrapped iso-8859-5 5)
+    rule ┌ ┬ ┐ 36 36
+    for ((i = 0; i < ${#left[@]} || i < ${#right[@]}; ++i)); do
+        printf '  │ %s │ %s │\n' \
+            "$(cell columns t.61 T.61-8BIT "$wrapped_width" "${left[i]-}")" \
+            "$(cell columns iso-8859-5 ISO-8859-5 "$wrapped_width" "${right[i]-}")"
+    done
+    rule └ ┴ ┘ 36 36
 }
 
 sizes() { # SET ICONV-NAME NUMBER
@@ -71,7 +91,7 @@ inspect 'A mail subject in ISO-2022-JP: runs of two sets, and the escape sequenc
     iso-2022-jp "sed -n 4p iso-2022-jp.txt"
 
 inspect 'A name in T.61, whose marks stand before their letters, and the same name in Cyrillic' \
-    t.61 "sed -n 5p t.61.txt"
+    t.61 "sed -n 6p t.61.txt"
 
 inspect 'A text that was cut in the middle of a character: what is left of it is raw' \
     euc-jp "sed -n 2p euc-jp.txt | head -c 3"
@@ -82,6 +102,13 @@ sizes iso-2022-jp ISO-2022-JP 2
 sizes iso-2022-kr ISO-2022-KR 2
 sizes t.61 T.61-8BIT 3
 sizes utf8 UTF-8 2
+
+inspect 'A subject split in Japanese: the second part begins with the escapes that it needs' \
+    iso-2022-jp "sed -n 1p iso-2022-jp.txt | strtool split --columns 13 --charset iso-2022-jp"
+
+step 'Paragraphs in T.61 and in ISO 8859-5, wrapped at 34 columns by strtool split' \
+    "sed -n 5p t.61.txt | strtool split --columns $wrapped_width --all --charset t.61"
+side_by_side
 
 step 'A directory in six character sets, each row as its file has it, padded by bytes'
 listing bytes

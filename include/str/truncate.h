@@ -34,8 +34,9 @@ unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescrip
 char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescriptor *cs,
                    unsigned int *outLen);
 
-/* As str_truncate, without telling the bytes kept.  UTF-8 is cut between its characters too; a byte
- * that belongs to no well-formed character is a unit of its own. */
+/* As str_truncate, without telling the bytes kept.  UTF-8 is cut between its characters too, without
+ * a look beyond the budget: what may be the beginning of a longer character at its end is left out,
+ * and any other byte that belongs to no well-formed character is a unit of its own. */
 char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs);
 
 /* As str_strncpy into a buffer of `size` bytes, of which the last is always a NUL.  With `size` 0

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// strtool cat: texts joined, with the escape sequences that are due between them.
+#include "tools/output.h"
+#include "tools/verbs.h"
+
+#include <str/concat.h>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace strtool
+{
+namespace
+{
+
+constexpr size_t kMostEscapes = 81; // bytes that a join may take
+
+std::string Joined(const std::vector<std::string> &texts, const CSDescriptor &cs)
+{
+    size_t room = 1; // for the NUL
+    for (const std::string &text : texts)
+        room += text.size() + kMostEscapes;
+    std::vector<char> joined(room);
+    for (const std::string &text : texts)
+        str_strcat(joined.data(), text.c_str(), &cs);
+    return joined.data();
+}
+
+// All of the texts or nothing.
+int Cat(const TextOptions &options)
+{
+    std::vector<std::string> texts;
+    const int status = ForEachText(
+        options, [&](const std::string &text, const CSDescriptor &) { texts.push_back(text); });
+    if (status != kDone)
+        return status;
+    const CSDescriptor cs = DescriptorOf(FindSet(options.charset));
+    Output(options.utf8Out).Print({Joined(texts, cs)}, cs);
+    return kDone;
+}
+
+} // namespace
+
+void AddCat(CLI::App &app, int &status)
+{
+    CLI::App *verb = app.add_subcommand("cat", "Join the texts to one");
+    const auto options = std::make_shared<TextOptions>();
+    AddTextOptions(*verb, *options);
+    AddOutputOption(*verb, *options);
+    verb->callback([options, &status] { status = Cat(*options); });
+}
+
+} // namespace strtool

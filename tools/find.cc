@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// strtool find: where a character first stands in texts.
+#include "tools/input.h"
+#include "tools/verbs.h"
+
+#include <str/concat.h>
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <memory>
+
+namespace strtool
+{
+namespace
+{
+
+struct FindOptions : TextOptions {
+    std::string character;
+};
+
+// In texts that are walked, bytes from 0x80 on go by their value as a signed char.
+int Wanted(const std::string &written)
+{
+    const std::string bytes = Unescape(written);
+    if (bytes.size() != 1)
+        throw UsageError("'" + written + "' is not one byte");
+    return static_cast<signed char>(bytes.front());
+}
+
+int Find(const FindOptions &options)
+{
+    const int wanted = Wanted(options.character);
+    bool foundInAll = true;
+    const int status = ForEachText(options, [&](const std::string &text, const CSDescriptor &cs) {
+        const char *found = str_strchr(text.c_str(), wanted, &cs);
+        foundInAll = foundInAll && found != nullptr;
+        std::puts(found != nullptr ? std::to_string(found - text.c_str()).c_str() : "-");
+    });
+    return foundInAll ? status : kFailed;
+}
+
+} // namespace
+
+void AddFind(CLI::App &app, int &status)
+{
+    CLI::App *verb =
+        app.add_subcommand("find", "Say at what byte of each text, from 0, a character stands");
+    const auto options = std::make_shared<FindOptions>();
+    verb->add_option("CHARACTER", options->character,
+                     "The byte to find where it is a character by itself; \\xHH for others than "
+                     "ASCII")
+        ->type_name("")
+        ->required();
+    AddTextOptions(*verb, *options);
+    verb->callback([options, &status] { status = Find(*options); });
+}
+
+} // namespace strtool

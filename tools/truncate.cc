@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// strtool truncate: what is kept of texts for a budget of bytes.
+#include "tools/output.h"
+#include "tools/verbs.h"
+
+#include <str/truncate.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace strtool
+{
+namespace
+{
+
+struct TruncateOptions : TextOptions {
+    std::optional<int> bytes;
+};
+
+// By str_strncpy, which serves every set: str_truncate does not know UTF-8 by name.
+std::string Truncated(const std::string &text, size_t budget, const CSDescriptor &cs)
+{
+    std::string kept(std::min(budget, text.size() + 1), '\0'); // more would only be NULs
+    str_strncpy(kept.data(), text.c_str(), static_cast<unsigned int>(kept.size()), &cs);
+    kept.resize(strnlen(kept.data(), kept.size()));
+    return kept;
+}
+
+int Truncate(const TruncateOptions &options)
+{
+    Output output(options.utf8Out);
+    return ForEachText(options, [&](const std::string &text, const CSDescriptor &cs) {
+        output.Print({Truncated(text, static_cast<size_t>(*options.bytes), cs)}, cs);
+    });
+}
+
+} // namespace
+
+void AddTruncate(CLI::App &app, int &status)
+{
+    CLI::App *verb =
+        app.add_subcommand("truncate", "Keep what fits of each text in a number of bytes");
+    const auto options = std::make_shared<TruncateOptions>();
+    AddNumber(*verb, "--bytes", options->bytes, "The bytes that the result may have").required();
+    AddTextOptions(*verb, *options);
+    AddOutputOption(*verb, *options);
+    verb->callback([options, &status] { status = Truncate(*options); });
+}
+
+} // namespace strtool
