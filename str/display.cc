@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Display width: one column per displayed character.  UTF-8 is measured by GLib, plain single-byte
-// text by strlen, and all other text segment by segment.
+// Display width: one column per displayed character.  UTF-8 is counted by characters, plain
+// single-byte text by bytes, and all other text segment by segment.
 #include <str/display.h>
 
 #include "str/frame.h"
@@ -61,7 +61,7 @@ struct RuleCache {
 const UnitRule &RuleFor(RuleCache *cache, uint16_t kind, const CSDescriptor *cs)
 {
     RuleCache::Entry &entry = cache->entries[kind % std::size(cache->entries)];
-    if (entry.cs.csNum != kind) {
+    if (entry.cs.csNum != kind) { // 0 at first, which is no kind of text
         entry.cs = SegmentDescriptor(kind, cs);
         entry.rule = UnitRuleOf(&entry.cs);
     }
