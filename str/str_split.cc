@@ -185,8 +185,8 @@ const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budge
     int count = 0;
     while (offset < segLen && count < budget) {
         const auto left = static_cast<unsigned int>(budget - count);
-        scan.limit =
-            left < (segLen - offset) >> scan.shift ? offset + (left << scan.shift) : segLen;
+        const bool beyond = left >= (segLen - offset) >> scan.shift;
+        SetLimit(&scan, beyond ? segLen : offset + (left << scan.shift));
         const unsigned int plain = PlainBytes(&scan, offset);
         offset += plain;
         count += static_cast<int>(plain >> scan.shift);
@@ -213,7 +213,8 @@ const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budge
     int bytes = 0;
     bool fits = true;
     while (offset < segLen && bytes < budget) {
-        scan.limit = offset + std::min(static_cast<unsigned int>(budget - bytes), segLen - offset);
+        SetLimit(&scan,
+                 offset + std::min(static_cast<unsigned int>(budget - bytes), segLen - offset));
         const unsigned int plain = PlainBytes(&scan, offset);
         offset += plain;
         bytes += static_cast<int>(plain);

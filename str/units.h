@@ -98,7 +98,7 @@ inline void LookAtBlock(UnitScan *scan, unsigned int offset)
     scan->looks = blocks::kAll;
     if (!scan->usable)
         return;
-    // Behind the limit stand zeros, which need a look.
+    // Behind the limit stand zeros, which need a look and so end every search there.
     const blocks::Block block = blocks::Load(scan->seg + offset, count);
     scan->looks = blocks::Mask(blocks::Controls(block) | blocks::Equal(block, kDelete)) |
                   (blocks::Mask(block) & scan->highLooks) |
@@ -119,20 +119,28 @@ inline unsigned int PlainBytes(UnitScan *scan, unsigned int offset)
                 continue;
             }
         }
-        const unsigned int end = std::min(scan->end, scan->limit);
-        const unsigned int left = end - offset;
-        const unsigned int free = std::min(blocks::Free(scan->looks, offset - scan->base), left);
-        const bool half = scan->shift != 0 && (free & 1) != 0;
-        if (free == left && !half) {
-            offset = end;
+        const unsigned int reached = offset + blocks::Free(scan->looks, offset - scan->base);
+        const bool half = scan->shift != 0 && ((reached - offset) & 1) != 0;
+        if (reached < scan->end)
+            return reached - begin - half;
+        if (!half) {
+            offset = scan->end;
             continue;
         }
-        offset += half ? free - 1 : free;
-        if (free != left || offset == scan->base)
+        offset = reached - 1;
+        if (offset == scan->base)
             break;
         scan->end = offset; // half a character at the end of a block may be whole in the next
     }
     return offset - begin;
+}
+
+// Sets the limit anew, for the bytes from where the scan has come to.
+inline void SetLimit(UnitScan *scan, unsigned int limit)
+{
+    scan->limit = limit;
+    if (limit < scan->end)
+        scan->end = 0; // the block is to be looked at again
 }
 
 #endif

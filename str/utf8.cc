@@ -3,6 +3,8 @@
 
 #include <glib.h>
 
+#include <cstring>
+
 namespace
 {
 

@@ -7,10 +7,12 @@
 
 #include <platform/ccs.h>
 
-#include <cstring>
-
 // The one set that the library knows by name.
-inline bool IsUtf8(const CSDescriptor *cs) { return std::strcmp(ccs_GetCSName(cs), "UTF8") == 0; }
+inline bool IsUtf8(const CSDescriptor *cs)
+{
+    const char *n = ccs_GetCSName(cs); // most names differ at once: not worth a call
+    return n[0] == 'U' && n[1] == 'T' && n[2] == 'F' && n[3] == '8' && n[4] == '\0';
+}
 
 // The characters in the first `maxLen` bytes of `str`, or up to its NUL when `maxLen` is negative.
 // A character cut by the limit is not counted; a byte of no well-formed character counts as one.
