@@ -37,7 +37,8 @@ unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescripto
 void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 {
     std::strncpy(dst, src, kept);
-    std::memset(dst + kept, 0, n - kept);
+    if (kept < n)
+        std::memset(dst + kept, 0, n - kept);
 }
 
 } // namespace
