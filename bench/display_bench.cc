@@ -4,6 +4,7 @@
 // cells and the library gives every character one column, so the ways are held to the number of
 // characters.
 #include "bench/support.h"
+#include "bench/texts.h"
 
 #include <benchmark/benchmark.h>
 #include <glib.h>
@@ -69,34 +70,20 @@ const std::vector<Way> kWaysOfSets = {
 const std::vector<Way> kWaysOfUtf8 = {
     {"libstr", Ours}, {"mbstowcs, wcswidth", Mbstowcs}, {"g_utf8_strlen", CountedByGLib}};
 
-// Mail subjects, letters and directory lines, in pieces small enough for the shortest texts.
-const std::vector<std::string> kSubjects = {
-    "Re: ", "会議",   "資料の", "送付に",     "ついて",   " (7/15 10:00) ", "[",       "重要",
-    "] ",   "サーバ", "移行の", "お知らせと", "ご確認の", "お願い",         " No.204 "};
-const std::vector<std::string> kJapaneseLetter = {
-    "佐藤様、", "第3",    "四半期の", "売上",   "報告書を",     "お送り",   "します。",
-    "ご確認の", "ほど、", "よろしく", "お願い", "いたします。", "札幌支店", " TEL 011-123-4567 "};
-const std::vector<std::string> kDirectory = {"佐藤 ", "健一, ", "札幌, ", "ﾀﾅｶ ",
-                                             "ｹｲｺ, ", "東京, ", "内線 ",  "204; "};
-const std::vector<std::string> kLetter = {
-    "Sehr ",          "geehrter ",  "Herr ",  "Müller, ", "das ",     "Büro ", "in ",
-    "Zürich ",        "bestätigt ", "den ",   "Termin. ", "Réunion ", "du ",   "comité: ",
-    "procès-verbal ", "et ",        "ordre ", "du ",      "jour. "};
-
 struct Row {
     Sort sort;
     const std::vector<std::string> &pieces;
     const std::vector<Way> &ways;
 };
 const Row kRows[] = {
-    {{"ISO-2022-JP, subjects", "ISO-2022-JP", "ISO-2022-JP"}, kSubjects, kWaysOfSets},
-    {{"ISO-2022-JP, letter", "ISO-2022-JP", "ISO-2022-JP"}, kJapaneseLetter, kWaysOfSets},
-    {{"EUC-JP, letter", "EUC-JP", "EUC-JP"}, kJapaneseLetter, kWaysOfSets},
-    {{"EUC-JP, directory", "EUC-JP", "EUC-JP"}, kDirectory, kWaysOfSets},
-    {{"T.61, letter", "T.61", "T.61-8BIT"}, kLetter, kWaysOfSets},
-    {{"ISO-8859-1, letter", "ISO-8859-1", "ISO-8859-1"}, kLetter, kWaysOfSets},
-    {{"UTF-8, letter", "UTF8", "UTF-8"}, kLetter, kWaysOfUtf8},
-    {{"UTF-8, Japanese letter", "UTF8", "UTF-8"}, kJapaneseLetter, kWaysOfUtf8},
+    {{"ISO-2022-JP, subjects", "ISO-2022-JP", "ISO-2022-JP"}, bench::kSubjects, kWaysOfSets},
+    {{"ISO-2022-JP, letter", "ISO-2022-JP", "ISO-2022-JP"}, bench::kJapaneseLetter, kWaysOfSets},
+    {{"EUC-JP, letter", "EUC-JP", "EUC-JP"}, bench::kJapaneseLetter, kWaysOfSets},
+    {{"EUC-JP, directory", "EUC-JP", "EUC-JP"}, bench::kDirectory, kWaysOfSets},
+    {{"T.61, letter", "T.61", "T.61-8BIT"}, bench::kLetter, kWaysOfSets},
+    {{"ISO-8859-1, letter", "ISO-8859-1", "ISO-8859-1"}, bench::kLetter, kWaysOfSets},
+    {{"UTF-8, letter", "UTF8", "UTF-8"}, bench::kLetter, kWaysOfUtf8},
+    {{"UTF-8, Japanese letter", "UTF8", "UTF-8"}, bench::kJapaneseLetter, kWaysOfUtf8},
 };
 
 const bool theRegistration = [] {

@@ -14,6 +14,7 @@
 #include <list>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 // ---- Allocations ---------------------------------------------------------------------------
 
@@ -57,19 +58,13 @@ iconv_t Open(const char *to, const char *from)
     return converter;
 }
 
-std::string Encode(const char *iconvName, std::string utf8)
+// As many of the pieces as `count`, again and again.
+std::string Joined(const std::vector<std::string> &pieces, size_t count)
 {
-    const iconv_t converter = Open(iconvName, "UTF-8");
-    std::string bytes(utf8.size() * 4 + 16, '\0');
-    char *in = utf8.data(), *out = bytes.data();
-    size_t inLeft = utf8.size(), outLeft = bytes.size();
-    const bool encoded = iconv(converter, &in, &inLeft, &out, &outLeft) == 0 &&
-                         iconv(converter, nullptr, nullptr, &out, &outLeft) == 0;
-    iconv_close(converter);
-    if (!encoded)
-        throw std::runtime_error(std::string(iconvName) + " cannot hold: " + utf8);
-    bytes.resize(bytes.size() - outLeft);
-    return bytes;
+    std::string text;
+    for (size_t i = 0; i < count; ++i)
+        text += pieces[i % pieces.size()];
+    return text;
 }
 
 // ---- Comparisons ---------------------------------------------------------------------------
@@ -78,19 +73,33 @@ struct Comparison {
     std::string family;
     Text text;
     std::vector<Way> ways;
+    Outcome outcome;
 
     std::string NameOf(const Way &way) const
     {
         return family + "/" + text.sort.title + "/" + std::to_string(text.bytes.size()) + "/" +
                way.name;
     }
+    std::string Ours() const { return NameOf(ways.front()); }
 };
 
-// A list, since what is registered points into it; ready before the benchmarks that register
-// themselves.
+// A row of a table, under the caption that it shares with the rows around it.
+struct Row {
+    std::string caption;
+    const Comparison *comparison;
+    std::vector<std::pair<std::string, std::string>> ratios; // of one benchmark to another
+};
+
+// A list, since what is registered points into it.  Both are ready before the benchmarks that
+// register themselves.
 std::list<Comparison> &Comparisons()
 {
     static std::list<Comparison> all;
+    return all;
+}
+std::vector<Row> &Rows()
+{
+    static std::vector<Row> all;
     return all;
 }
 
@@ -103,15 +112,34 @@ size_t AllocationsOf(const Way &way, const Text &text)
     return theAllocations - before;
 }
 
+// The name of a way that does not come to what ours does; null for none.
+const char *Dissenter(const Comparison &comparison)
+{
+    const Text &text = comparison.text;
+    const std::string ours = comparison.outcome(text, comparison.ways.front().call(text));
+    for (const Way &way : comparison.ways)
+        if (comparison.outcome(text, way.call(text)) != ours)
+            return way.name;
+    return nullptr;
+}
+
 void Measure(benchmark::State &state, const Comparison &comparison, const Way &way)
 {
-    const Way &ours = comparison.ways.front();
-    const Text &text = comparison.text;
-    if (way.call(text) != ours.call(text))
-        return state.SkipWithError("its answer is not ours");
+    if (const char *dissenter = Dissenter(comparison); dissenter != nullptr)
+        return state.SkipWithError((std::string("not our answer: ") + dissenter).c_str());
     for (auto _ : state)
-        benchmark::DoNotOptimize(way.call(text));
-    state.counters[kAllocations] = static_cast<double>(AllocationsOf(way, text));
+        benchmark::DoNotOptimize(way.call(comparison.text));
+    state.counters[kAllocations] = static_cast<double>(AllocationsOf(way, comparison.text));
+}
+
+// Few short repetitions in turn, so that what else the machine does falls on all ways alike.
+void Register(const Comparison &comparison, const Way &way)
+{
+    benchmark::RegisterBenchmark(comparison.NameOf(way).c_str(),
+                                 [&](benchmark::State &state) { Measure(state, comparison, way); })
+        ->MinTime(0.02)
+        ->Repetitions(9)
+        ->ReportAggregatesOnly();
 }
 
 // ---- The table of ratios -------------------------------------------------------------------
@@ -121,12 +149,12 @@ std::string Padded(const std::string &cell, size_t width)
     return std::string(width - std::min(width, cell.size()), ' ') + cell;
 }
 
-std::string HeaderOf(const Comparison &comparison)
+std::string Caption(const std::string &title, const std::vector<std::string> &columns)
 {
-    std::string header = comparison.family + ": times faster than\ntext                     bytes";
-    for (size_t i = 1; i < comparison.ways.size(); ++i)
-        header += Padded(comparison.ways[i].name, 22);
-    return header + Padded(kAllocations, 14);
+    std::string caption = title + "\ntext                     bytes";
+    for (const std::string &column : columns)
+        caption += Padded(column, 22);
+    return caption + Padded(kAllocations, 14);
 }
 
 class Ratios : public benchmark::BenchmarkReporter
@@ -147,15 +175,15 @@ class Ratios : public benchmark::BenchmarkReporter
 
     void Finalize() override
     {
-        std::string header;
-        for (const Comparison &comparison : Comparisons()) {
-            if (!IsMeasured(comparison))
+        std::string caption;
+        for (const Row &row : Rows()) {
+            if (!IsMeasured(row))
                 continue;
-            if (HeaderOf(comparison) != header) {
-                header = HeaderOf(comparison);
-                std::printf("\n%s\n", header.c_str());
+            if (row.caption != caption) {
+                caption = row.caption;
+                std::printf("\n%s\n", caption.c_str());
             }
-            PrintRow(comparison);
+            Print(row);
         }
         for (const auto &[name, why] : failures)
             std::fprintf(stderr, "str_bench: %s: %s\n", name.c_str(), why.c_str());
@@ -164,53 +192,94 @@ class Ratios : public benchmark::BenchmarkReporter
   private:
     std::map<std::string, Run> medians; // of the repetitions
 
-    bool IsMeasured(const Comparison &comparison) const
+    bool IsMeasured(const Row &row) const
     {
-        return std::all_of(comparison.ways.begin(), comparison.ways.end(), [&](const Way &way) {
-            return medians.count(comparison.NameOf(way)) != 0;
+        return std::all_of(row.ratios.begin(), row.ratios.end(), [&](const auto &ratio) {
+            return medians.count(ratio.first) != 0 && medians.count(ratio.second) != 0;
         });
     }
 
-    void PrintRow(const Comparison &comparison) const
+    double TimeOf(const std::string &name) const { return medians.at(name).GetAdjustedCPUTime(); }
+
+    void Print(const Row &row) const
     {
-        const std::vector<Way> &ways = comparison.ways;
-        const Run &ours = medians.at(comparison.NameOf(ways[0]));
+        const Comparison &comparison = *row.comparison;
         std::printf("%-22s%8zu", comparison.text.sort.title, comparison.text.bytes.size());
-        for (size_t i = 1; i < ways.size(); ++i)
-            std::printf("%22.1f", medians.at(comparison.NameOf(ways[i])).GetAdjustedCPUTime() /
-                                      ours.GetAdjustedCPUTime());
-        std::printf("%14.0f\n", ours.counters.at(kAllocations).value);
+        for (const auto &[dividend, divisor] : row.ratios)
+            std::printf("%22.1f", TimeOf(dividend) / TimeOf(divisor));
+        std::printf("%14.0f\n", medians.at(comparison.Ours()).counters.at(kAllocations).value);
     }
 };
 
 } // namespace
 
-Text MakeText(const Sort &sort, const std::vector<std::string> &pieces, size_t size)
+std::string Recode(const char *to, const char *from, const std::string &bytes)
 {
-    Text text = {sort, {}, Open("WCHAR_T", sort.iconv), {}};
-    if (ccs_GetCSDescriptor(sort.set, &text.cs) == 0)
-        throw std::runtime_error(std::string("no set ") + sort.set);
-    std::string utf8;
-    for (size_t i = 0;; ++i) {
-        utf8 += pieces[i % pieces.size()];
-        const std::string bytes = Encode(sort.iconv, utf8);
-        if (bytes.size() > size)
-            return text;
-        text.bytes = bytes;
-    }
+    const iconv_t converter = Open(to, from);
+    std::string recoded(bytes.size() * 4 + 16, '\0');
+    char *in = const_cast<char *>(bytes.data()), *out = recoded.data();
+    size_t inLeft = bytes.size(), outLeft = recoded.size();
+    const bool done = iconv(converter, &in, &inLeft, &out, &outLeft) == 0 &&
+                      iconv(converter, nullptr, nullptr, &out, &outLeft) == 0;
+    iconv_close(converter);
+    if (!done)
+        throw std::runtime_error(std::string("no ") + to + " for this " + from + ": " + bytes);
+    recoded.resize(recoded.size() - outLeft);
+    return recoded;
 }
 
-// Few short repetitions in turn, so that what else the machine does falls on all ways alike.
-void Compare(const char *family, const Text &text, const std::vector<Way> &ways)
+Text MakeText(const Sort &sort, const std::vector<std::string> &pieces, size_t size)
 {
-    const Comparison &comparison = Comparisons().emplace_back(Comparison{family, text, ways});
-    for (const Way &way : comparison.ways)
-        benchmark::RegisterBenchmark(
-            comparison.NameOf(way).c_str(),
-            [&](benchmark::State &state) { Measure(state, comparison, way); })
-            ->MinTime(0.02)
-            ->Repetitions(9)
-            ->ReportAggregatesOnly();
+    const auto encoded = [&](size_t count) {
+        return Recode(sort.iconv, "UTF-8", Joined(pieces, count));
+    };
+    size_t fits = 0, tooMany = size + 1; // a piece has a byte at least
+    while (tooMany - fits > 1) {
+        const size_t count = fits + (tooMany - fits) / 2;
+        (encoded(count).size() <= size ? fits : tooMany) = count;
+    }
+    Text text = {sort, {}, Open("WCHAR_T", sort.iconv), Open(sort.iconv, "WCHAR_T"), {}, 0};
+    if (ccs_GetCSDescriptor(sort.set, &text.cs) == 0)
+        throw std::runtime_error(std::string("no set ") + sort.set);
+    text.bytes = encoded(fits);
+    text.characters = Recode("WCHAR_T", sort.iconv, text.bytes).size() / sizeof(wchar_t);
+    return text;
+}
+
+std::string Answer(const Text &, size_t answer) { return std::to_string(answer); }
+
+void Compare(const char *family, const Text &text, const std::vector<Way> &ways, Outcome outcome)
+{
+    const Comparison &comparison =
+        Comparisons().emplace_back(Comparison{family, text, ways, outcome});
+    std::vector<std::string> others;
+    Row row = {{}, &comparison, {}};
+    for (const Way &way : comparison.ways) {
+        Register(comparison, way);
+        if (&way == &comparison.ways.front())
+            continue;
+        others.emplace_back(way.name);
+        row.ratios.emplace_back(comparison.NameOf(way), comparison.Ours());
+    }
+    row.caption = Caption(std::string(family) + ": times faster than", others);
+    Rows().push_back(row);
+}
+
+void CompareGrowth(const char *family, const std::vector<Text> &texts, const std::vector<Way> &ways,
+                   Outcome outcome)
+{
+    const std::string title = std::string(family) + ", growing";
+    const Comparison *half = nullptr;
+    for (const Text &text : texts) {
+        const Comparison &comparison =
+            Comparisons().emplace_back(Comparison{title, text, ways, outcome});
+        Register(comparison, comparison.ways.front());
+        if (half != nullptr)
+            Rows().push_back({Caption(title + ": times the cost of", {"half the text"}),
+                              &comparison,
+                              {{comparison.Ours(), half->Ours()}}});
+        half = &comparison;
+    }
 }
 
 } // namespace bench

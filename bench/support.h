@@ -27,23 +27,38 @@ struct Text {
     Sort sort;
     CSDescriptor cs;
     iconv_t converter; // to wide characters, open as long as the program runs
+    iconv_t encoder;   // from wide characters, likewise
     std::string bytes;
+    size_t characters; // as iconv counts them
 };
 
 // A text of at most `size` bytes: of the UTF-8 `pieces`, as many as fit, again and again.  iconv puts
 // it into the set, so that its bytes are none of our making.
 Text MakeText(const Sort &sort, const std::vector<std::string> &pieces, size_t size);
 
-// A way to do the job.  All ways of a comparison answer the same number for the same text; one that
-// does not is not timed, and the run fails.
+// The same text in another code, both by the names of iconv; throws where there is none.
+std::string Recode(const char *to, const char *from, const std::string &bytes);
+
+// A way to do the job.
 struct Way {
     const char *name;
     size_t (*call)(const Text &text);
 };
 
+// What a call of a way came to: the number that it answered, or what else it left behind.  It has
+// to be the same for all ways of a comparison; otherwise none is timed, and the run fails.
+using Outcome = std::string (*)(const Text &text, size_t answer);
+std::string Answer(const Text &text, size_t answer);
+
 // Measures the ways on the text.  The table of the family then shows how many times faster the
 // first, which is ours, is than each of the others, and how often a call of it allocates.
-void Compare(const char *family, const Text &text, const std::vector<Way> &ways);
+void Compare(const char *family, const Text &text, const std::vector<Way> &ways,
+             Outcome outcome = Answer);
+
+// Measures the first way, which is ours, on texts of which each has twice the bytes of the one
+// before; the others are there to agree with.  The table shows what each text costs beside its half.
+void CompareGrowth(const char *family, const std::vector<Text> &texts, const std::vector<Way> &ways,
+                   Outcome outcome = Answer);
 
 } // namespace bench
 
