@@ -32,8 +32,8 @@ struct Text {
     size_t characters; // as iconv counts them
 };
 
-// A text of at most `size` bytes: of the UTF-8 `pieces`, as many as fit, again and again.  iconv puts
-// it into the set, so that its bytes are none of our making.
+// A text of at most `size` bytes: of the UTF-8 `pieces`, as many as fit, again and again.  iconv
+// puts it into the set, so that its bytes are none of our making.
 Text MakeText(const Sort &sort, const std::vector<std::string> &pieces, size_t size);
 
 // The same text in another code, both by the names of iconv; throws where there is none.
@@ -56,7 +56,7 @@ void Compare(const char *family, const Text &text, const std::vector<Way> &ways,
              Outcome outcome = Answer);
 
 // Measures the first way, which is ours, on texts of which each has twice the bytes of the one
-// before; the others are there to agree with.  The table shows what each text costs beside its half.
+// before; the others are there to agree with.  The table shows what each costs beside its half.
 void CompareGrowth(const char *family, const std::vector<Text> &texts, const std::vector<Way> &ways,
                    Outcome outcome = Answer);
 
