@@ -131,7 +131,7 @@ Sequence BaseUnit(const char *at, size_t avail)
 Sequence Utf8Character(const char *at, size_t avail)
 {
     constexpr auto incomplete = static_cast<gunichar>(-2);
-    const auto length = static_cast<size_t>(g_utf8_skip[Byte(at)]);
+    const auto length = static_cast<size_t>(static_cast<guchar>(g_utf8_skip[Byte(at)]));
     const size_t within = length < avail ? length : avail;
     const gunichar c = g_utf8_get_char_validated(at, static_cast<gssize>(within));
     if (c == incomplete)
@@ -367,9 +367,9 @@ constexpr Beginning kUnknown = {{}, {ViewOf({}, false), ViewOf({}, true)}};
 // and with nothing known in the left.
 constexpr auto kSevenBitViews = [] {
     std::array<View, std::size(kSets) + 1> views{};
-    for (uint8_t row = 0; row < std::size(kSets); ++row) {
+    for (size_t row = 0; row < std::size(kSets); ++row) {
         State state;
-        state.g[0] = {row, kSets[row].graphic, '\0', kSets[row].final};
+        state.g[0] = {static_cast<uint8_t>(row), kSets[row].graphic, '\0', kSets[row].final};
         views[row] = ViewOf(state, true);
     }
     views[std::size(kSets)] = ViewOf(State{}, true);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/ccs/state.h"
 
-#include <cstring>
-
 namespace ccs
 {
 namespace
@@ -90,9 +88,9 @@ bool SameDesignation(const Designation &a, const Designation &b)
 
 size_t Append(char *out, size_t length, const char *text)
 {
-    const size_t more = std::strlen(text);
-    std::memcpy(out + length, text, more);
-    return length + more;
+    while (*text != '\0')
+        out[length++] = *text++;
+    return length;
 }
 
 // Writes the sequence that designates a set to G0..G3 (`element`); returns its length.
