@@ -98,6 +98,8 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
         {{{kByteSet, 2}}, "\x01\x7F", 0, 5, 0, "nothing displayed in text"},
         {{{kByteSet, 3}}, "abc", 0, 3, 3, "all of it fits"},
         {{{kByteSet, 3}, escape}, "abc\x1B(B", 0, 4, 6, "... and what follows"},
+        {{{kByteSet, 3}}, "abc", 0, 2147483647, 3, "the greatest limit"},
+        {{{kPairSet, 4}, {CS_SEG_RAW, 1}}, "abcd?", 1, 2147483647, 5, "... of bytes"},
         {{{kByteSet, 3}}, "abc", 0, 0, 0, "a limit of nothing"},
         {{{kByteSet, 3}}, "abc", 1, -5, 0, "a negative limit"},
         {{{kPairSet, 3}}, "abc", 0, 2, 3, "a segment that ends in half a character"},
