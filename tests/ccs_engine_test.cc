@@ -79,6 +79,7 @@ const Row kBadText[] = {
      "a\x9B"
      "31mb",
      "103x1 -x4 103x1", "an eight-bit control sequence"},
+    {"T.61", "\x8E\xC6\xFC\x8E\xC6", "103x3 -x1 ?x1", "a shifted mark on a letter, and on none"},
     {"UTF8", "a\xC3", "196x1 ?x1", "a sequence cut off"},
     {"UTF8", "\xC0\x80\xED\xA0\x80z\xFF", "?x5 196x1 ?x1", "overlong, surrogate, no lead byte"},
     {"UTF8", "\xE6\x97z", "?x2 196x1", "a sequence broken by ASCII"},

@@ -503,7 +503,9 @@ size_t RunLength(const State &state, const View &view, const Run &run, const cha
 // to: half-width katakana come so, character by character.
 size_t ShiftedRunLength(const Designation &held, char shift, const char *at, size_t avail)
 {
-    const size_t unit = 1U + (held.row == kNoRow ? 1U : kSets[held.row].bytes);
+    if (held.row == kNoRow || kSets[held.row].units != Units::fixed)
+        return 0;
+    const size_t unit = 1U + kSets[held.row].bytes;
     const auto isUnit = [&](const char *here) {
         return here[0] == shift && (ClassAt(here + 1) & kRightPair) != 0 &&
                (ClassAt(here + unit - 1) & kRightPair) != 0;
