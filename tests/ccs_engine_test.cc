@@ -185,6 +185,7 @@ TEST(Engine, LengthServicesNeverCutAUnit)
         {"SS2 without", 13, "\x8E\xB6", 1, 0},
         {"SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
         {"SS3 with all of it", 159, "\x8F\xB0\xA1", 3, 1},
+        {"SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
         {"SS2 in seven bits", 1126, "\x1BNa", 3, 2},
         {"... without its character", 1126, "\x1BNa", 2, 0},
     };

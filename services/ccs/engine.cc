@@ -597,6 +597,9 @@ size_t ControlLength(const SetRow *set, const char *at, size_t avail)
         return 0;
     const SingleShift shift = SingleShiftAt(at, avail, true);
     if (shift.length != 0) {
+        const unsigned char next = ByteWithin(at, shift.length, avail);
+        if (next != 0 && (IsControl(next) || next == 0x20 || next == 0x7F))
+            return shift.length; // no character is shifted
         const size_t character = CharacterLength(set, at + shift.length, avail - shift.length);
         return character != 0 ? shift.length : 0;
     }
