@@ -23,6 +23,7 @@ struct Row {
     const char *why;
 };
 
+// clang-format off
 const Row kBadText[] = {
     {"ISO-2022-JP", "", "", "an empty text ends at once"},
     {"ISO-2022-JP", "a\x1B", "6x1 -x1", "ESC alone at the end"},
@@ -30,20 +31,13 @@ const Row kBadText[] = {
     {"ISO-2022-JP", "a\x1B$(", "6x1 -x3", "... and later"},
     {"ISO-2022-JP", "a\x1B[1;2", "6x1 -x5", "a control sequence cut off"},
     {"ISO-2022-JP", "\x1B\nb", "-x1 6x2", "only the ESC of a malformed sequence is bad"},
-    {"ISO-2022-JP",
-     "\x1B(\xE9"
-     "b",
-     "-x1 6x1 ?x1 6x1", "... its other bytes are text"},
+    {"ISO-2022-JP", "\x1B(\xE9" "b", "-x1 6x1 ?x1 6x1", "... its other bytes are text"},
     {"ISO-2022-JP", "\x1B[1\nm", "-x1 6x4", "a control sequence broken by a control"},
     {"ISO-2022-JP", "\x1B[1;31mred\x1B[m", "-x7 6x3 -x3", "control sequences have no width"},
     {"ISO-2022-JP", "\x1B(5ab\x1B(Bc", "-x3 ?x2 -x3 6x1", "an unknown set's bytes are raw"},
     {"ISO-2022-JP", "\x1B$(Qabc\n", "-x4 ?x4", "... of any size, controls too"},
     {"ISO-2022-JP", "\x1B(!Bx", "-x4 ?x1", "a second intermediate byte makes another set"},
-    {"ISO-2022-JP",
-     "\x0E"
-     "ab\x0F"
-     "c",
-     "-x1 ?x2 -x1 6x1", "SO without a designation"},
+    {"ISO-2022-JP", "\x0E" "ab\x0F" "c", "-x1 ?x2 -x1 6x1", "SO without a designation"},
     {"ISO-2022-JP", "\x1B$B\x46\x7C\x4B", "-x3 87x2 ?x1", "a lead byte at the end"},
     {"ISO-2022-JP", "\x1B$B\x46\n\x46\x7C", "-x3 ?x1 87x3", "a lead byte before a control"},
     {"ISO-2022-JP", "\x1B$B\x46\x20\x46\x7C", "-x3 ?x1 87x3", "... and before a space"},
@@ -56,35 +50,24 @@ const Row kBadText[] = {
     {"ISO-2022-JP", "\x1B%Gcaf\xC3\xA9\xC3\x1B%@a", "-x3 196x5 ?x1 -x3 6x1", "into UTF-8 and back"},
     {"ISO-2022-JP", "\x1B%1ab\x1B%@a", "-x3 ?x2 -x3 6x1", "into an unknown coding and back"},
     {"EUC-JP", "\xC6\xFC\xC6", "87x2 ?x1", "a lead byte at the end"},
-    {"EUC-JP",
-     "\xC6"
-     "a\xC6\xFC",
-     "?x1 6x1 87x2", "a lead byte before ASCII"},
+    {"EUC-JP", "\xC6" "a\xC6\xFC", "?x1 6x1 87x2", "a lead byte before ASCII"},
     {"EUC-JP", "\x8E", "-x1", "a single shift at the end"},
     {"EUC-JP", "\x8E\n\x8F\xB0", "-x1 6x1 -x1 ?x1", "single shifts without their character"},
     {"EUC-JP", "\xA0\xFF\x80", "?x2 6x1", "bytes that a 94-set does not have"},
     {"EUC-JP", "a\x1B$B\x46\x7C", "6x6", "no escapes in a code that has none"},
     {"T.61", "\xC2", "?x1", "a mark at the end"},
-    {"T.61",
-     "e\xC2\n\xC2\xC8"
-     "e",
-     "103x1 ?x1 103x4", "a mark before a control; two on a letter"},
-    {"T.61",
-     "\xC1\xC1\xC1\xC1\xC1"
-     "e",
-     "?x1 103x5", "more marks than a letter carries"},
+    {"T.61", "e\xC2\n\xC2\xC8" "e", "103x1 ?x1 103x4", "a mark before a control; two on a letter"},
+    {"T.61", "\xC1\xC1\xC1\xC1\xC1" "e", "?x1 103x5", "more marks than a letter carries"},
     {"T.61", std::string_view("\xC2\0e", 3), "?x1", "a NUL between mark and base"},
     {"T.61", "\x1B$B\x46\x7C\xC2\x46\xD0", "-x3 87x2 ?x2 103x1", "a mark whose base is no letter"},
-    {"T.61",
-     "a\x9B"
-     "31mb",
-     "103x1 -x4 103x1", "an eight-bit control sequence"},
+    {"T.61", "a\x9B" "31mb", "103x1 -x4 103x1", "an eight-bit control sequence"},
     {"T.61", "\x8E\xC6\xFC\x8E\xC6", "103x3 -x1 ?x1", "a shifted mark on a letter, and on none"},
     {"UTF8", "a\xC3", "196x1 ?x1", "a sequence cut off"},
     {"UTF8", "\xC0\x80\xED\xA0\x80z\xFF", "?x5 196x1 ?x1", "overlong, surrogate, no lead byte"},
     {"UTF8", "\xE6\x97z", "?x2 196x1", "a sequence broken by ASCII"},
     {"ISO-8859-1", "a\x1B$B\x80\xFF", "100x6", "escMode 0: all one segment"},
 };
+// clang-format on
 
 TEST(Engine, ReadsBadText)
 {
@@ -168,17 +151,12 @@ struct LengthRow {
 
 TEST(Engine, LengthServicesNeverCutAUnit)
 {
+    // clang-format off
     const LengthRow controls[] = {
         {"a control", 6, "\n", 1, 1},
         {"nothing there", 6, "\n", 0, 0},
-        {"a control sequence", 103,
-         "\x9B"
-         "31m",
-         9, 4},
-        {"... that does not fit", 103,
-         "\x9B"
-         "31m",
-         3, 0},
+        {"a control sequence", 103, "\x9B" "31m", 9, 4},
+        {"... that does not fit", 103, "\x9B" "31m", 3, 0},
         {"... that the NUL cuts", 103, "\x1B[3", 9, 0},
         {"a malformed one", 103, "\x1B[\n", 9, 1},
         {"SS2 with its character", 13, "\x8E\xB6", 2, 1},
@@ -189,31 +167,25 @@ TEST(Engine, LengthServicesNeverCutAUnit)
         {"SS2 in seven bits", 1126, "\x1BNa", 3, 2},
         {"... without its character", 1126, "\x1BNa", 2, 0},
     };
+    // clang-format on
     for (const LengthRow &row : controls) {
         const Guarded text(row.bytes);
         const CSDescriptor cs = {row.set, 1};
         EXPECT_EQ(ccs_GetCtrlLen(text.c_str(), row.avail, &cs), row.length) << row.what;
     }
+    // clang-format off
     const LengthRow baseUnits[] = {
         {"a letter", 103, "e", 1, 1},
-        {"mark and letter", 103,
-         "\xC2"
-         "e",
-         2, 2},
-        {"... that do not fit", 103,
-         "\xC2"
-         "e",
-         1, 0},
+        {"mark and letter", 103, "\xC2" "e", 2, 2},
+        {"... that do not fit", 103, "\xC2" "e", 1, 0},
         {"... that the NUL parts", 103, "\xC2", 9, 0},
-        {"two marks", 103,
-         "\xC2\xC8"
-         "e",
-         3, 3},
+        {"two marks", 103, "\xC2\xC8" "e", 3, 3},
         {"a mark alone", 103, "\xC2\n", 2, 1},
         {"UTF-8", 196, "\xE6\x97\xA5", 3, 3},
         {"... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
         {"... malformed", 196, "\x97", 1, 1},
     };
+    // clang-format on
     for (const LengthRow &row : baseUnits) {
         const Guarded text(row.bytes);
         const CSDescriptor cs = {row.set, 1};
@@ -228,17 +200,16 @@ TEST(Engine, NextCharLenAlwaysMovesOn)
         uint16_t set;
         std::string_view bytes;
         const char *units; // lengths; in brackets what does not count
+        // clang-format off
     } rows[] = {
         {6, "a \x7F\n", "1 1 1 1"},
         {87, "\x46\x7C\x46", "2 1"},
-        {103,
-         "\xC2"
-         "e\xC2",
-         "2 1"},
+        {103, "\xC2" "e\xC2", "2 1"},
         {13, "\x8E\xB6\x8E", "(1) 1 1"},
         {196, "\xC3\xA9\xC3", "2 1"},
         {4711, "\x46\x7C", "1 1"},
     };
+    // clang-format on
     for (const auto &row : rows) {
         const Guarded text(row.bytes);
         const CSDescriptor cs = {row.set, 1};

@@ -253,6 +253,7 @@ TEST(Search, FindsCharactersAndNotTheirBytes)
         const char *text;
         int ch, at; // -1: nowhere
         const char *why;
+        // clang-format off
     } rows[] = {
         {{100, 0}, "caf\xE9", 0xE9, 3, "without escapes as strchr"},
         {{100, 0}, "caf\xE9", 0, 4, "... the NUL too"},
@@ -263,13 +264,9 @@ TEST(Search, FindsCharactersAndNotTheirBytes)
         {{1001, 1}, "\x1B$B$B", '$', -1, "... nowhere then"},
         {{1001, 1}, "ab", 'a' + 256, -1, "no byte has this value"},
         {{103, 1}, "\xC8u, u", 'u', 1, "in T.61 the base of a base unit is a byte of its segment"},
-        {{1001, 1},
-         "\xE9"
-         "a",
-         0xE9 - 256,
-         -1,
-         "not in a raw run"},
+        {{1001, 1}, "\xE9" "a", 0xE9 - 256, -1, "not in a raw run"},
     };
+    // clang-format on
     for (const auto &row : rows) {
         const Guarded text(row.text);
         const char *found = str_strchr(text.c_str(), row.ch, &row.cs);

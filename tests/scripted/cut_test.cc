@@ -75,17 +75,11 @@ struct SplitRow {
 TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
 {
     const scripted::Segment escape = {CS_SEG_IGNORE, 3};
+    // clang-format off
     const SplitRow rows[] = {
         {{{kByteSet, 4}}, "a\nbc", 0, 2, 2, "a line feed counts here"},
         {{{kByteSet, 4}}, "ab\x01\x7F", 0, 2, 2, "what counts nothing goes to the second part"},
-        {{{kByteSet, 4}},
-         "\x01"
-         "a\x7F"
-         "b",
-         0,
-         2,
-         4,
-         "... and between is passed over"},
+        {{{kByteSet, 4}}, "\x01" "a\x7F" "b", 0, 2, 4, "... and between is passed over"},
         {{escape, {kPairSet, 4}}, "\x1B$Babcd", 0, 1, 5, "a character is one"},
         {{{kPairSet, 4}}, "abcd", 1, 3, 2, "a character that does not fit"},
         {{{kPairSet, 4}}, "abcd", 1, 1, 0, "... not even the first"},
@@ -107,6 +101,7 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
         {{{kByteSet, 3}}, "abc", 7, 2, 2, "any other mode counts characters"},
         {{{kByteSet, 40}}, "0123456789012345678901234567890123456789", 0, 33, 33, "over blocks"},
     };
+    // clang-format on
     for (const SplitRow &row : rows) {
         script = Sets(row.segments);
         const Guarded text(row.bytes);

@@ -12,29 +12,20 @@ struct Sample {
 };
 
 // What a text of each set looks like: real words, with the bytes that make the set special.
+// clang-format off
 inline const Sample kSamples[] = {
     {"IA5", "Hello, world", "6x12", 12},
     {"JIS X 0201 ROMAN", "\\100 ~", "14x6", 6},
     {"T.61 PRIMARY", "Oslo 1984", "102x9", 9},
     {"ISO-8859-1", "na\xEFve caf\xE9", "100x10", 10},
-    {"ISO-8859-2",
-     "\xA3\xF3"
-     "d\xBC",
-     "101x4", 4},
+    {"ISO-8859-2", "\xA3\xF3" "d\xBC", "101x4", 4},
     {"ISO-8859-5", "\xBC\xDE\xE1\xDA\xD2\xD0 1", "144x8", 8},
     {"ISO-8859-7", "\xC1\xE8\xDE\xED\xE1", "126x5", 5},
     {"ISO-8859-9", "\xDDstanbul", "148x8", 8},
     {"ISO-8859-15", "5 \xA4", "203x3", 3},
     {"JIS X 0201", "\xB6\xC5 kana", "13x7", 7},
-    {"T.61",
-     "Ren\xC2\x65 M\xC8uller, \xCA"
-     "Angstr\xC8om \xF9",
-     "103x27", 23},
-    {"T.61",
-     "Dvo\xCF"
-     "r\xC2"
-     "ak \x1B$B\x46\x7C\x1B(B Tokyo",
-     "103x9 -x3 87x2 -x3 103x6", 14},
+    {"T.61", "Ren\xC2\x65 M\xC8uller, \xCA" "Angstr\xC8om \xF9", "103x27", 23},
+    {"T.61", "Dvo\xCF" "r\xC2" "ak \x1B$B\x46\x7C\x1B(B Tokyo", "103x9 -x3 87x2 -x3 103x6", 14},
     {"ISO-8859-1 RIGHT HALF", "cafi", "1100x4", 4},
     {"ISO-8859-2 RIGHT HALF", "#s", "1101x2", 2},
     {"ISO-8859-5 RIGHT HALF", "<^a", "1144x3", 3},
@@ -55,6 +46,7 @@ inline const Sample kSamples[] = {
     {"EUC-CN", "\xD6\xD0\xCE\xC4 (wen)", "58x4 6x6", 8},
     {"UTF8", "caf\xC3\xA9 \xE6\x97\xA5\xF0\x9F\x98\x80", "196x13", 7},
 };
+// clang-format on
 
 // How iconv calls the code that the sample is in; null when it cannot read it.
 const char *IconvNameOf(const Sample &sample);
