@@ -1,8 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-install(TARGETS str str_shared strservices strservices_shared)
-if(TARGET strtool)
-    install(TARGETS strtool)
-endif()
+install(TARGETS str str_shared strservices strservices_shared strtool)
 install(DIRECTORY include/str platform TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 install(FILES services/services.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/services)
 

@@ -15,13 +15,6 @@
 namespace
 {
 
-// The columns of one unit; its length is stored.
-unsigned int UnitColumns(const UnitRule &rule, const char *at, unsigned int avail, int *length)
-{
-    *length = UnitLength(rule, at, avail);
-    return !IsControl(*at) && *at != kDelete;
-}
-
 // Segments shorter than this are counted unit by unit: blocks of bytes do not pay.
 constexpr unsigned int kShort = 8;
 
@@ -40,8 +33,8 @@ unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int se
                 break;
         }
         // The service is given the whole segment's length: a NUL ends a unit before that does.
-        int length;
-        columns += UnitColumns(rule, seg + offset, segLen, &length);
+        const int length = UnitLength(rule, seg + offset, segLen);
+        columns += IsDisplayed(seg[offset]);
         if (length < 1)
             break;
         offset += static_cast<unsigned int>(length);

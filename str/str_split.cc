@@ -86,7 +86,7 @@ Displayed UnitAt(const UnitRule &rule, const char *at, unsigned int avail)
 {
     if (*at == '\n')
         return {true, 1};
-    return {!IsControl(*at) && *at != kDelete, UnitLength(rule, at, avail)};
+    return {IsDisplayed(*at), UnitLength(rule, at, avail)};
 }
 
 // Whether the control function at `control`, if there is one, may be the last before `offset`.  A

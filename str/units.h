@@ -46,6 +46,9 @@ inline bool IsControl(char byte) { return (byte & 0x60) == 0; }
 inline constexpr char kSpace = 0x20;
 inline constexpr char kDelete = 0x7F;
 
+// The unit that begins with the byte takes a column.
+inline bool IsDisplayed(char byte) { return !IsControl(byte) && byte != kDelete; }
+
 // The length of the unit at `at`, below 1 when it cannot be told.
 inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
 {

@@ -36,6 +36,7 @@ constexpr bool InRange(unsigned char byte, unsigned char first, unsigned char la
     return byte >= first && byte <= last;
 }
 constexpr bool IsControl(unsigned char byte) { return (byte & 0x60) == 0; }
+constexpr bool IsSpaceOrDelete(unsigned char byte) { return byte == 0x20 || byte == 0x7F; }
 constexpr bool IsGraphic94(unsigned char byte) { return InRange(byte & 0x7F, 0x21, 0x7E); }
 constexpr bool IsMark(unsigned char byte) { return InRange(byte, 0xC1, 0xCF); }
 
@@ -217,8 +218,8 @@ uint8_t ClassAt(const char *at) { return kClasses[Byte(at)]; }
 // ---- Runs ----------------------------------------------------------------------------------
 //
 // In a run of one kind: `single` are the classes whose bytes are units by themselves; `leads` those
-// whose bytes begin a unit of two when a byte of `leftTrails` or `rightTrails` follows, according
-// to their half; `foreign` those whose bytes end the run.  What none of these settles, UnitAt
+// whose bytes begin a unit of two when another of the left half follows one of the left half, or
+// one of `rightTrails` follows one of the right; `foreign` those whose bytes end the run.  What none of these settles, UnitAt
 // decides.
 //
 // Plain characters are passed over in blocks.  Of these the masks say: all are of one half, which is
@@ -259,7 +260,6 @@ constexpr Run RunOf(const View &view, uint16_t kind)
     run.single = static_cast<uint8_t>(single);
     run.leads = static_cast<uint8_t>((leftPairs ? kLeft94 : 0U) | (rightPairs ? kRightPair : 0U) |
                                      (marks ? kRightMark : 0U));
-    run.leftTrails = kLeft94;
     run.rightTrails = marks ? kLeft94 : kRightPair;
     if (kind != CS_SEG_RAW && !view.utf8)
         run.foreign = static_cast<uint8_t>((left ? 0U : kOfLeft) | (right ? 0U : kOfRight));
@@ -292,7 +292,7 @@ bool IsPair(const Run &run, const char *at, size_t avail)
     const uint8_t lead = ClassAt(at) & run.leads;
     if (lead == 0 || avail < 2)
         return false;
-    return (ClassAt(at + 1) & (lead == kLeft94 ? run.leftTrails : run.rightTrails)) != 0;
+    return (ClassAt(at + 1) & (lead == kLeft94 ? kLeft94 : run.rightTrails)) != 0;
 }
 
 // ---- Views ---------------------------------------------------------------------------------
@@ -443,7 +443,7 @@ Unit UnitAt(const State &state, const View &view, const char *at, size_t avail)
         return CharacterUnit(view.left, false, at, avail);
     if (IsControl(byte) && byte >= 0x80 && !view.rightUsed)
         return {CS_SEG_RAW, 1};
-    if (IsControl(byte) || byte == 0x20 || byte == 0x7F)
+    if (IsControl(byte) || IsSpaceOrDelete(byte))
         return {view.left.kind, 1};
     return CharacterUnit(byte < 0x80 ? view.left : view.right, IsAlone(view), at, avail);
 }
@@ -554,8 +554,9 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 
 void Begin(Walk *walk, const CSDescriptor &cs)
 {
-    const SetRow *set = FindSet(cs.csNum);
-    const Beginning &beginning = set == nullptr ? kUnknown : kBeginnings[RowOf(*set)];
+    const uint8_t row = FindRow(cs.csNum);
+    const SetRow *set = row == kNoRow ? nullptr : &kSets[row];
+    const Beginning &beginning = row == kNoRow ? kUnknown : kBeginnings[row];
     walk->set = set;
     walk->plain = cs.escMode == 0 && set != nullptr && (set->flags & CS_FLAG_BYTE) != 0;
     walk->state = beginning.state;
@@ -598,7 +599,7 @@ size_t ControlLength(const SetRow *set, const char *at, size_t avail)
     const SingleShift shift = SingleShiftAt(at, avail, true);
     if (shift.length != 0) {
         const unsigned char next = ByteWithin(at, shift.length, avail);
-        if (next != 0 && (IsControl(next) || next == 0x20 || next == 0x7F))
+        if (next != 0 && (IsControl(next) || IsSpaceOrDelete(next)))
             return shift.length; // no character is shifted
         const size_t character = CharacterLength(set, at + shift.length, avail - shift.length);
         return character != 0 ? shift.length : 0;
@@ -613,7 +614,7 @@ AnyUnit AnyUnitAt(const SetRow *set, const char *at, size_t avail)
     const unsigned char byte = ByteWithin(at, 0, avail);
     if (byte == 0)
         return {0, false};
-    if (byte == 0x20 || byte == 0x7F)
+    if (IsSpaceOrDelete(byte))
         return {1, true};
     const size_t length =
         IsControl(byte) ? ControlLength(set, at, avail) : CharacterLength(set, at, avail);

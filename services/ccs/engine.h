@@ -26,7 +26,6 @@ struct Run {
     uint16_t kind;
     uint8_t single;
     uint8_t leads;
-    uint8_t leftTrails;
     uint8_t rightTrails;
     uint8_t foreign;
     bool pairs;

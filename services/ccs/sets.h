@@ -77,33 +77,6 @@ inline const SetRow *FindSet(uint16_t number)
 
 inline size_t RowOf(const SetRow &set) { return static_cast<size_t>(&set - kSets); }
 
-// The sequences that designate the sets, each to the lowest of G0 to G3 that it can have.
-struct Designating {
-    char text[5];
-};
-
-inline constexpr auto kDesignating = [] {
-    std::array<Designating, std::size(kSets)> all{};
-    for (size_t row = 0; row < std::size(kSets); ++row) {
-        const char final = kSets[row].final;
-        const bool isShort = final >= '@' && final <= 'B';
-        if (kSets[row].graphic == Graphic::set94)
-            all[row] = {{'\x1B', '(', final}};
-        else if (kSets[row].graphic == Graphic::set96)
-            all[row] = {{'\x1B', '-', final}};
-        else if (kSets[row].graphic == Graphic::set94n)
-            all[row] = isShort ? Designating{{'\x1B', '$', final}}
-                               : Designating{{'\x1B', '$', '(', final}};
-    }
-    return all;
-}();
-
-// Null for a code, which has none.
-inline const char *DesignationOf(const SetRow &set)
-{
-    return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;
-}
-
 } // namespace ccs
 
 #endif

@@ -53,6 +53,48 @@ constexpr State StartOf(const SetRow &set)
     return state;
 }
 
+// Writes the sequence that designates what is held to G0..G3 (`element`); returns its length.
+constexpr size_t DesignatingEscape(const Designation &held, size_t element, char *out)
+{
+    const bool is96 = held.graphic == Graphic::set96 || held.graphic == Graphic::set96n;
+    const bool manyBytes = held.graphic == Graphic::set94n || held.graphic == Graphic::set96n;
+    // The oldest sets of many bytes go to G0 without being told.
+    const bool isShort =
+        manyBytes && !is96 && element == 0 && held.final >= '@' && held.final <= 'B';
+    size_t length = 0;
+    out[length++] = static_cast<char>(kEsc);
+    if (manyBytes)
+        out[length++] = '$';
+    if (!isShort)
+        out[length++] = (is96 ? ",-./" : "()*+")[element];
+    if (held.intermediate != 0)
+        out[length++] = held.intermediate;
+    out[length++] = held.final;
+    return length;
+}
+
+// The sequences that designate the sets, each to the lowest of G0 to G3 that it can have.
+struct Designating {
+    char text[5];
+};
+
+inline constexpr auto kDesignating = [] {
+    std::array<Designating, std::size(kSets)> all{};
+    for (size_t row = 0; row < std::size(kSets); ++row) {
+        const SetRow &set = kSets[row];
+        if (set.graphic != Graphic::none)
+            DesignatingEscape({kNoRow, set.graphic, '\0', set.final},
+                              set.graphic == Graphic::set96 ? 1 : 0, all[row].text);
+    }
+    return all;
+}();
+
+// Null for a code, which has none.
+inline const char *DesignationOf(const SetRow &set)
+{
+    return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;
+}
+
 // Carries out the `length` bytes at `at`, a sequence that began as an escape sequence or a locking
 // shift; without effect unless it is one that changes the state, and complete.
 void Apply(State *state, const char *at, size_t length);
