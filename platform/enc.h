@@ -4,8 +4,9 @@
  *
  * The default notation: a printable ASCII character other than the backslash stands for itself;
  * \xHH (two hexadecimal digits) and \ooo (three octal digits, up to \377) stand for the byte of
- * that value; \\ stands for a backslash.  A host that has another notation replaces the function
- * by linking its own definition.
+ * that value; \\ stands for a backslash.  Everything else is malformed: other escapes, cut-off
+ * ones, control characters, and bytes from 0x7F on, which would be something else in every set.  A
+ * host that has another notation replaces the function by linking its own definition.
  *
  * Threads: any; the result is the calling thread's.
  */

@@ -7,7 +7,8 @@
  *
  * A host replaces both functions, together, by linking its own definitions.
  *
- * Threads: locks are between processes; threads of one process need not exclude each other.
+ * Threads: any.  A lock is the handle's, not the thread's: in the default service two handles of
+ * one process exclude each other as those of two processes do.  In a replacement they need not.
  */
 #ifndef PLATFORM_LKF_H
 #define PLATFORM_LKF_H
@@ -20,15 +21,25 @@ extern "C" {
 #define LKF_SHARED 1    /* excludes holders of LKF_EXCLUSIVE */
 #define LKF_EXCLUSIVE 2 /* excludes every other holder */
 
+/* Code of the escape raised here, besides OS_ESC_FILE. */
+#define LKF_ESC_TIMEOUT 24004 /* others hold the lock for too long */
+
 /* Waits until the lock of the file `path` is granted in mode `mode` and answers a handle for
- * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).  The file is made
- * where there is none; its contents mean nothing.  The end of the process releases the lock.
+ * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).
  *
- * Raises an escape of class ER_CLASS_LIBRARY, code OS_ESC_FILE, when the file cannot be opened or
- * locked. */
+ * The file is made where there is none, for everybody to open whatever the file creation mask, and
+ * never removed; its contents mean nothing.  For LKF_SHARED the right to read it is enough.  The
+ * end of the process releases the lock, however it ends; a process that it has made does not hold
+ * the lock, and the handle is void there.
+ *
+ * Raises an escape of class ER_CLASS_LIBRARY and then holds nothing: LKF_ESC_TIMEOUT when the lock
+ * is not granted in time (30 seconds where a host says nothing else), OS_ESC_FILE when the file
+ * cannot be opened or locked, when `mode` is neither of the two, and when the process holds more
+ * locks than the service keeps count of (64). */
 int lkf_LockFile(int mode, const char *path);
 
-/* Releases the lock; the handle is void afterwards.  Raises nothing: it runs in handlers. */
+/* Releases the lock; the handle is void afterwards.  Does nothing for a void handle, nor to a
+ * descriptor that took the place of the lock's own.  Raises nothing: it runs in handlers. */
 void lkf_UnLockFile(int handle);
 
 #pragma GCC visibility pop

@@ -29,8 +29,8 @@ char *mdc_strchr(const char *text, int ch);
  * than `count` on an error. */
 size_t mdc_fwrite(const void *data, size_t size, size_t count, FILE *stream);
 
-/* Closes a stream that os_fopen opened; it is void afterwards whatever happens.  0, or EOF on an
- * error. */
+/* Closes a stream that os_fopen opened to read; it is void afterwards whatever happens.  0, or EOF
+ * on an error.  What was written wants os_fclose, which tells of what is lost. */
 int mdc_fclose(FILE *stream);
 
 #pragma GCC visibility pop

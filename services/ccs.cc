@@ -8,7 +8,9 @@
 #include "services/ccs/engine.h"
 #include "services/services.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace
 {
@@ -23,6 +25,10 @@ thread_local char theAsciiEscapes[ccs::kMostEscapes + 1];
 // The segment list answered last: it grows to the longest asked for and is never released.
 CSSegment *theList;
 size_t theListCapacity;
+
+// The record numbers of the case tables by row, and the table of them that is in use.
+uint16_t theOwnRecords[std::size(ccs::kSets)];
+uint16_t *theRecords = theOwnRecords;
 
 // Where the text ends: at its NUL or after `length` bytes.
 const char *EndOf(const char *text, int length)
@@ -58,6 +64,12 @@ CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withI
     }
     *count = static_cast<int>(used);
     return theList;
+}
+
+// Whether the two values say a table for the sets of this service.
+bool IsTableOfRecords(int32_t companion, const void *csTable)
+{
+    return csTable != nullptr && companion == ccs_GetSetCount();
 }
 
 // Writes the escapes between two states and a NUL behind them.
@@ -171,6 +183,45 @@ const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int, int *length)
     const ccs::SetRow *set = SetOf(cs);
     const ccs::State start = set == nullptr ? theWalk.state : ccs::StartOf(*set);
     return Escapes(theWalk.state, start, theAsciiEscapes, length);
+}
+
+int InitTabsDone = 0;
+
+void ccs_DoInitTables(void) { InitTabsDone = 1; }
+
+int ccs_GetCSNumber(const CSDescriptor *cs) { return cs->csNum; }
+
+void *ccs_GetCSTable(int32_t *companion)
+{
+    *companion = ccs_GetSetCount();
+    return theRecords;
+}
+
+void ccs_SetCSTable(int32_t companion, void *csTable)
+{
+    theRecords = theOwnRecords;
+    if (IsTableOfRecords(companion, csTable))
+        theRecords = static_cast<uint16_t *>(csTable);
+    else if (csTable != nullptr)
+        std::fill(std::begin(theOwnRecords), std::end(theOwnRecords), uint16_t{0});
+}
+
+void ccs_PutToUpperByCSNum(int setNumber, uint16_t recordNumber, int32_t companion, void *csTable)
+{
+    if (setNumber < 0 || setNumber > UINT16_MAX)
+        return;
+    const uint8_t row = ccs::FindRow(static_cast<uint16_t>(setNumber));
+    if (row == ccs::kNoRow)
+        return;
+    uint16_t *const records =
+        IsTableOfRecords(companion, csTable) ? static_cast<uint16_t *>(csTable) : theOwnRecords;
+    records[row] = recordNumber;
+}
+
+uint16_t ccs_GetToUpperTable(const CSDescriptor *cs)
+{
+    const uint8_t row = ccs::FindRow(cs->csNum);
+    return row == ccs::kNoRow ? uint16_t{0} : theRecords[row];
 }
 
 int ccs_GetSetCount(void) { return static_cast<int>(std::size(ccs::kSets)); }

@@ -6,6 +6,7 @@
 // Nothing here allocates: a message may have to say that memory ran out.
 #include <platform/enc.h>
 #include <platform/er.h>
+#include <platform/lkf.h>
 #include <platform/os.h>
 
 #include "services/services.h"
@@ -53,8 +54,9 @@ constexpr Message kCatalogue[] = {
     {23816, "an operation on a text was given up"},
     {24070, "%s%s"},
     {OS_ESC_MEMORY, "out of memory"},
-    {OS_ESC_FILE, "a file or directory could not be opened"},
+    {OS_ESC_FILE, "a file or directory could not be opened, read, written or locked"},
     {ENC_ESC_MALFORMED, "malformed notation of bytes"},
+    {LKF_ESC_TIMEOUT, "others hold a lock file for too long"},
 };
 constexpr char kUnknownCode[] = "no message for this code";
 

@@ -1,16 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The operating-system wrappers: what cannot be had is an escape, not a null.
+// The operating-system wrappers: what would fail unseen is an escape.
+#include <platform/er.h>
+#include <platform/mdc.h>
 #include <platform/os.h>
 
-#include <platform/er.h>
+#include "services/home.h"
+#include "services/services.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <stdio_ext.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
 
 constexpr char kSource[] = "services/os";
+
+// What os_SetHome was given; empty for the default.
+char theHome[PATH_MAX];
+
+// The stream whose loss an escape has told this thread of: its next os_fclose tells no more.
+thread_local FILE *theLostStream;
 
 void *OrEscape(void *block, int line = __builtin_LINE())
 {
@@ -19,12 +34,106 @@ void *OrEscape(void *block, int line = __builtin_LINE())
     return block;
 }
 
+[[noreturn]] void EscapeFile(int line = __builtin_LINE())
+{
+    er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_FILE, kSource, line);
+}
+
 // A size of 0 is a block too.
 size_t AtLeastOne(size_t size) { return size == 0 ? 1 : size; }
+
+// ---- Streams -------------------------------------------------------------------------------
+
+// A new stream may have the address of one that was lost.
+FILE *Opened(FILE *stream)
+{
+    if (theLostStream == stream)
+        theLostStream = nullptr;
+    return stream;
+}
+
+// The next byte; EOF at the end alone.
+int NextByte(FILE *stream)
+{
+    for (;;) {
+        const int byte = getc(stream);
+        if (byte != EOF || ferror(stream) == 0)
+            return byte;
+        if (errno != EINTR)
+            EscapeFile();
+        clearerr(stream);
+    }
+}
+
+// Not every file can be put on a disk: pipes, devices, read-only file systems.
+bool HasNoDisk(int error) { return error == EINVAL || error == ENOTSUP || error == EROFS; }
+
+bool Sync(int fd)
+{
+    int result;
+    do
+        result = fsync(fd);
+    while (result != 0 && errno == EINTR);
+    return result == 0 || HasNoDisk(errno);
+}
+
+// Whether everything written to the stream is where it belongs.
+bool IsStored(FILE *stream)
+{
+    if (__fwritable(stream) == 0)
+        return true;
+    const bool hasFailed = __fwriting(stream) != 0 && ferror(stream) != 0;
+    return !hasFailed && std::fflush(stream) == 0 && Sync(fileno(stream));
+}
+
+// Gives up what the stream still holds, so that it can be closed.
+[[noreturn]] void EscapeLost(FILE *stream, int line = __builtin_LINE())
+{
+    __fpurge(stream);
+    theLostStream = stream;
+    EscapeFile(line);
+}
+
+// ---- Directories ---------------------------------------------------------------------------
+
+struct Directory {
+    DIR *stream;
+    os_dirent entry;
+};
+
+DIR *OpenDirectory(const char *path)
+{
+    char room[PATH_MAX];
+    const char *const resolved = home::Resolve(path, room);
+    DIR *stream = nullptr;
+    if (resolved != nullptr)
+        do
+            stream = opendir(resolved);
+        while (stream == nullptr && errno == EINTR);
+    return stream;
+}
 
 } // namespace
 
 extern "C" {
+
+int os_SetHome(const char *dir)
+{
+    if (dir == nullptr)
+        dir = "";
+    if (std::strlen(dir) >= sizeof theHome)
+        return -1;
+    std::strcpy(theHome, dir);
+    return 0;
+}
+
+const char *os_GetHome(void)
+{
+    if (theHome[0] != '\0')
+        return theHome;
+    const char *const named = secure_getenv("STR_HOME");
+    return named != nullptr && named[0] != '\0' ? named : STR_DEFAULT_HOME;
+}
 
 void *os_malloc(size_t size) { return OrEscape(std::malloc(AtLeastOne(size))); }
 
@@ -34,5 +143,156 @@ void *os_realloc(void *block, size_t size)
 }
 
 void os_free(void *block) { std::free(block); }
+
+FILE *os_fopen(const char *path, const char *mode)
+{
+    char room[PATH_MAX];
+    const char *const resolved = home::Resolve(path, room);
+    char closingMode[64]; // with the "e" that closes the stream in other programs
+    const int length = std::snprintf(closingMode, sizeof closingMode, "%.1se%s", mode,
+                                     mode[0] == '\0' ? mode : mode + 1);
+    if (resolved == nullptr || static_cast<size_t>(length) >= sizeof closingMode)
+        EscapeFile();
+    FILE *stream;
+    do
+        stream = std::fopen(resolved, closingMode);
+    while (stream == nullptr && errno == EINTR);
+    if (stream == nullptr)
+        EscapeFile();
+    return Opened(stream);
+}
+
+char *os_fgets(char *buffer, int size, FILE *stream)
+{
+    int length = 0;
+    for (int byte = '\0'; length < size - 1 && byte != '\n'; ++length) {
+        byte = NextByte(stream);
+        if (byte == EOF)
+            break;
+        buffer[length] = static_cast<char>(byte);
+    }
+    if (size <= 0 || (length == 0 && size > 1))
+        return nullptr;
+    buffer[length] = '\0';
+    return buffer;
+}
+
+int os_fclose(FILE *stream)
+{
+    if (stream == theLostStream)
+        theLostStream = nullptr;
+    else if (!IsStored(stream))
+        EscapeLost(stream);
+    return std::fclose(stream);
+}
+
+size_t os_fread(void *buffer, size_t size, size_t count, FILE *stream)
+{
+    char *const bytes = static_cast<char *>(buffer);
+    const size_t wanted = size * count;
+    size_t read = 0;
+    while (read < wanted) {
+        read += std::fread(bytes + read, 1, wanted - read, stream);
+        if (read == wanted || ferror(stream) == 0 || errno != EINTR)
+            break;
+        clearerr(stream);
+    }
+    return size == 0 ? 0 : read / size;
+}
+
+size_t os_fwrite(const void *data, size_t size, size_t count, FILE *stream)
+{
+    if (size != 0 && std::fwrite(data, size, count, stream) < count)
+        EscapeLost(stream);
+    return count;
+}
+
+int os_open(const char *path, int flags, mode_t mode)
+{
+    char room[PATH_MAX];
+    const char *const resolved = home::Resolve(path, room);
+    const int fd = resolved == nullptr ? -1 : home::Open(resolved, flags, mode);
+    if (fd < 0)
+        EscapeFile();
+    return fd;
+}
+
+FILE *os_fdopen(int fd, const char *mode)
+{
+    FILE *const stream = fdopen(fd, mode);
+    if (stream == nullptr) {
+        close(fd);
+        EscapeFile();
+    }
+    return Opened(stream);
+}
+
+mode_t os_umask(mode_t mask) { return umask(mask); }
+
+int os_rename(const char *oldPath, const char *newPath)
+{
+    char oldRoom[PATH_MAX], newRoom[PATH_MAX];
+    const char *const from = home::Resolve(oldPath, oldRoom);
+    const char *const to = home::Resolve(newPath, newRoom);
+    return from == nullptr || to == nullptr ? -1 : std::rename(from, to);
+}
+
+int os_fexists(const char *path)
+{
+    char room[PATH_MAX];
+    const char *const resolved = home::Resolve(path, room);
+    struct stat file;
+    return resolved != nullptr && stat(resolved, &file) == 0 ? 1 : 0;
+}
+
+void *os_opendir(const char *path)
+{
+    auto *const directory = static_cast<Directory *>(os_malloc(sizeof(Directory)));
+    *directory = {OpenDirectory(path), {}};
+    if (directory->stream == nullptr) {
+        os_free(directory);
+        EscapeFile();
+    }
+    return directory;
+}
+
+os_dirent *os_readdir(void *dir)
+{
+    auto *const directory = static_cast<Directory *>(dir);
+    const dirent *const next = readdir(directory->stream);
+    if (next == nullptr)
+        return nullptr;
+    mdc_strlcpy(directory->entry.name, next->d_name, sizeof directory->entry.name);
+    return &directory->entry;
+}
+
+int os_closedir(void *dir)
+{
+    auto *const directory = static_cast<Directory *>(dir);
+    const int result = closedir(directory->stream);
+    os_free(directory);
+    return result;
+}
+
+void os_ul2str(unsigned long value, int base, int minDigits, char *buffer, int *length)
+{
+    *length = 0;
+    buffer[0] = '\0';
+    if (base < 2 || base > 36)
+        return;
+    char digits[sizeof value * CHAR_BIT];
+    char *const end = digits + sizeof digits;
+    char *first = end;
+    do {
+        *--first = "0123456789abcdefghijklmnopqrstuvwxyz"[value % static_cast<unsigned int>(base)];
+        value /= static_cast<unsigned int>(base);
+    } while (value != 0);
+    const int used = static_cast<int>(end - first);
+    const int zeros = std::max(minDigits - used, 0);
+    std::memset(buffer, '0', static_cast<size_t>(zeros));
+    std::memcpy(buffer + zeros, first, static_cast<size_t>(used));
+    *length = zeros + used;
+    buffer[*length] = '\0';
+}
 
 } // extern "C"

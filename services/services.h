@@ -36,6 +36,26 @@ const char *er_GetCodeText(int32_t code);
  * first. */
 int32_t er_GetLastCode(void);
 
+/* ---- os_: the service home --------------------------------------------------------------- */
+
+/* Makes `dir` the service home of the process: the directory that "~/" stands for at the beginning
+ * of a path.  The text is copied; null or an empty text goes back to the default, which is the
+ * environment variable STR_HOME where it is set and not empty, else what the services were built
+ * with (STR_DEFAULT_HOME).  A program that runs with the rights of another user does not look into
+ * the environment.  Set the home before other threads start.
+ *
+ * Answers 0, or -1 for a text of PATH_MAX bytes or more, which changes nothing. */
+int os_SetHome(const char *dir);
+
+/* The service home, never null.  Lasts until the next os_SetHome or change of the environment. */
+const char *os_GetHome(void);
+
+/* ---- lkf_: how long to wait -------------------------------------------------------------- */
+
+/* How long lkf_LockFile waits for a lock, in milliseconds: 0 for not at all, negative for as long
+ * as it takes.  30,000 until a host says otherwise; one value serves the whole process. */
+void lkf_SetPatience(int milliseconds);
+
 /* ---- ccs_: the table of character sets --------------------------------------------------- */
 
 /* One row of the table.  All texts are constant and live as long as the process. */
@@ -53,6 +73,22 @@ typedef struct ccs_SetInfo {
  * which it answers 1, or 0 outside. */
 int ccs_GetSetCount(void);
 int ccs_GetSetInfo(int index, ccs_SetInfo *out);
+
+/* Which case table serves which set is registered in a table of ccs_GetSetCount() record numbers
+ * (uint16_t, in the order of ccs_GetSetInfo, 0 for none).  Every process has one of its own, and
+ * may use another: a server that publishes case tables in a shared segment puts a table of zeros
+ * beside them, aligned for uint16_t, and hands it to str_ReadStrToWkArea; every process that
+ * attaches the case tables attaches that table too, with ccs_SetCSTable.
+ *
+ * `csTable` is the address of a table and `companion` its length, the two values of ccs_GetCSTable.
+ * Null, or the length of services that know other sets, stands for the process's own table, here
+ * and in ccs_PutToUpperByCSNum. */
+
+/* From now on the registrations of the process are those in `csTable`, which stays the caller's and
+ * must last.  With null they are its own again; with a wrong length they are its own, emptied, as
+ * they were for other case tables than those that come with `csTable`.  No other thread may use the
+ * service meanwhile. */
+void ccs_SetCSTable(int32_t companion, void *csTable);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -164,7 +164,7 @@ TEST(OsService, MemoryFailsAsAnEscape)
     sigjmp_buf *const outer = er_SetCurrEnv(&here);
     volatile int escapes = 0;
     if (sigsetjmp(here, 0) == 0)
-        block = os_realloc(block, SIZE_MAX / 2);
+        block = os_realloc(block, SIZE_MAX / 2 + 1);
     else
         escapes = 1;
     er_SetCurrEnv(outer);

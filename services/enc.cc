@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The notation of bytes in case table sources.
+#include <platform/enc.h>
+#include <platform/er.h>
+#include <platform/os.h>
+
+#include <glib.h>
+
+#include <cstring>
+
+namespace
+{
+
+// The thread's decoded bytes.
+GPrivate theBytes = G_PRIVATE_INIT(os_free);
+
+constexpr int kMalformed = -1;
+
+// The value of exactly `count` digits of that base at `text`, where it is a byte's.
+int ByteOfDigits(const char *text, int count, int base)
+{
+    int value = 0;
+    for (int i = 0; i < count; ++i) {
+        const int digit = g_ascii_xdigit_value(text[i]);
+        if (digit < 0 || digit >= base)
+            return kMalformed;
+        value = value * base + digit;
+    }
+    return value <= 0xFF ? value : kMalformed;
+}
+
+// The byte written down at `text`; `used` receives the characters that it takes.
+int ByteAt(const char *text, int *used)
+{
+    *used = 1;
+    if (text[0] != '\\')
+        return g_ascii_isprint(text[0]) ? text[0] : kMalformed;
+    *used = text[1] == '\\' ? 2 : 4;
+    return text[1] == '\\'  ? '\\'
+           : text[1] == 'x' ? ByteOfDigits(text + 2, 2, 16)
+                            : ByteOfDigits(text + 1, 3, 8);
+}
+
+} // namespace
+
+extern "C" {
+
+const unsigned char *enc_ConvertLongEncodedStr(const char *text, int, int *length)
+{
+    // No byte takes less than a character.
+    auto *const bytes =
+        static_cast<unsigned char *>(os_realloc(g_private_get(&theBytes), std::strlen(text)));
+    g_private_set(&theBytes, bytes);
+    int count = 0;
+    for (int used; *text != '\0'; text += used) {
+        const int byte = ByteAt(text, &used);
+        if (byte == kMalformed)
+            er_TracedEscape(ER_CLASS_LIBRARY, ENC_ESC_MALFORMED, "services/enc", __LINE__);
+        bytes[count++] = static_cast<unsigned char>(byte);
+    }
+    *length = count;
+    return bytes;
+}
+
+} // extern "C"
