@@ -33,8 +33,31 @@ inline void TraceExit(const char *name)
 // an escape ended it; the enclosing environment is current again in both cases.
 bool RunProtected(void (*body)(void *), void *context);
 
+// Raises an escape of the library.
+[[noreturn]] inline void Raise(const char *source, int code, int line = __builtin_LINE())
+{
+    er_TracedEscape(ER_CLASS_LIBRARY, code, source, line);
+}
+
 // Passes a live escape on to the current environment; returns when none is live.
 void PassOn(const char *source, int line);
+
+// Calls body() from behind a pointer, for RunProtected.
+template <class Body>
+bool RunProtected(Body &body)
+{
+    return RunProtected([](void *context) { (*static_cast<Body *>(context))(); }, &body);
+}
+
+// Runs body() and forgets an escape that ends it: the error status is what it was.
+template <class Body>
+void Disregard(Body &&body)
+{
+    er_Status status;
+    er_RecordStatus(&status);
+    RunProtected(body);
+    er_RestoreStatus(&status);
+}
 
 // What becomes of an escape that reaches a protected region.
 struct Verdict {
@@ -66,8 +89,7 @@ bool Protect(const char *source, Verdict verdict, Body &&body, Release &&release
              int line = __builtin_LINE())
 {
     static_assert(std::is_trivially_destructible_v<std::remove_reference_t<Body>>);
-    auto call = [](void *context) { (*static_cast<std::remove_reference_t<Body> *>(context))(); };
-    if (RunProtected(call, &body))
+    if (RunProtected(body))
         return true;
     release();
     Judge(verdict);

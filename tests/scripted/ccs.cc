@@ -3,15 +3,10 @@
 
 #include <platform/ccs.h>
 #include <platform/er.h>
-#include <platform/os.h>
-
-#include <cstdlib>
 
 namespace scripted
 {
 Script script;
-int requestsLeft;
-int memoryEscapeClass;
 } // namespace scripted
 
 using scripted::script;
@@ -69,13 +64,4 @@ const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *lengt
     *length = static_cast<int>(script.asciiEscapes.size());
     return script.asciiEscapes.c_str();
 }
-
-void *os_realloc(void *block, size_t size)
-{
-    if (scripted::memoryEscapeClass != 0 && scripted::requestsLeft-- == 0)
-        er_TracedEscape(scripted::memoryEscapeClass, OS_ESC_MEMORY, "tests", 1);
-    return std::realloc(block, size);
-}
-
-void *os_malloc(size_t size) { return os_realloc(nullptr, size); }
 }

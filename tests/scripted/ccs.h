@@ -39,10 +39,6 @@ struct Script {
 // The script in force; a test begins with a fresh one.
 extern Script script;
 
-// Memory that runs out: the request after so many more raises an escape of that class; 0 for never.
-extern int requestsLeft;
-extern int memoryEscapeClass;
-
 } // namespace scripted
 
 #endif

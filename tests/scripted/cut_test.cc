@@ -4,6 +4,7 @@
 // service may answer, memory that runs out, and escapes on their way through.
 #include "services/services.h"
 #include "tests/scripted/ccs.h"
+#include "tests/scripted/files.h"
 #include "tests/support/guarded.h"
 
 #include <gtest/gtest.h>
@@ -180,7 +181,7 @@ class ScriptedEscapes : public testing::Test
         er_SetLogSink(nullptr);
         er_SetTraceSink(nullptr);
         er_SubSystemLoggingLevel = 0;
-        scripted::memoryEscapeClass = 0;
+        scripted::files.escapeClass = 0;
         er_Clear();
     }
 };
@@ -188,8 +189,8 @@ class ScriptedEscapes : public testing::Test
 // The first test of the process that splits: the buffer is not there yet.
 TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
 {
-    scripted::memoryEscapeClass = 3;
-    scripted::requestsLeft = 0;
+    scripted::files.escapeClass = 3;
+    scripted::files.callsLeft = 0;
     Outcome outcome = TrySplit("abcd", 2);
     EXPECT_FALSE(outcome.escaped);
     EXPECT_TRUE(outcome.ourEnvironment);
@@ -198,7 +199,7 @@ TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
     EXPECT_EQ(logged, "23816 ");
     EXPECT_EQ(er_GetLive(), 0);
 
-    scripted::requestsLeft = 1; // the first allocation succeeds, the growth does not
+    scripted::files.callsLeft = 1; // the first allocation succeeds, the growth does not
     outcome = TrySplit("abcd", 2);
     EXPECT_STREQ(outcome.first, "ab");
     EXPECT_STREQ(outcome.second, "cd");
@@ -211,11 +212,11 @@ TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
     EXPECT_EQ(outcome.firstLen, 4711U);
     EXPECT_EQ(logged, "23816 23816 ");
 
-    scripted::memoryEscapeClass = 0;
+    scripted::files.escapeClass = 0;
     outcome = TrySplit(longer.c_str(), 2);
     EXPECT_EQ(outcome.secondLen, 998U);
-    scripted::memoryEscapeClass = 3;
-    scripted::requestsLeft = 0;
+    scripted::files.escapeClass = 3;
+    scripted::files.callsLeft = 0;
     script.segments = {{kByteSet, 4}};
     EXPECT_STREQ(TrySplit("efgh", 3).second, "h") << "a shorter text needs no memory";
 }

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The case table record as those who fill and read it see it.
+#ifndef STR_CASE_RECORD_H
+#define STR_CASE_RECORD_H
+
+#include <str/casetable.h>
+
+#include "str/reference.h"
+
+#include <cstddef>
+#include <cstring>
+
+// One layout in the file, in the process and in the image, whatever builds it.
+static_assert(sizeof(CaseTableRef) == 4);
+static_assert(offsetof(CaseTableRecord, CharSetName) == 0);
+static_assert(offsetof(CaseTableRecord, reserved) == 40);
+static_assert(offsetof(CaseTableRecord, pByteMap) == 84);
+static_assert(offsetof(CaseTableRecord, pExpansions) == 88);
+static_assert(offsetof(CaseTableRecord, MaxExpansions) == 92);
+static_assert(offsetof(CaseTableRecord, NumExpansions) == 96);
+static_assert(offsetof(CaseTableRecord, pLeads) == 100);
+static_assert(offsetof(CaseTableRecord, MaxLeads) == 104);
+static_assert(offsetof(CaseTableRecord, NumLeads) == 108);
+static_assert(sizeof(CaseTableRecord) == 112);
+static_assert(offsetof(LeadEntry, LeadByte) == 0);
+static_assert(offsetof(LeadEntry, reserved) == 1);
+static_assert(offsetof(LeadEntry, pTrails) == 4);
+static_assert(offsetof(LeadEntry, MaxTrails) == 8);
+static_assert(offsetof(LeadEntry, NumTrails) == 12);
+static_assert(sizeof(LeadEntry) == 16);
+static_assert(offsetof(CaseTableHeader, magic) == 0);
+static_assert(offsetof(CaseTableHeader, version) == 4);
+static_assert(offsetof(CaseTableHeader, zero) == 8);
+static_assert(offsetof(CaseTableHeader, reserved) == 12);
+static_assert(sizeof(CaseTableHeader) == 52);
+
+// An expansion, by its only byte, or a trail, by its second.
+struct PairRule {
+    uint8_t byte;
+    uint8_t upper[2];
+};
+static_assert(sizeof(PairRule) == 3);
+
+inline constexpr size_t kByteMapSize = 256;
+inline constexpr int32_t kMostEntries = 32767; // of any array: an index is a signed 16-bit number
+
+// The bytes of an array of a record; 0 for a count that is none.
+template <class T>
+size_t ArraySize(int32_t count)
+{
+    return count > 0 ? static_cast<size_t>(count) * sizeof(T) : 0;
+}
+
+// Adds a cleared element to an array of a record that is being compiled.
+template <class T>
+T *AddEntry(CaseTableRef *array, int32_t *capacity, int32_t *used)
+{
+    constexpr int32_t kStep = 20;
+    reference::Reserve();
+    int16_t index = 0;
+    void *const block = str_AllocEntry(reference::Resolve(*array), capacity, used,
+                                       static_cast<uint32_t>(sizeof(T)), kStep, &index);
+    *array = reference::Make(block, *array);
+    T *const entry = static_cast<T *>(block) + index;
+    std::memset(entry, 0, sizeof *entry);
+    return entry;
+}
+
+#endif

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// References where addresses are wider than they: places in a table of blocks, counted from 1.
+#include "str/reference.h"
+
+#include <platform/os.h>
+
+namespace
+{
+
+union Place {
+    void *block;
+    CaseTableRef nextFree; // 0 for none
+};
+
+// It grows to the most arrays that the process held at once and is never released.
+Place *thePlaces;
+CaseTableRef thePlaceCount;
+CaseTableRef theFirstFree;
+
+constexpr bool kIsAddress = sizeof(void *) == sizeof(CaseTableRef);
+constexpr CaseTableRef kFirstPlaces = 64;
+
+Place *PlaceOf(CaseTableRef ref) { return &thePlaces[ref - 1]; }
+
+void PutFree(CaseTableRef ref)
+{
+    PlaceOf(ref)->nextFree = theFirstFree;
+    theFirstFree = ref;
+}
+
+} // namespace
+
+namespace reference
+{
+
+void Reserve()
+{
+    if (kIsAddress || theFirstFree != 0)
+        return;
+    const CaseTableRef count = thePlaceCount == 0 ? kFirstPlaces : 2 * thePlaceCount;
+    thePlaces = static_cast<Place *>(os_realloc(thePlaces, count * sizeof *thePlaces));
+    for (CaseTableRef ref = count; ref > thePlaceCount; --ref)
+        PutFree(ref);
+    thePlaceCount = count;
+}
+
+CaseTableRef Make(void *block, CaseTableRef old)
+{
+    if (kIsAddress)
+        return static_cast<CaseTableRef>(reinterpret_cast<uintptr_t>(block));
+    CaseTableRef ref = old;
+    if (ref == 0) {
+        ref = theFirstFree;
+        theFirstFree = PlaceOf(ref)->nextFree;
+    }
+    PlaceOf(ref)->block = block;
+    return ref;
+}
+
+void *Resolve(CaseTableRef ref)
+{
+    if (kIsAddress)
+        return reinterpret_cast<void *>(uintptr_t{ref});
+    return ref == 0 ? nullptr : PlaceOf(ref)->block;
+}
+
+void Release(CaseTableRef *ref)
+{
+    os_free(Resolve(*ref));
+    if (!kIsAddress && *ref != 0)
+        PutFree(*ref);
+    *ref = 0;
+}
+
+} // namespace reference

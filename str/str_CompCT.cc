@@ -1,0 +1,348 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The case table compiler: from a source file to a record, and to the compiled file.
+#include "str/case_record.h"
+#include "str/frame.h"
+
+#include <platform/enc.h>
+#include <platform/ext.h>
+#include <platform/mdc.h>
+#include <platform/os.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cctype>
+
+namespace
+{
+
+constexpr char kSource[] = "str/str_CompCT";
+
+// The scanner: one line, the place in it, and the number of lines read since the compile began.
+constexpr int kLineSize = 81;
+char theLine[kLineSize];
+char *theScan = theLine;
+int theLineNumber;
+
+constexpr char kTemporary[] = "~/toupper/casetemp";
+
+constexpr size_t kNameSize = sizeof CaseTableRecord::CharSetName;
+constexpr size_t kSideSize = 20;
+constexpr int kMostSideBytes = 2;
+
+enum : int { // what can be wrong with a source, and with its compiled file
+    kNameTooLong = 3084,
+    kNotToUpper = 23805,
+    kNotCharset = 23806,
+    kWordMissing = 23807,
+    kNoLeftSide = 23808,
+    kNoRightSide = 23809,
+    kLeftTooLong = 23810,
+    kRightTooLong = 23811,
+    kNoHeader = 23812,
+    kNotGiven = 23813,
+    kNoOperator = 23814,
+};
+
+// ---- Words ---------------------------------------------------------------------------------
+
+// Part of the line; no NUL stands behind it.
+struct Word {
+    const char *text; // null for none
+    size_t length;
+};
+
+Word From(const Word &word, size_t offset) { return {word.text + offset, word.length - offset}; }
+
+bool IsSpace(char ch) { return std::isspace(static_cast<unsigned char>(ch)) != 0; }
+
+char *SkipSpace(char *at)
+{
+    while (IsSpace(*at))
+        ++at;
+    return at;
+}
+
+// Reads the next line that is neither blank nor a comment; false at the end of the file.
+bool NextSignificantLine(FILE *stream)
+{
+    while (os_fgets(theLine, kLineSize, stream) != nullptr) {
+        ++theLineNumber;
+        const char first = *SkipSpace(theLine);
+        if (first != '\0' && first != '#')
+            return true;
+    }
+    return false;
+}
+
+// The next word, of the current line or of those after it.  `freshLine` leaves the rest of the
+// current line out; with `sameLine` the word must stand on it.
+Word NextWord(FILE *stream, bool freshLine, bool sameLine)
+{
+    if (freshLine) {
+        theLine[0] = '\0';
+        theScan = theLine;
+    }
+    theScan = SkipSpace(theScan);
+    if (*theScan == '\0') {
+        if (sameLine)
+            frame::Raise(kSource, kWordMissing);
+        if (!NextSignificantLine(stream))
+            return {nullptr, 0};
+        theScan = SkipSpace(theLine);
+    }
+    const char *const word = theScan;
+    while (*theScan != '\0' && !IsSpace(*theScan))
+        ++theScan;
+    return {word, static_cast<size_t>(theScan - word)};
+}
+
+// Whether a word is a keyword or the beginning of one.
+bool Matches(const Word &word, const char *keyword)
+{
+    return word.length <= std::strlen(keyword) && std::memcmp(word.text, keyword, word.length) == 0;
+}
+
+// ---- The header ----------------------------------------------------------------------------
+
+void ParseCharSetLine(FILE *stream, char (&name)[kNameSize])
+{
+    Word word = NextWord(stream, true, false);
+    if (word.text == nullptr)
+        frame::Raise(kSource, kNoHeader);
+    if (!Matches(word, "TOUPPER"))
+        frame::Raise(kSource, kNotToUpper);
+    word = NextWord(stream, false, true);
+    if (!Matches(word, "CHARSET"))
+        frame::Raise(kSource, kNotCharset);
+    word = NextWord(stream, false, true);
+    if (word.length >= kNameSize)
+        frame::Raise(kSource, kNameTooLong);
+    for (size_t i = 0; i < word.length; ++i)
+        name[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(word.text[i])));
+    name[word.length] = '\0';
+}
+
+void EnsureByteMap(CaseTableRecord *record)
+{
+    if (record->pByteMap != 0)
+        return;
+    reference::Reserve();
+    auto *const map = static_cast<uint8_t *>(os_malloc(kByteMapSize));
+    for (size_t byte = 0; byte < kByteMapSize; ++byte)
+        map[byte] = static_cast<uint8_t>(byte);
+    record->pByteMap = reference::Make(map, 0);
+}
+
+void ReadCaseHeader(FILE *stream, CaseTableRecord *record)
+{
+    char name[kNameSize];
+    ParseCharSetLine(stream, name);
+    mdc_strlcpy(record->CharSetName, name, kNameSize);
+    EnsureByteMap(record);
+}
+
+// ---- Rules ---------------------------------------------------------------------------------
+
+bool IsOneOf(char ch, const char *set) { return ch != '\0' && std::strchr(set, ch) != nullptr; }
+
+// How many bytes at the start of a word are of `set` (or are not).
+size_t Span(const Word &word, const char *set, bool of)
+{
+    size_t length = 0;
+    while (length < word.length && IsOneOf(word.text[length], set) == of)
+        ++length;
+    return length;
+}
+
+// The rest of a word, or the next one of the line when nothing is left of it.
+Word RestOrNextWord(FILE *stream, const Word &word, size_t offset)
+{
+    return offset < word.length ? From(word, offset) : NextWord(stream, false, true);
+}
+
+void CopySide(const Word &side, char (&out)[kSideSize])
+{
+    std::memcpy(out, side.text, side.length);
+    out[side.length] = '\0';
+}
+
+// Takes the next rule apart; false at the end of the file.
+bool SplitRule(FILE *stream, bool first, char (&left)[kSideSize], char (&right)[kSideSize])
+{
+    const Word word = NextWord(stream, first, false);
+    if (word.text == nullptr)
+        return false;
+    const Word leftSide = {word.text, Span(word, "=<-", false)};
+    if (leftSide.length == 0)
+        frame::Raise(kSource, kNoLeftSide);
+    if (leftSide.length >= kSideSize)
+        frame::Raise(kSource, kLeftTooLong);
+
+    const Word operation = RestOrNextWord(stream, word, leftSide.length);
+    const size_t operators = Span(operation, "<>=-", true);
+    if (operators == 0)
+        frame::Raise(kSource, kNoOperator);
+
+    const Word rightSide = RestOrNextWord(stream, operation, operators);
+    if (rightSide.length == 0)
+        frame::Raise(kSource, kNoRightSide);
+    if (rightSide.length >= kSideSize)
+        frame::Raise(kSource, kRightTooLong);
+
+    CopySide(leftSide, left);
+    CopySide(rightSide, right);
+    return true;
+}
+
+struct Side {
+    uint8_t bytes[kMostSideBytes]; // the second is 0 where there is one
+    int length;
+};
+
+// The bytes that a side of a rule writes down.
+Side Decode(const char *text, int codeWhenEmpty, int codeWhenLong, int line = __builtin_LINE())
+{
+    int length = 0;
+    const unsigned char *const bytes = enc_ConvertLongEncodedStr(text, ENC_BYTES, &length);
+    if (length < 1)
+        frame::Raise(kSource, codeWhenEmpty, line);
+    if (length > kMostSideBytes)
+        frame::Raise(kSource, codeWhenLong, line);
+    return {{bytes[0], length == 1 ? uint8_t{0} : bytes[1]}, length};
+}
+
+void SetByteMapRule(CaseTableRecord *record, uint8_t byte, uint8_t upper)
+{
+    reference::Resolve<uint8_t>(record->pByteMap)[byte] = upper;
+}
+
+void AddExpansionRule(CaseTableRecord *record, uint8_t byte, const Side &upper)
+{
+    SetByteMapRule(record, byte, 0);
+    *AddEntry<PairRule>(&record->pExpansions, &record->MaxExpansions,
+                        &record->NumExpansions) = {byte, {upper.bytes[0], upper.bytes[1]}};
+}
+
+LeadEntry *AddLeadEntry(CaseTableRecord *record, uint8_t leadByte)
+{
+    auto *const lead = AddEntry<LeadEntry>(&record->pLeads, &record->MaxLeads, &record->NumLeads);
+    lead->LeadByte = leadByte;
+    return lead;
+}
+
+LeadEntry *FindLeadEntry(const CaseTableRecord *record, uint8_t leadByte)
+{
+    auto *const leads = reference::Resolve<LeadEntry>(record->pLeads);
+    for (int32_t i = 0; i < record->NumLeads; ++i)
+        if (leads[i].LeadByte == leadByte)
+            return &leads[i];
+    return nullptr;
+}
+
+void AddTrailRule(CaseTableRecord *record, const Side &pair, const Side &upper)
+{
+    SetByteMapRule(record, pair.bytes[0], 0);
+    LeadEntry *lead = FindLeadEntry(record, pair.bytes[0]);
+    if (lead == nullptr)
+        lead = AddLeadEntry(record, pair.bytes[0]);
+    *AddEntry<PairRule>(&lead->pTrails, &lead->MaxTrails,
+                        &lead->NumTrails) = {pair.bytes[1], {upper.bytes[0], upper.bytes[1]}};
+}
+
+void ReadRules(FILE *stream, CaseTableRecord *record)
+{
+    char leftText[kSideSize];
+    char rightText[kSideSize];
+    for (bool first = true; SplitRule(stream, first, leftText, rightText); first = false) {
+        const Side left = Decode(leftText, kNoLeftSide, kLeftTooLong);
+        const Side right = Decode(rightText, kNoRightSide, kRightTooLong);
+        if (left.length == 2)
+            AddTrailRule(record, left, right);
+        else if (right.length == 2)
+            AddExpansionRule(record, left.bytes[0], right);
+        else
+            SetByteMapRule(record, left.bytes[0], right.bytes[0]);
+    }
+}
+
+// ---- The compiled file ---------------------------------------------------------------------
+
+void WriteArray(FILE *stream, CaseTableRef array, size_t size)
+{
+    if (array != 0)
+        os_fwrite(reference::Resolve(array), 1, size, stream);
+}
+
+void WriteCaseTableFile(FILE *stream, const CaseTableRecord *record)
+{
+    const CaseTableHeader header = {CASE_TABLE_MAGIC, CASE_TABLE_VERSION, 0, {}};
+    os_fwrite(&header, 1, sizeof header, stream);
+    os_fwrite(record, 1, sizeof *record, stream);
+    WriteArray(stream, record->pByteMap, kByteMapSize);
+    WriteArray(stream, record->pExpansions, ArraySize<PairRule>(record->NumExpansions));
+    WriteArray(stream, record->pLeads, ArraySize<LeadEntry>(record->NumLeads));
+    const auto *const leads = reference::Resolve<LeadEntry>(record->pLeads);
+    for (int32_t i = 0; i < record->NumLeads; ++i)
+        WriteArray(stream, leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails));
+}
+
+// Writes the compiled file under another name first: whoever reads it finds all of it or none.
+void WriteCompiledTable(const char *compiledName, const CaseTableRecord *record)
+{
+    if (ext_GetVornithGid() != getegid())
+        return;
+    FILE *stream = nullptr;
+    mode_t mask = 0;
+    bool maskIsOurs = false;
+    frame::Protect(
+        kSource, frame::Clear(),
+        [&] {
+            mask = os_umask(0);
+            maskIsOurs = true;
+            const int descriptor = os_open(kTemporary, O_WRONLY | O_CREAT | O_TRUNC, 0664);
+            stream = os_fdopen(descriptor, "w");
+            if (ext_ChownToVornith(kTemporary) != 0)
+                frame::Raise(kSource, kNotGiven);
+            os_umask(mask);
+            maskIsOurs = false;
+            WriteCaseTableFile(stream, record);
+            os_fclose(stream);
+            stream = nullptr;
+            os_rename(kTemporary, compiledName);
+        },
+        [&] {
+            if (maskIsOurs)
+                os_umask(mask); // before the close, which may escape
+            if (stream != nullptr)
+                os_fclose(stream);
+        });
+}
+
+} // namespace
+
+int str_CompileCaseTable(const char *sourceName, const char *compiledName, CaseTableRecord *record)
+{
+    frame::TraceEntry("str_CompileCaseTable");
+    FILE *source = nullptr;
+    const bool compiled = frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            theLineNumber = 0;
+            source = os_fopen(sourceName, "r");
+            ReadCaseHeader(source, record);
+            ReadRules(source, record);
+            frame::Disregard([&] { os_fclose(source); });
+            source = nullptr;
+            WriteCompiledTable(compiledName, record);
+        },
+        [&] {
+            str_FreeCTEntry(record); // before the close, which may escape
+            if (source != nullptr)
+                os_fclose(source);
+            er_EnhLogMsg(3, 3, 23803, "%s%d", sourceName, theLineNumber, 0);
+        });
+    frame::TraceExit("str_CompileCaseTable");
+    return compiled ? 1 : 0;
+}

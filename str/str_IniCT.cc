@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The registry of case tables: each set's table is compiled or loaded on its first use.
+#include "str/case_record.h"
+#include "str/frame.h"
+
+#include <platform/ccs.h>
+#include <platform/lkf.h>
+#include <platform/os.h>
+
+CaseTableRecord *pCaseTabs;
+int32_t NumCaseTabs;
+
+namespace
+{
+
+constexpr char kSource[] = "str/str_IniCT";
+
+bool FirstInit = true; // until the first call of str_InitCaseTables
+
+constexpr char kLockFile[] = "~/sys/toupper.lk";
+constexpr char kDirectory[] = "~/toupper/";
+constexpr size_t kMostDigits = 20;
+constexpr size_t kPathSize = sizeof kDirectory + kMostDigits + sizeof ".s";
+
+void BuildPath(char *path, const char *digits, size_t count, char suffix)
+{
+    std::memcpy(path, kDirectory, sizeof kDirectory - 1);
+    path += sizeof kDirectory - 1;
+    std::memcpy(path, digits, count);
+    path[count] = '.';
+    path[count + 1] = suffix;
+    path[count + 2] = '\0';
+}
+
+void BuildCaseTableNames(uint32_t setNumber, char (&source)[kPathSize], char (&compiled)[kPathSize])
+{
+    char digits[kMostDigits + 1];
+    int unused = 0;
+    os_ul2str(setNumber, 10, 1, digits, &unused);
+    const size_t count = strnlen(digits, kMostDigits);
+    BuildPath(source, digits, count, 's');
+    BuildPath(compiled, digits, count, 'b');
+}
+
+bool CompiledFileExists(const char *path) { return os_fexists(path) != 0; }
+
+// The lock of the case tables, as far as this process holds it.
+struct Lock {
+    int handle;
+    bool held;
+};
+
+void Take(Lock *lock, int mode)
+{
+    lock->handle = lkf_LockFile(mode, kLockFile);
+    lock->held = true;
+}
+
+void GiveBack(Lock *lock)
+{
+    if (!lock->held)
+        return;
+    lkf_UnLockFile(lock->handle);
+    lock->held = false;
+}
+
+// Locks the tables for what is to be done: true when the set must be compiled, and by us, as its
+// compiled file is still missing now that nobody else can be making it.
+bool LockToCompile(Lock *lock, const char *compiled)
+{
+    if (!CompiledFileExists(compiled)) {
+        Take(lock, LKF_EXCLUSIVE);
+        if (!CompiledFileExists(compiled))
+            return true;
+        GiveBack(lock);
+    }
+    Take(lock, LKF_SHARED);
+    return false;
+}
+
+// Takes the last slot back.  The last one of all goes with its block, since an array that counts
+// none begins a new one.
+void DropSlot(CaseTableRecord **tables, int32_t *count)
+{
+    if (--*count > 0)
+        return;
+    os_free(*tables);
+    *tables = nullptr;
+}
+
+} // namespace
+
+CaseTableRecord *str_InitControlTable(int16_t *index, CaseTableRecord **tables, int32_t *count)
+{
+    int32_t used = *count;
+    *tables = static_cast<CaseTableRecord *>(
+        str_AllocEntry(*tables, count, &used, sizeof(CaseTableRecord), 1, index));
+    CaseTableRecord *const record = *tables + *index;
+    std::memset(record, 0, sizeof *record);
+    return record;
+}
+
+CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables, int32_t *count,
+                                   int32_t companion, void *csTable)
+{
+    CaseTableRecord *table = nullptr;
+    Lock lock = {0, false};
+    frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            char source[kPathSize];
+            char compiled[kPathSize];
+            BuildCaseTableNames(setNumber, source, compiled);
+            const bool compile = LockToCompile(&lock, compiled);
+            int16_t index = 0;
+            CaseTableRecord *const slot = str_InitControlTable(&index, tables, count);
+            if ((compile ? str_CompileCaseTable(source, compiled, slot)
+                         : str_LoadCaseTable(compiled, slot)) == 1) {
+                ccs_PutToUpperByCSNum(static_cast<int>(setNumber), static_cast<uint16_t>(index + 1),
+                                      companion, csTable);
+                table = slot;
+            } else {
+                DropSlot(tables, count);
+            }
+            GiveBack(&lock);
+        },
+        [&] {
+            table = nullptr;
+            GiveBack(&lock);
+        });
+    return table;
+}
+
+CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
+{
+    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 1);
+    if (FirstInit && str_ba == nullptr) {
+        NumCaseTabs = 0;
+        pCaseTabs = nullptr;
+    }
+    FirstInit = false;
+    if (InitTabsDone == 0)
+        ccs_DoInitTables();
+    CaseTableRecord *table = nullptr;
+    if (str_ba == nullptr) { // the tables of an image are all there are
+        const int setNumber = ccs_GetCSNumber(cs);
+        int32_t companion = 0;
+        void *const csTable = ccs_GetCSTable(&companion);
+        table = str_ReadCaseTable(static_cast<uint32_t>(setNumber), &pCaseTabs, &NumCaseTabs,
+                                  companion, csTable);
+    }
+    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 0);
+    return table;
+}

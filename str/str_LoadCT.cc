@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The case table loader: from a compiled file to a record.
+//
+// The file may be damaged, so a count is checked before what it counts is allocated, references
+// are never used, and the record names at every moment only blocks that this load has allocated.
+#include "str/case_record.h"
+#include "str/frame.h"
+
+#include <platform/mdc.h>
+#include <platform/os.h>
+
+namespace
+{
+
+constexpr char kSource[] = "str/str_LoadCT";
+
+constexpr int kEndsTooEarly = 23801;
+constexpr int kNotACaseTable = 23802;
+
+void Read(void *into, size_t size, FILE *stream)
+{
+    if (os_fread(into, 1, size, stream) < size)
+        frame::Raise(kSource, kEndsTooEarly);
+}
+
+void ReadCaseTableHeader(FILE *stream)
+{
+    CaseTableHeader header;
+    Read(&header, sizeof header, stream);
+    if (header.magic != CASE_TABLE_MAGIC || header.version != CASE_TABLE_VERSION ||
+        header.zero != 0)
+        frame::Raise(kSource, kNotACaseTable);
+}
+
+// The record as it stands in the file, naming nothing yet.
+CaseTableRecord ReadRecord(FILE *stream)
+{
+    CaseTableRecord record;
+    Read(&record, sizeof record, stream);
+    record.pByteMap = record.pExpansions = record.pLeads = 0;
+    return record;
+}
+
+// A negative count is none; one that no array can have makes the file no case table.
+int32_t CheckedCount(int32_t count)
+{
+    if (count > kMostEntries)
+        frame::Raise(kSource, kNotACaseTable);
+    return count < 0 ? 0 : count;
+}
+
+// Reads an array of its own.  It is named before it is filled, so that it is released whatever
+// happens.
+void ReadBlock(CaseTableRef *array, size_t size, FILE *stream)
+{
+    if (size == 0)
+        return;
+    reference::Reserve();
+    *array = reference::Make(os_malloc(size), 0);
+    Read(reference::Resolve(*array), size, stream);
+}
+
+// Reads the lead entries.  Their count stays 0 until they name no trails: a file cut off in the
+// middle must not have its references released.
+void ReadLeads(CaseTableRecord *record, FILE *stream)
+{
+    const int32_t count = CheckedCount(record->NumLeads);
+    record->NumLeads = 0;
+    ReadBlock(&record->pLeads, ArraySize<LeadEntry>(count), stream);
+    auto *const leads = reference::Resolve<LeadEntry>(record->pLeads);
+    for (int32_t i = 0; i < count; ++i)
+        leads[i].pTrails = 0;
+    record->NumLeads = count;
+}
+
+void ReadCaseTableArrays(FILE *stream, CaseTableRecord *record)
+{
+    frame::Protect(
+        kSource, frame::Propagate(),
+        [&] {
+            record->NumExpansions = CheckedCount(record->NumExpansions);
+            ReadBlock(&record->pByteMap, kByteMapSize, stream);
+            ReadBlock(&record->pExpansions, ArraySize<PairRule>(record->NumExpansions), stream);
+            ReadLeads(record, stream);
+            auto *const leads = reference::Resolve<LeadEntry>(record->pLeads);
+            for (int32_t i = 0; i < record->NumLeads; ++i) {
+                leads[i].NumTrails = CheckedCount(leads[i].NumTrails);
+                ReadBlock(&leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails), stream);
+            }
+        },
+        [&] { str_FreeCTEntry(record); });
+}
+
+} // namespace
+
+int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
+{
+    frame::TraceEntry("str_LoadCaseTable");
+    FILE *stream = nullptr;
+    const bool loaded = frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            stream = os_fopen(compiledName, "r");
+            ReadCaseTableHeader(stream);
+            *record = ReadRecord(stream);
+            ReadCaseTableArrays(stream, record);
+            mdc_fclose(stream);
+            stream = nullptr;
+        },
+        [&] {
+            str_FreeCTEntry(record); // a close that escapes finds it filled
+            if (stream != nullptr)
+                os_fclose(stream);
+            er_LogInfo(1, compiledName, 0);
+        });
+    frame::TraceExit("str_LoadCaseTable");
+    return loaded ? 1 : 0;
+}

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The work area, in which a server gathers the tables of all sets, and the image of it in shared
+// memory, from which every other process reads them.
+#include "str/case_record.h"
+#include "str/frame.h"
+
+#include <platform/os.h>
+
+#include <algorithm>
+#include <cstdio>
+
+char *str_ba;
+
+namespace
+{
+
+constexpr char kSource[] = "str/str_Smem";
+
+// The work area.
+CaseTableRecord *pWkAreaTabs;
+int32_t NumWkAreaTabs;
+
+// The number of the set whose source has this name; 0 when it is no source.
+uint32_t SetOfSource(const char *name)
+{
+    unsigned long number = 0;
+    char suffix[256];
+    if (std::sscanf(name, "%lu%255s", &number, suffix) != 2 || std::strcmp(suffix, ".s") != 0)
+        return 0;
+    return static_cast<uint32_t>(
+        std::min<unsigned long>(number, UINT32_MAX)); // no set has that one
+}
+
+void ReadSources(void *directory, int32_t companion, void *csTable)
+{
+    while (const os_dirent *entry = os_readdir(directory)) {
+        const uint32_t set = SetOfSource(entry->name);
+        if (set != 0 &&
+            str_ReadCaseTable(set, &pWkAreaTabs, &NumWkAreaTabs, companion, csTable) == nullptr)
+            er_LogMsg(3, 117, 200, entry->name, 0);
+    }
+}
+
+// What an array may take in the segment: one element more than it has, rounded up.
+template <class T>
+uint32_t Budget(int32_t count)
+{
+    return static_cast<uint32_t>((ArraySize<T>(count) + sizeof(T) + 3) / 4 * 4);
+}
+
+uint32_t Budget(const CaseTableRecord &record)
+{
+    uint32_t total = sizeof record;
+    if (record.pByteMap != 0)
+        total += kByteMapSize;
+    if (record.pExpansions != 0)
+        total += Budget<PairRule>(record.NumExpansions);
+    if (record.pLeads == 0)
+        return total;
+    total += Budget<LeadEntry>(record.NumLeads);
+    const auto *const leads = reference::Resolve<LeadEntry>(record.pLeads);
+    for (int32_t i = 0; i < record.NumLeads; ++i)
+        if (leads[i].pTrails != 0)
+            total += Budget<PairRule>(leads[i].NumTrails);
+    return total;
+}
+
+struct Segment {
+    SegmentAlloc alloc;
+    char *start;
+};
+
+// Copies `size` bytes into a block of their own and stores its offset; false when there is no room.
+bool Place(const Segment &segment, const void *bytes, size_t size, uint32_t *offset)
+{
+    const uint32_t given = segment.alloc(segment.start, static_cast<uint32_t>(size));
+    if (given == 0)
+        return false;
+    if (size != 0)
+        std::memcpy(segment.start + given, bytes, size);
+    *offset = given;
+    return true;
+}
+
+// Copies an array of this process and lets its reference, in the copy of the record, name the copy.
+bool PlaceArray(const Segment &segment, CaseTableRef *array, size_t size)
+{
+    return *array == 0 || Place(segment, reference::Resolve(*array), size, array);
+}
+
+template <class T>
+T *At(const Segment &segment, uint32_t offset)
+{
+    return static_cast<T *>(static_cast<void *>(segment.start + offset));
+}
+
+// Copies the arrays of a record that has itself been copied.
+bool PlaceArrays(const Segment &segment, CaseTableRecord *copy)
+{
+    if (!PlaceArray(segment, &copy->pByteMap, kByteMapSize) ||
+        !PlaceArray(segment, &copy->pExpansions, ArraySize<PairRule>(copy->NumExpansions)) ||
+        !PlaceArray(segment, &copy->pLeads, ArraySize<LeadEntry>(copy->NumLeads)))
+        return false;
+    LeadEntry *const leads = At<LeadEntry>(segment, copy->pLeads);
+    for (int32_t i = 0; i < (copy->pLeads == 0 ? 0 : copy->NumLeads); ++i)
+        if (!PlaceArray(segment, &leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails)))
+            return false;
+    return true;
+}
+
+} // namespace
+
+int str_ReadStrToWkArea(int32_t companion, void *csTable)
+{
+    er_RealLogProc(ER_TRACE_STARTUP, "str_ReadStrToWkArea", 1);
+    void *directory = nullptr;
+    const bool scanned = frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            directory = os_opendir("~/toupper");
+            ReadSources(directory, companion, csTable);
+            os_closedir(directory);
+            directory = nullptr;
+        },
+        [&] {
+            if (directory != nullptr)
+                os_closedir(directory);
+        });
+    er_RealLogProc(ER_TRACE_STARTUP, "str_ReadStrToWkArea", 0);
+    return scanned ? 1 : 0;
+}
+
+uint32_t str_TotalWorkArea(void)
+{
+    uint32_t total = 0;
+    for (int32_t i = 0; i < NumWkAreaTabs; ++i)
+        total += Budget(pWkAreaTabs[i]);
+    return total;
+}
+
+int str_CopyWorkAreaToSMem(SegmentAlloc alloc, char *segment, uint32_t *recordsOffset,
+                           int32_t *recordCount)
+{
+    const Segment shared = {alloc, segment};
+    uint32_t records = 0;
+    if (!Place(shared, pWkAreaTabs, ArraySize<CaseTableRecord>(NumWkAreaTabs), &records))
+        return 0;
+    *recordsOffset = records;
+    *recordCount = NumWkAreaTabs;
+    for (int32_t i = 0; i < NumWkAreaTabs; ++i)
+        if (!PlaceArrays(shared, At<CaseTableRecord>(shared, records) + i))
+            return 0;
+    return 1;
+}
+
+void str_FreeWkArea(void)
+{
+    for (int32_t i = 0; i < NumWkAreaTabs; ++i)
+        str_FreeCTEntry(&pWkAreaTabs[i]);
+    os_free(pWkAreaTabs);
+    pWkAreaTabs = nullptr;
+    NumWkAreaTabs = 0;
+}
+
+int str_IsDataStale(void) { return 0; }
+
+void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment)
+{
+    str_ba = segment;
+    pCaseTabs = static_cast<CaseTableRecord *>(static_cast<void *>(segment + recordsOffset));
+    NumCaseTabs = recordCount;
+}
