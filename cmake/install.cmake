@@ -3,6 +3,30 @@ install(TARGETS str str_shared strservices strservices_shared strtool)
 install(DIRECTORY include/str platform TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 install(FILES services/services.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/services)
 
+# The service home that the services fall back to: the case tables, compiled for those who may not
+# write there, and the lock that a reader wants to find.
+set(default_home ${CMAKE_INSTALL_DATADIR}/libstr)
+file(GLOB case_tables CONFIGURE_DEPENDS data/toupper/*.s)
+install(FILES data/toupper/README.md ${case_tables} DESTINATION ${default_home}/toupper)
+file(TOUCH ${PROJECT_BINARY_DIR}/toupper.lk)
+install(FILES ${PROJECT_BINARY_DIR}/toupper.lk DESTINATION ${default_home}/sys)
+
+if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
+    message(STATUS "The case tables are not compiled: strtool does not run on this machine")
+else()
+    set(compiled_dir ${PROJECT_BINARY_DIR}/toupper)
+    file(MAKE_DIRECTORY ${compiled_dir})
+    list(TRANSFORM case_tables REPLACE ".*/(.+)\\.s$" "${compiled_dir}/\\1.b"
+        OUTPUT_VARIABLE compiled_tables)
+    add_custom_command(OUTPUT ${compiled_tables}
+        COMMAND strtool casetable compile -d ${compiled_dir} ${case_tables}
+        DEPENDS strtool ${case_tables}
+        COMMENT "Compiling the case tables"
+        VERBATIM)
+    add_custom_target(case_tables ALL DEPENDS ${compiled_tables})
+    install(FILES ${compiled_tables} DESTINATION ${default_home}/toupper)
+endif()
+
 # The prefix is given from where the file stands, so that an installed tree may be moved.
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})

@@ -105,6 +105,57 @@ row 0 $'1\n0' find '[' 'a[b' '[,]'
 row 0 1 find --charset t.61 '\xE1' 'a\xE1'
 for bad in '' ab é; do like 2 'strtool: *not one byte*' find "$bad" a; done
 
+# ---- casetable, init-home: what is wrong is said of file and line, what is there already stays
+home=$(mktemp -d) sources=$(realpath "$samples/../toupper")
+trap 'rm -rf "$home"' EXIT
+row 1 "strtool: $home/toupper: no case table sources here: see --from" \
+    init-home --from "$home/toupper" "$home/a"
+like 0 "made $home/a"$'\nmade *\nwrote *'"100.s"$'\n*\nexport STR_HOME='"'$home/a'" \
+    init-home --from "$sources" "$home/a/"
+[[ $(stat -c %a "$home"/a{,/sys,/toupper} | uniq) == 2775 ]] || fail 'init-home: the modes'
+diff -r "$home/a/toupper" "$sources" | grep -v '^Only in' && fail 'init-home: the sources'
+row 0 "export STR_HOME='$home/a'" init-home --from "$sources" "$home/a"
+echo >>"$home/a/toupper/6.s"
+like 1 "*strtool: $home/a/toupper/6.s: *"$'\ncompiled *87.b\nexport *' \
+    init-home --from "$sources" --compile "$home/a"
+
+cd "$home" || exit 1
+printf 'T C latin1\na=A \\xDF=SS \\xE9 -> \\xC9\nb=B bc=DE bx=bx\n' >1.s
+printf '#%-179d\nT C x\na=A  # note\n' 0 >2.s # its first line is read in three pieces
+printf '\n' >3.s
+row 0 '' casetable compile 1.s
+row 0 '1.b: 445 bytes
+  version 11
+  name LATIN1
+  byte map: 2 bytes change
+    a to A
+    \xE9 to \xC9
+    b \xDF by rules
+  expansions: 1, room for 20
+    \xDF to SS
+  lead bytes: 1, room for 20
+    b: 2, room for 20
+      c to DE
+    pairs that stay as they are: 1' casetable dump 1.b
+dumped=$shown
+row 1 $'strtool: 2.s:3: the rule has no operator\nstrtool: 3.s:1: the case table source holds no header' \
+    casetable compile -d a 1.s 2.s 3.s
+row 0 "a/$dumped" casetable dump a/1.b
+head -c 444 1.b >cut.b
+{ head -c 8 1.b; printf '\1'; tail -c +10 1.b | tr b c; echo; } >odd.b
+row 1 'strtool: cut.b: the compiled case table ends too early
+strtool: odd.b: this is no compiled case table of this version
+strtool: 4.s: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.s
+like 1 $'*\n  odd: cut short: the trails of b, 5 of 6 bytes' casetable dump cut.b
+like 1 '*
+  odd: reserved bytes of the header are not 0
+  odd: *b*c*' casetable dump odd.b
+like 1 $'2.s: *\n  odd: no compiled case table*' casetable dump 2.s
+like 1 'strtool: 1.s/1.b: *' casetable compile 1.s -o 1.s/1.b
+like 2 'strtool: *' casetable compile 1.s 2.s -o 1.b
+[[ -z $(find . -name '.casetable*') ]] || fail 'casetable: temporary files are left'
+cd - >/dev/null || exit 1
+
 # ---- The samples: nothing raw, nothing that cannot be decoded
 for file in "$samples"/*.txt; do
     set=$(basename "$file" .txt)

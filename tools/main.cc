@@ -29,6 +29,8 @@ int Run(int argc, char **argv)
     AddSplit(app, status);
     AddCat(app, status);
     AddFind(app, status);
+    AddCaseTable(app, status);
+    AddInitHome(app, status);
     try {
         app.parse(CommandLine(argc, argv));
     } catch (const CLI::Success &asked) {

@@ -114,3 +114,10 @@ step 'A directory in six character sets, each row as its file has it, padded by 
 listing bytes
 step 'The same rows, padded by what strtool width says'
 listing columns
+
+step 'A case table: the source for ISO 8859-1, compiled, and what the file then holds' \
+    'strtool casetable compile 100.s && strtool casetable dump 100.b'
+tables=$(mktemp -d)
+trap 'rm -rf "$tables"' EXIT
+cp ../toupper/100.s "$tables"
+(cd "$tables" && strtool casetable compile 100.s && strtool casetable dump 100.b)

@@ -1,0 +1,10 @@
+# The upper case of T.61 PRIMARY.
+#
+# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
+# tells it, of the characters that iconv reads as T.61-8BIT.
+# A letter whose upper case the set does not have stays as it is.
+
+TOUPPER CHARSET T.61-PRIMARY
+
+a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R s=S
+t=T u=U v=V w=W x=X y=Y z=Z

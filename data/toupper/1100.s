@@ -1,0 +1,10 @@
+# The upper case of ISO-8859-1 RIGHT HALF.
+#
+# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
+# tells it, of the characters that iconv reads as ISO-8859-1.
+# A letter whose upper case the set does not have stays as it is.
+
+TOUPPER CHARSET ISO-8859-1-RIGHT-HALF
+
+`=@ a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R
+s=S t=T u=U v=V x=X y=Y z=Z {=[ |=\x5C }=] ~=^

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// generate DIRECTORY: writes the case table source N.s of every set that has case, from GLib's
+// simple upper case and what iconv reads in the codes of the set.
+#include "services/ccs/sets.h"
+#include "services/ccs/state.h"
+
+#include <glib.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace
+{
+
+using Code = std::string;                    // the bytes of a character
+using Characters = std::map<Code, gunichar>; // in the order of their bytes
+using Rules = std::map<Code, Code>;          // to the upper case of each
+
+// ---- What the characters of a set are -----------------------------------------------------------
+
+// The code of iconv that takes designations of all sets of two-byte characters.
+constexpr char kTwoByteCode[] = "ISO-2022-JP-2";
+
+constexpr char kUnknownCode[] = "none";
+
+// How iconv reads the codes of a set.
+struct Reading {
+    const char *code;
+    std::string designation; // stands before the bytes
+    unsigned top = 0;        // what to set in each byte
+    unsigned last = 0x7F;    // the last byte that belongs to the set
+};
+
+Reading ReadingOf(const ccs::SetRow &set)
+{
+    if (set.iconv != nullptr)
+        return {set.iconv, "", 0, 0xFF};
+    if (set.bytes == 2)
+        return {kTwoByteCode, ccs::DesignationOf(set)};
+    for (const ccs::SetRow &other : ccs::kSets)
+        if (other.iconv != nullptr && &other != &set) {
+            if (other.left == set.number)
+                return {other.iconv, "", 0x80};
+            if (other.partner == set.number)
+                return {other.iconv, ""};
+        }
+    // The letters that have case stand to its left.
+    const ccs::SetRow *const left = ccs::FindSet(set.partner);
+    return {left == nullptr || left->iconv == nullptr ? kUnknownCode : left->iconv, ""};
+}
+
+// The one character that the bytes are; 0 when they are none, or several.
+gunichar CharacterOf(const Reading &reading, const Code &code)
+{
+    std::string bytes = reading.designation;
+    for (const char byte : code)
+        bytes += static_cast<char>(static_cast<unsigned char>(byte) | reading.top);
+    gsize length = 0;
+    gchar *text = g_convert(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-8", reading.code,
+                            nullptr, &length, nullptr);
+    const bool isOne = text != nullptr && g_utf8_strlen(text, static_cast<gssize>(length)) == 1;
+    const gunichar character = isOne ? g_utf8_get_char(text) : 0;
+    g_free(text);
+    return character;
+}
+
+Code Bytes(unsigned first) { return Code(1, static_cast<char>(first)); }
+Code Bytes(unsigned first, unsigned second) { return Bytes(first) + Bytes(second); }
+
+Characters CharactersOf(const ccs::SetRow &set, const Reading &reading)
+{
+    Characters characters;
+    const auto take = [&](const Code &code) {
+        if (const gunichar character = CharacterOf(reading, code); character != 0)
+            characters.emplace(code, character);
+    };
+    if (set.bytes == 2) {
+        for (unsigned first = 0x21; first < 0x7F; ++first)
+            for (unsigned second = 0x21; second < 0x7F; ++second)
+                take(Bytes(first, second));
+        return characters;
+    }
+    for (unsigned byte = 0; byte <= reading.last; ++byte)
+        take(Bytes(byte));
+    if (set.units == ccs::Units::marked)
+        for (unsigned mark = 0x80; mark <= reading.last; ++mark)
+            for (unsigned letter = 0x20; letter < 0x7F; ++letter)
+                take(Bytes(mark, letter));
+    return characters;
+}
+
+// ---- The rules ----------------------------------------------------------------------------------
+
+// One for each character that changes into another of the set.
+Rules ChangesOf(const Characters &characters)
+{
+    std::map<gunichar, Code> codes;
+    for (const auto &[code, character] : characters)
+        codes.emplace(character, code);
+    Rules rules;
+    for (const auto &[code, character] : characters) {
+        const auto upper = codes.find(g_unichar_toupper(character));
+        if (upper != codes.end() && upper->first != character)
+            rules.emplace(code, upper->second);
+    }
+    return rules;
+}
+
+Code InHalf(const Code &code, unsigned top)
+{
+    return Bytes(static_cast<unsigned char>(code[0]) | top,
+                 static_cast<unsigned char>(code[1]) | top);
+}
+
+// One for each pair of bytes, in either half, most to keep the pair as it is: without a rule its
+// second byte would be looked up by itself, and taken for the first of a pair.
+Rules WholePairs(const Rules &changes)
+{
+    Rules rules;
+    for (unsigned first = 0x21; first < 0x7F; ++first)
+        for (unsigned second = 0x21; second < 0x7F; ++second) {
+            const Code code = Bytes(first, second);
+            const auto change = changes.find(code);
+            for (const unsigned top : {0x00U, 0x80U})
+                rules.emplace(InHalf(code, top),
+                              InHalf(change == changes.end() ? code : change->second, top));
+        }
+    return rules;
+}
+
+// ---- The file -----------------------------------------------------------------------------------
+
+// In the notation of platform/enc.h.
+std::string Written(const Code &code)
+{
+    std::string written;
+    for (const char byte : code) {
+        if (g_ascii_isgraph(byte) &&
+            std::string_view("=<->#\\").find(byte) == std::string_view::npos) {
+            written += byte;
+        } else {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned char>(byte));
+            written += escaped;
+        }
+    }
+    return written;
+}
+
+// Lines of rules; the pairs of another first byte begin a line of their own.
+std::string Lines(const Rules &rules)
+{
+    constexpr size_t kLongest = 76;
+    std::string lines, line;
+    char first = 0;
+    for (const auto &[code, upper] : rules) {
+        const std::string rule = Written(code) + "=" + Written(upper);
+        const bool isOther = code.size() == 2 && code[0] != first;
+        if (!line.empty() && (isOther || line.size() + 1 + rule.size() > kLongest)) {
+            lines += line + "\n";
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + rule;
+        first = code.size() == 2 ? code[0] : '\0';
+    }
+    return line.empty() ? lines : lines + line + "\n";
+}
+
+// A word of a source.
+std::string Word(std::string name)
+{
+    for (char &c : name)
+        if (c == ' ')
+            c = '-';
+    return name;
+}
+
+std::string SourceOf(const ccs::SetRow &set, const Reading &reading, const Rules &changes)
+{
+    const std::string isMade =
+        "#\n"
+        "# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib\n"
+        "# tells it, of the characters that iconv reads as ";
+    const std::string hasAllPairs =
+        "#\n"
+        "# Every pair of bytes is here, in either half. Most are their own upper case:\n"
+        "# the rule keeps the second byte from being taken for the first of a pair.\n";
+    return std::string("# The upper case of ") + set.name + ".\n" + isMade + reading.code +
+           ".\n# A letter whose upper case the set does not have stays as it is.\n" +
+           (set.bytes == 2 ? hasAllPairs : "") + "\nTOUPPER CHARSET " + Word(set.name) + "\n\n" +
+           Lines(set.bytes == 2 ? WholePairs(changes) : changes);
+}
+
+bool Fail(const char *why)
+{
+    std::fprintf(stderr, "generate: %s\n", why);
+    return false;
+}
+
+bool Write(const std::string &path, const std::string &text)
+{
+    GError *error = nullptr;
+    if (g_file_set_contents(path.c_str(), text.data(), static_cast<gssize>(text.size()), &error))
+        return true;
+    Fail(error->message);
+    g_error_free(error);
+    return false;
+}
+
+bool WriteSource(const std::string &directory, const ccs::SetRow &set)
+{
+    const Reading reading = ReadingOf(set);
+    const Rules changes = ChangesOf(CharactersOf(set, reading));
+    if (changes.empty())
+        return Fail((std::string("iconv reads no small letter in ") + set.name).c_str());
+    return Write(directory + "/" + std::to_string(set.number) + ".s",
+                 SourceOf(set, reading, changes));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc != 2) {
+        std::fputs("usage: generate DIRECTORY\n", stderr);
+        return 2;
+    }
+    for (const ccs::SetRow &set : ccs::kSets)
+        if ((set.flags & CS_FLAG_CASE) != 0 && !WriteSource(argv[1], set))
+            return 1;
+    return 0;
+}
