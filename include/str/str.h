@@ -3,6 +3,7 @@
 #ifndef STR_STR_H
 #define STR_STR_H
 
+#include <str/case.h>
 #include <str/casetable.h>
 #include <str/charset.h>
 #include <str/concat.h>

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The universal set in upper case, through the default conversion service.
+#include "tests/support/guarded.h"
+
+#include <gtest/gtest.h>
+#include <platform/cvc.h>
+#include <str/case.h>
+
+#include <climits>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace
+{
+
+using std::string_literals::operator""s;
+
+struct Conversion {
+    const char *from, *to;
+    std::string in;
+    std::optional<std::string> out; // nothing: there is none
+    const char *why;
+};
+
+// clang-format off
+const Conversion kConversions[] = {
+    {"UCS2", "UCS2UP", "\0a\0\xE9"s, "\0A\0\xC9"s, "the more significant byte first"},
+    {"UCS2", "UCS2", "\xFE\xFF\0a"s, "\xFE\xFF\0a"s, "U+FEFF is a character"},
+    {"UCS2", "UCS2UP", "\0\xDF\x03\x90"s, "\0S\0S\x03\x99\x03\x08\x03\x01"s, "longer in upper case"},
+    {"UCS2", "UCS2UP", "\xD8\x01\xDC\x28"s, "\xD8\x01\xDC\x00"s, "beyond U+FFFF"},
+    {"UCS2", "UCS2,8", "\xD8\x3D\xDE\x00"s, "\xF0\x9F\x98\x80", "a pair is one character"},
+    {"UCS2", "UCS2UP,7", "\0a\0\xE9"s, "A+AMk-", "from form to form"},
+    {"UCS2,7", "UCS2UP,7", "caf+AOk- +AGE-", "CAF+AMk A", "one spelling"},
+    {"UCS2,7", "UCS2UP,8", "a+-b", "A+B", "the plus sign"},
+    {"UCS2,8", "UCS2UP,8", "stra\xC3\x9F" "e \xEA\xAD\xB0", "STRASSE \xE1\x8E\xA0", "as GLib does"},
+    {"UCS2,8", "UCS2UP,8", "", "", "the empty text"},
+    {"UCS2,8", "UCS2UP,8", "\xF0\x90\x90\xA8", "\xF0\x90\x90\x80", "beyond U+FFFF"},
+    {"ISO-8859-1", "UCS2UP,8", "\xE9", "\xC3\x89", "a set of the table"},
+    {"UCS2,8", "EUC-JP", "\xE6\x97\xA5", "\xC6\xFC", "a set of the table"},
+    {"UCS2,8", "ISO-8859-1", "\xE6\x97\xA5", {}, "not in the target"},
+    {"UCS2,8", "UCS2", "\xED\xA0\x80", {}, "a surrogate is no character"},
+    {"UCS2,8", "UCS2", "\xF4\x90\x80\x80", {}, "beyond U+10FFFF"},
+    {"UCS2,8", "UCS2", "a\xC3", {}, "half a character"},
+    {"UCS2", "UCS2,8", "\xD8\x01\0a"s, {}, "half a pair, the first"},
+    {"UCS2", "UCS2,8", "\xDC\x01\0a"s, {}, "half a pair, the second"},
+    {"UCS2", "UCS2,8", "\0a\xD8\x01"s, {}, "half a pair at the end"},
+    {"UCS2,7", "UCS2,8", "a\xE9", {}, "a byte that UTF-7 does not have"},
+    {"UCS2,7", "UCS2,8", "abc+", {}, "nothing behind the plus"},
+    {"UCS2,7", "UCS2,8", "a+!", {}, "nor here"},
+    {"UCS2,7", "UCS2,8", "+AGEAYgB+!", "ab~!", "a plus sign that is coded text"},
+    {"UCS2,7", "UCS2,8", "+AG", {}, "half a character"},
+    {"UCS2,7", "UCS2,8", "+2AA", {}, "half a pair"},
+    {"UCS2,7", "UCS2,8", "+AAA-a", {}, "a NUL that is written down"},
+    {"UCS2UP", "UCS2", "\0A"s, {}, "upper case is a target only"},
+    {"UCS2,8", "JIS X 0201", "a", {}, "no name for iconv"},
+    {"UCS2,9", "UCS2,8", "a", {}, "no such set"},
+};
+// clang-format on
+
+std::optional<std::string> Convert(const char *in, int length, const char *from, const char *to)
+{
+    char *result = nullptr;
+    int bytes = -1, details[3];
+    const int answer = cvc_ConvertString(CVC_REQUEST_TEXT, CVC_OPTIONS_NONE, in, length, from, to,
+                                         &result, &bytes, &details[0], &details[1], &details[2]);
+    EXPECT_EQ(answer == 0, result != nullptr);
+    if (result == nullptr) {
+        EXPECT_EQ(bytes, 0);
+        return std::nullopt;
+    }
+    return std::string(result, static_cast<size_t>(bytes));
+}
+
+TEST(Conversion, GoesByTheForms)
+{
+    for (const Conversion &row : kConversions) {
+        // Two NULs end a text of any form.
+        const Guarded text(row.in + '\0');
+        const auto length = static_cast<int>(row.in.size());
+        EXPECT_EQ(Convert(text.c_str(), -1, row.from, row.to), row.out) << row.why;
+        EXPECT_EQ(Convert(text.c_str(), length, row.from, row.to), row.out) << row.why;
+        EXPECT_EQ(Convert(text.c_str(), INT_MAX, row.from, row.to), row.out) << row.why;
+    }
+    EXPECT_EQ(Convert("\0a\0b", 3, "UCS2", "UCS2,8"), std::nullopt) << "half a character";
+    EXPECT_EQ(Convert("abc", 2, "UCS2,8", "UCS2"), "\0a\0b"s) << "a limit";
+    EXPECT_EQ(Convert(nullptr, -1, "UCS2,8", "UCS2"), std::nullopt);
+}
+
+TEST(Conversion, ResultsAreTheThreadsAndMayBeTerminated)
+{
+    int length = 0;
+    char *mine = str_ToUpperUni("ab", -1, &length, 4);
+    std::thread([] { EXPECT_EQ(Convert("cd", -1, "UCS2,8", "UCS2UP,8"), "CD"); }).join();
+    EXPECT_STREQ(mine, "AB");
+    mine[length] = 'x'; // one byte is the caller's
+    const std::string big(100'000, 'a');
+    EXPECT_EQ(std::string(str_ToUpperUni(big.c_str(), -1, &length, 4)), std::string(100'000, 'A'));
+}
+
+// clang-format off
+struct Comparison { const char *s1, *s2; int variant, order; };
+const Comparison kComparisons[] = {
+    {"stra\xC3\x9F" "e", "STRASSE", 4, 0}, {"abc", "ABD", 4, -1}, {"abd", "ABC", 4, 1}, {"", "", 4, 0},
+    {"", "a", 4, -1}, {"a", "", 4, 1}, {nullptr, "a", 4, -1}, {"a", nullptr, 4, 1}, {nullptr, nullptr, 4, 0},
+    {"\xE9", "\xC9", 4, 1}, // malformed: as they stand
+    {"+AOk-", "+AMk", 3, 0}, {"+AOk", "+AOo", 3, -1},
+    {"\x04\x30\0\0", "\x04\x10\0\0", 0, 0}, {"\x04\x30\0\0", "\x04\x31\0\0", 7, -1},
+};
+// clang-format on
+
+TEST(UnicodeComparison, IsCaseBlind)
+{
+    for (const Comparison &row : kComparisons) {
+        const int order = str_strcasecmpUni(row.s1, row.s2, row.variant);
+        EXPECT_EQ((order > 0) - (order < 0), row.order) << (row.s1 ? row.s1 : "null");
+    }
+}
+
+} // namespace
