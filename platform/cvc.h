@@ -20,6 +20,8 @@
  * - gives UTF-7 in one spelling, whichever the source had.
  * - knows the sets of ccs_GetSetInfo that have a name for iconv, too, as sources and as targets.  A
  *   character that the target does not have makes the conversion fail.
+ * - keeps two converters open for each thread, and buffers that grow to its longest texts, until
+ *   the thread ends.
  *
  * Threads: any; the result is the calling thread's.
  */
@@ -37,7 +39,7 @@ extern "C" {
 
 /* Converts the `inLength` bytes at `in` from the set named `from` to the set named `to`.  A NUL
  * character ends the text before that, and alone where `inLength` is negative: a byte of 0, in the
- * two-byte set a pair.
+ * two-byte set a pair.  The text must not lie in an earlier result.
  *
  * `*result` receives the text and `*resultLength` its bytes.  The text belongs to the service,
  * until the next conversion in the same thread; the caller may write to it, and to the one byte

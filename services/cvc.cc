@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Conversion from one character set to another.  iconv, as GLib wraps it, knows the codes; UTF-8 is
-// what every text passes through, since that is what GLib upper-cases.
+// what every text passes through, since that is what GLib upper-cases.  Converters stay open and
+// buffers stay: opening and allocating takes longer than converting a short text.
 #include <platform/cvc.h>
 
 #include <platform/os.h>
@@ -10,6 +11,8 @@
 
 #include <glib.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 
@@ -19,19 +22,50 @@ namespace
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
 
-// What a thread keeps: the buffer of its results, and the text under way, which an escape may have
-// left behind.
-struct Workspace {
-    char *buffer;
+// ---- What a thread keeps ---------------------------------------------------------------------
+
+struct Buffer {
+    char *text;
+    size_t length;
     size_t capacity;
-    gchar *text;
 };
+
+// The names are constant texts, told apart by their addresses.
+struct Converter {
+    const char *from;
+    const char *to;
+    GIConv open; // null: none
+};
+
+struct Workspace {
+    Converter decoder; // to UTF-8
+    Converter encoder; // from UTF-8
+    Buffer decoded;
+    Buffer result;
+    gchar *upper; // until it is encoded, or the next conversion when an escape came between
+};
+
+void Close(Converter *converter)
+{
+    if (converter->open != nullptr)
+        g_iconv_close(converter->open);
+    converter->open = nullptr;
+}
+
+void HoldUpper(Workspace *workspace, gchar *upper)
+{
+    g_free(workspace->upper);
+    workspace->upper = upper;
+}
 
 void Release(gpointer data)
 {
     auto *const workspace = static_cast<Workspace *>(data);
-    g_free(workspace->text);
-    os_free(workspace->buffer);
+    Close(&workspace->decoder);
+    Close(&workspace->encoder);
+    os_free(workspace->decoded.text);
+    os_free(workspace->result.text);
+    HoldUpper(workspace, nullptr);
     os_free(workspace);
 }
 
@@ -42,32 +76,13 @@ Workspace *OfThread()
     auto *workspace = static_cast<Workspace *>(g_private_get(&theWorkspace));
     if (workspace == nullptr) {
         workspace = static_cast<Workspace *>(os_malloc(sizeof *workspace));
-        *workspace = {nullptr, 0, nullptr};
+        *workspace = {};
         g_private_set(&theWorkspace, workspace);
     }
     return workspace;
 }
 
-void Hold(Workspace *workspace, gchar *text)
-{
-    g_free(workspace->text);
-    workspace->text = text;
-}
-
-// Moves the text under way, of `length` bytes, to the buffer, where it has room for a NUL of two
-// bytes behind it.
-char *Keep(Workspace *workspace, size_t length)
-{
-    const size_t need = length + 2;
-    if (need > workspace->capacity) {
-        workspace->buffer = static_cast<char *>(os_realloc(workspace->buffer, need));
-        workspace->capacity = need;
-    }
-    std::memcpy(workspace->buffer, workspace->text, length);
-    std::memset(workspace->buffer + length, 0, 2);
-    Hold(workspace, nullptr);
-    return workspace->buffer;
-}
+// ---- Sets ------------------------------------------------------------------------------------
 
 struct Set {
     const char *name;
@@ -108,56 +123,126 @@ size_t LengthOf(const Set &set, const char *text, int limit)
     return length + 1 == most ? most : length; // with half a character at the limit
 }
 
-gchar *ToUtf8(const Set &set, const char *in, size_t length, gsize *written)
+// ---- Converting ------------------------------------------------------------------------------
+
+struct Bytes {
+    const char *text; // null: malformed
+    size_t length;
+};
+
+void MakeRoom(Buffer *buffer, size_t more)
 {
-    return g_convert(in, static_cast<gssize>(length), kUtf8, set.iconv, nullptr, written, nullptr);
+    const size_t need = buffer->length + more;
+    if (need <= buffer->capacity)
+        return;
+    const size_t capacity = std::max(need, buffer->capacity * 2);
+    buffer->text = static_cast<char *>(os_realloc(buffer->text, capacity));
+    buffer->capacity = capacity;
+}
+
+// Readies the converter for a new text; false when iconv does not know the codes.
+bool Open(Converter *converter, const char *from, const char *to)
+{
+    if (converter->from == from && converter->to == to && converter->open != nullptr) {
+        g_iconv(converter->open, nullptr, nullptr, nullptr, nullptr);
+        return true;
+    }
+    Close(converter);
+    const GIConv opened = g_iconv_open(to, from);
+    if (opened == reinterpret_cast<GIConv>(-1))
+        return false;
+    *converter = {from, to, opened};
+    return true;
+}
+
+// Appends what the bytes become; for null, what ends the text.  False when they are malformed.
+bool Append(Buffer *out, const Converter &converter, const char *in, size_t left)
+{
+    constexpr size_t kSpare = 16; // more than any character or ending takes
+    constexpr auto kStopped = static_cast<size_t>(-1);
+    char *from = const_cast<char *>(in);
+    for (;;) {
+        MakeRoom(out, left + kSpare);
+        char *to = out->text + out->length;
+        size_t room = out->capacity - out->length;
+        const size_t answer =
+            g_iconv(converter.open, in == nullptr ? nullptr : &from, &left, &to, &room);
+        out->length = out->capacity - room;
+        if (answer != kStopped)
+            return true;
+        if (errno != E2BIG)
+            return false;
+    }
 }
 
 bool IsBase64(char byte) { return g_ascii_isalnum(byte) || byte == '+' || byte == '/'; }
 
-// Whether a plus sign of UTF-7 text, which something else follows, neither begins anything coded nor
-// stands for itself.
-bool HasEmptyRun(const char *line, size_t length)
+// Whether a plus sign of UTF-7 text neither begins anything coded nor stands for itself.
+bool HasEmptyRun(Bytes in)
 {
     bool coded = false;
-    for (const char *end = line + length; line < end; ++line) {
-        const bool begins = !coded && *line == '+';
-        if (begins && line[1] != '-' && !IsBase64(line[1]))
+    for (size_t i = 0; i < in.length; ++i) {
+        const bool begins = !coded && in.text[i] == '+';
+        const char next = i + 1 < in.length ? in.text[i + 1] : '\0';
+        if (begins && next != '-' && !IsBase64(next))
             return true;
-        coded = begins || (coded && IsBase64(*line));
+        coded = begins || (coded && IsBase64(in.text[i]));
     }
     return false;
 }
 
 // iconv passes over such a plus sign.  Nor does it object to a character that the end of the text
 // cuts off, but to what then comes behind it: a line feed, which is taken away again.
-gchar *Utf7ToUtf8(const Set &set, const char *in, size_t length, gsize *written)
+bool EndUtf7(Workspace *workspace, Bytes in)
 {
-    auto *const line = static_cast<gchar *>(g_malloc(length + 1));
-    std::memcpy(line, in, length);
-    line[length] = '\n';
-    gchar *const text =
-        HasEmptyRun(line, length) ? nullptr : ToUtf8(set, line, length + 1, written);
-    g_free(line);
-    if (text != nullptr)
-        text[--*written] = '\0';
-    return text;
+    if (HasEmptyRun(in) || !Append(&workspace->decoded, workspace->decoder, "\n", 1))
+        return false;
+    --workspace->decoded.length;
+    return true;
 }
 
-// Leaves the converted text under way and its bytes in `length`; false when there is none.
-bool Convert(Workspace *workspace, const Set &source, const Set &target, const char *in,
-             size_t inLength, gsize *length)
+Bytes ToUtf8(Workspace *workspace, const Set &source, Bytes in)
 {
-    const auto toUtf8 = source.iconv == kUtf7 ? Utf7ToUtf8 : ToUtf8;
-    Hold(workspace, toUtf8(source, in, inLength, length));
+    if (source.iconv == kUtf8)
+        return in;
+    workspace->decoded.length = 0;
+    if (!Open(&workspace->decoder, source.iconv, kUtf8) ||
+        !Append(&workspace->decoded, workspace->decoder, in.text, in.length) ||
+        (source.iconv == kUtf7 && !EndUtf7(workspace, in)))
+        return {nullptr, 0};
+    return {workspace->decoded.text, workspace->decoded.length};
+}
+
+bool FromUtf8(Workspace *workspace, const Set &target, Bytes text)
+{
+    Buffer *const result = &workspace->result;
+    result->length = 0;
+    if (target.iconv == kUtf8) {
+        MakeRoom(result, text.length);
+        std::memcpy(result->text, text.text, text.length);
+        result->length = text.length;
+        return true;
+    }
+    return Open(&workspace->encoder, kUtf8, target.iconv) &&
+           Append(result, workspace->encoder, text.text, text.length) &&
+           Append(result, workspace->encoder, nullptr, 0);
+}
+
+// Leaves the converted text in the workspace; false when there is none.
+bool Convert(Workspace *workspace, const Set &source, const Set &target, Bytes in)
+{
+    Bytes text = ToUtf8(workspace, source, in);
     // Not all that iconv lets through is a character; and a NUL among them would end the text.
-    if (workspace->text == nullptr ||
-        g_utf8_validate(workspace->text, static_cast<gssize>(*length), nullptr) == FALSE)
+    const auto length = static_cast<gssize>(text.length);
+    if (text.text == nullptr || g_utf8_validate(text.text, length, nullptr) == FALSE)
         return false;
-    if (target.upper)
-        Hold(workspace, g_utf8_strup(workspace->text, -1));
-    Hold(workspace, g_convert(workspace->text, -1, target.iconv, kUtf8, nullptr, length, nullptr));
-    return workspace->text != nullptr && *length <= INT_MAX;
+    if (target.upper) {
+        HoldUpper(workspace, g_utf8_strup(text.text, length));
+        text = {workspace->upper, std::strlen(workspace->upper)};
+    }
+    const bool converted = FromUtf8(workspace, target, text);
+    HoldUpper(workspace, nullptr);
+    return converted && workspace->result.length <= INT_MAX;
 }
 
 } // namespace
@@ -174,11 +259,13 @@ int cvc_ConvertString(int, int, const char *in, int inLength, const char *from, 
     if (in == nullptr || source.iconv == nullptr || source.upper || target.iconv == nullptr)
         return kFailed;
     Workspace *const workspace = OfThread();
-    gsize length = 0;
-    if (!Convert(workspace, source, target, in, LengthOf(source, in, inLength), &length))
+    if (!Convert(workspace, source, target, {in, LengthOf(source, in, inLength)}))
         return kFailed;
-    *result = Keep(workspace, length);
-    *resultLength = static_cast<int>(length);
+    Buffer *const converted = &workspace->result;
+    MakeRoom(converted, 2);
+    std::memset(converted->text + converted->length, 0, 2);
+    *result = converted->text;
+    *resultLength = static_cast<int>(converted->length);
     return kDone;
 }
 
