@@ -1,14 +1,58 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Case conversion.
+ *
+ * Each character set with case has a case table (str/casetable.h), which is found, and compiled or
+ * loaded, on the set's first use.  Text without a table has no case and stays as it is.
  */
 #ifndef STR_CASE_H
 #define STR_CASE_H
+
+#include <str/casetable.h>
+#include <str/charset.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
+
+/* ---- Texts --------------------------------------------------------------------------------- */
+
+/* The upper case of the `len` bytes at `str`, or up to its NUL when `len` is negative; a NUL before
+ * `len` ends the text too.  `*outLen` receives the bytes of the result, without the NUL behind it.
+ *
+ * In a text that switches sets each segment takes the table of its own set, unless the text's set
+ * has CS_FLAG_UNIFORM and CS_FLAG_CASE: then the text's own serves all.  Escape sequences and raw
+ * bytes stay as they are.  The result may be longer than the text.  UTF-8 is GLib's to upper-case
+ * (g_utf8_strup, in the locale of the process).
+ *
+ * The result belongs to the library until the next call; the caller does not release it.  One call
+ * at a time may run in a process.
+ *
+ * Returns null, and leaves `*outLen` as it is, for malformed UTF-8, and when an escape of class 5
+ * ended the work, which is logged (23816).  Other escapes go on to the caller's environment; those
+ * of class 3, such as OS_ESC_MEMORY, are among them. */
+char *str_ToUpper(const char *str, int len, int *outLen, const CSDescriptor *cs);
+
+/* ---- One set ------------------------------------------------------------------------------- */
+
+/* Stores the case table of the set in `*table`, good until another set's is added, and returns 1;
+ * returns 0 and stores nothing when the set has none.  On the first use of a set the table is
+ * compiled or loaded: see str_InitCaseTables. */
+int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table);
+
+/* The upper case of the one character at `in`, where `avail` bytes of the same run begin.  Writes
+ * its one or two bytes to `out`, and their number to `*outLen`; returns the bytes it was made from,
+ * 1 or 2.  A byte without a rule is a character of its own and stays as it is. */
+int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *table,
+                    unsigned char *out, int *outLen);
+
+/* Appends the upper case of the `len` bytes at `in`, of one run, to the library's upper-case buffer:
+ * `buf`, of `*capacity` bytes, the first `*used` of them in use.  Begin with all three null and 0.
+ * Returns the buffer, which may have moved, and updates both counts; no NUL is written.  The buffer
+ * is that of str_ToUpper, so each overwrites what the other left there. */
+unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableRecord *table,
+                           unsigned char *buf, unsigned int *used, unsigned int *capacity);
 
 /* ---- The universal set ---------------------------------------------------------------------
  *

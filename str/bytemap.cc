@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Byte maps: one look-up a byte, and on x86-64 with AVX2 all rows of the map at once.
+//
+// A row is 16 entries of the map, which one shuffle looks up for 32 bytes.  Most rows of a case
+// table leave all of their bytes as they are and cost nothing, so a map takes as many shuffles as
+// it has rows with letters.
+#include "str/bytemap.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#define STR_VECTOR __attribute__((target("avx2")))
+#endif
+
+namespace
+{
+
+#if defined(__x86_64__)
+
+constexpr size_t kBlock = 32;
+
+bool CanUseBlocks(size_t length) { return length >= kBlock && __builtin_cpu_supports("avx2") != 0; }
+
+STR_VECTOR void FindRows(ByteMap *map)
+{
+    map->rows = 0;
+    const __m128i steps = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+    for (int first = 0; first < 256; first += 16) {
+        __m128i row;
+        std::memcpy(&row, map->upper + first, sizeof row);
+        row ^= steps + _mm_set1_epi8(static_cast<char>(first));
+        if (_mm_testz_si128(row, row) != 0)
+            continue;
+        map->first[map->rows] = static_cast<uint8_t>(first);
+        std::memcpy(map->change[map->rows++], &row, sizeof row);
+    }
+}
+
+// The entries of 32 bytes.  Of each row, only bytes that lie in it stay below 0x80 and so have an
+// entry in the shuffle.
+STR_VECTOR inline void MapBlock(const ByteMap &map, const uint8_t *in, __m256i *out)
+{
+    __m256i bytes;
+    std::memcpy(&bytes, in, sizeof bytes);
+    __m256i mapped = bytes;
+    for (int row = 0; row < map.rows; ++row) {
+        const __m256i offsets = bytes ^ _mm256_set1_epi8(static_cast<char>(map.first[row]));
+        const __m256i places = _mm256_adds_epu8(offsets, _mm256_set1_epi8(0x70));
+        __m128i change;
+        std::memcpy(&change, map.change[row], sizeof change);
+        mapped ^= _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(change), places);
+    }
+    *out = mapped;
+}
+
+// How many bytes come before the first that is flagged, 32 for none.
+STR_VECTOR inline size_t Before(__m256i flags)
+{
+    return static_cast<size_t>(
+        std::countr_zero(static_cast<uint32_t>(_mm256_movemask_epi8(flags))));
+}
+
+// Where the next block begins: the last one ends with the bytes, and may do some of them again.
+inline size_t NextBlock(size_t at, size_t length) { return std::min(at + kBlock, length - kBlock); }
+
+STR_VECTOR size_t MapBlocks(ByteMap *map, const uint8_t *in, size_t length, uint8_t *out)
+{
+    if (map->rows == ByteMap::kUnknown)
+        FindRows(map);
+    for (size_t at = 0;; at = NextBlock(at, length)) {
+        __m256i mapped;
+        MapBlock(*map, in + at, &mapped);
+        const size_t before = Before(_mm256_cmpeq_epi8(mapped, _mm256_setzero_si256()));
+        if (before != kBlock) {
+            std::memcpy(out + at, &mapped, before);
+            return at + before;
+        }
+        std::memcpy(out + at, &mapped, kBlock);
+        if (at + kBlock == length)
+            return length;
+    }
+}
+
+STR_VECTOR size_t MappedAlikeBlocks(ByteMap *map, const uint8_t *a, const uint8_t *b, size_t length)
+{
+    if (map->rows == ByteMap::kUnknown)
+        FindRows(map);
+    for (size_t at = 0;; at = NextBlock(at, length)) {
+        __m256i mappedA;
+        __m256i mappedB;
+        MapBlock(*map, a + at, &mappedA);
+        MapBlock(*map, b + at, &mappedB);
+        const __m256i stops = _mm256_cmpeq_epi8(mappedA, _mm256_setzero_si256());
+        const __m256i alike = _mm256_andnot_si256(stops, _mm256_cmpeq_epi8(mappedA, mappedB));
+        const size_t before = Before(~alike);
+        if (before != kBlock)
+            return at + before;
+        if (at + kBlock == length)
+            return length;
+    }
+}
+
+#else
+
+bool CanUseBlocks(size_t) { return false; }
+
+size_t MapBlocks(ByteMap *, const uint8_t *, size_t, uint8_t *) { return 0; }
+
+size_t MappedAlikeBlocks(ByteMap *, const uint8_t *, const uint8_t *, size_t) { return 0; }
+
+#endif
+
+} // namespace
+
+size_t MapBytes(ByteMap *map, const uint8_t *in, size_t length, uint8_t *out)
+{
+    size_t done = CanUseBlocks(length) ? MapBlocks(map, in, length, out) : 0;
+    for (; done < length; ++done) {
+        const uint8_t upper = map->upper[in[done]];
+        if (upper == 0)
+            break;
+        out[done] = upper;
+    }
+    return done;
+}
+
+size_t MappedAlike(ByteMap *map, const uint8_t *a, const uint8_t *b, size_t length)
+{
+    size_t done = CanUseBlocks(length) ? MappedAlikeBlocks(map, a, b, length) : 0;
+    for (; done < length; ++done) {
+        const uint8_t upper = map->upper[a[done]];
+        if (upper == 0 || upper != map->upper[b[done]])
+            break;
+    }
+    return done;
+}
