@@ -130,6 +130,17 @@ Rules WholePairs(const Rules &changes)
     return rules;
 }
 
+// The changes, and the other characters of two bytes as they are: without a rule such a character
+// would be two, and no small letter's upper case.
+Rules WholeCharacters(const Rules &changes, const Characters &characters)
+{
+    Rules rules = changes;
+    for (const auto &[code, character] : characters)
+        if (code.size() == 2)
+            rules.emplace(code, code);
+    return rules;
+}
+
 // ---- The file -----------------------------------------------------------------------------------
 
 // In the notation of platform/enc.h.
@@ -177,7 +188,7 @@ std::string Word(std::string name)
     return name;
 }
 
-std::string SourceOf(const ccs::SetRow &set, const Reading &reading, const Rules &changes)
+std::string SourceOf(const ccs::SetRow &set, const Reading &reading, const Rules &rules)
 {
     const std::string isMade =
         "#\n"
@@ -190,7 +201,7 @@ std::string SourceOf(const ccs::SetRow &set, const Reading &reading, const Rules
     return std::string("# The upper case of ") + set.name + ".\n" + isMade + reading.code +
            ".\n# A letter whose upper case the set does not have stays as it is.\n" +
            (set.bytes == 2 ? hasAllPairs : "") + "\nTOUPPER CHARSET " + Word(set.name) + "\n\n" +
-           Lines(set.bytes == 2 ? WholePairs(changes) : changes);
+           Lines(rules);
 }
 
 bool Fail(const char *why)
@@ -212,11 +223,14 @@ bool Write(const std::string &path, const std::string &text)
 bool WriteSource(const std::string &directory, const ccs::SetRow &set)
 {
     const Reading reading = ReadingOf(set);
-    const Rules changes = ChangesOf(CharactersOf(set, reading));
+    const Characters characters = CharactersOf(set, reading);
+    const Rules changes = ChangesOf(characters);
     if (changes.empty())
         return Fail((std::string("iconv reads no small letter in ") + set.name).c_str());
-    return Write(directory + "/" + std::to_string(set.number) + ".s",
-                 SourceOf(set, reading, changes));
+    return Write(
+        directory + "/" + std::to_string(set.number) + ".s",
+        SourceOf(set, reading,
+                 set.bytes == 2 ? WholePairs(changes) : WholeCharacters(changes, characters)));
 }
 
 } // namespace
