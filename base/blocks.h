@@ -7,6 +7,8 @@
 //     Low7      clears the top bits
 //     Equal     flags the bytes of one value
 //     Controls  flags the bytes whose low seven bits are below 0x20
+//     Differ    flags the bytes that two blocks do not have alike
+//     Lower     makes small letters of the capital letters of ASCII
 //     Mask      of the flags; a byte of 0x80 and above is a flag too
 //
 // Flags are blocks again and go together by |; what stands below the top bit of a flag is void.
@@ -69,6 +71,15 @@ inline Block Controls(Block block) { return Equal(block & _mm_set1_epi8(0x60), 0
 
 inline Block Low7(Block block) { return block & _mm_set1_epi8(0x7F); }
 
+inline Block Differ(Block a, Block b) { return ~_mm_cmpeq_epi8(a, b); }
+
+inline Block Lower(Block block)
+{
+    const Block capital = _mm_and_si128(_mm_cmpgt_epi8(block, _mm_set1_epi8('A' - 1)),
+                                        _mm_cmplt_epi8(block, _mm_set1_epi8('Z' + 1)));
+    return block | (capital & _mm_set1_epi8('a' - 'A'));
+}
+
 inline uint32_t Mask(Block flags) { return static_cast<uint32_t>(_mm_movemask_epi8(flags)); }
 
 #else
@@ -88,6 +99,19 @@ inline Block Equal(Block block, char byte)
 }
 
 inline Block Controls(Block block) { return ~(block << 1 | block << 2); }
+
+inline Block Differ(Block a, Block b)
+{
+    const Block differ = a ^ b;
+    return (Low7(differ) + kOnes * 0x7F) | differ;
+}
+
+inline Block Lower(Block block)
+{
+    const Block low = Low7(block);
+    const Block capital = (low + kOnes * (0x80 - 'A')) & ~(low + kOnes * (0x7F - 'Z')) & ~block;
+    return block | (capital >> 2 & kOnes * ('a' - 'A'));
+}
 
 // Gathers the top bits: the product shifts each to a place of its own.
 inline uint32_t Mask(Block flags)

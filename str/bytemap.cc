@@ -25,18 +25,28 @@ constexpr size_t kBlock = 32;
 
 bool CanUseBlocks(size_t length) { return length >= kBlock && __builtin_cpu_supports("avx2") != 0; }
 
+STR_VECTOR inline void AddRow(ByteMap *map, int first, __m128i change)
+{
+    if (_mm_testz_si128(change, change) != 0)
+        return;
+    map->first[map->rows] = static_cast<uint8_t>(first);
+    std::memcpy(map->change[map->rows++], &change, sizeof change);
+}
+
 STR_VECTOR void FindRows(ByteMap *map)
 {
     map->rows = 0;
-    const __m128i steps = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-    for (int first = 0; first < 256; first += 16) {
-        __m128i row;
-        std::memcpy(&row, map->upper + first, sizeof row);
-        row ^= steps + _mm_set1_epi8(static_cast<char>(first));
-        if (_mm_testz_si128(row, row) != 0)
+    const __m256i steps =
+        _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20,
+                         21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
+    for (int first = 0; first < 256; first += 32) {
+        __m256i rows;
+        std::memcpy(&rows, map->upper + first, sizeof rows);
+        rows ^= steps | _mm256_set1_epi8(static_cast<char>(first));
+        if (_mm256_testz_si256(rows, rows) != 0)
             continue;
-        map->first[map->rows] = static_cast<uint8_t>(first);
-        std::memcpy(map->change[map->rows++], &row, sizeof row);
+        AddRow(map, first, _mm256_castsi256_si128(rows));
+        AddRow(map, first + 16, _mm256_extracti128_si256(rows, 1));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <str/case.h>
 #include <str/casetable.h>
 #include <str/charset.h>
+#include <str/compare.h>
 #include <str/concat.h>
 #include <str/display.h>
 #include <str/split.h>

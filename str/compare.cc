@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The equality engines: two texts, each in a set of its own, hold the same characters or not.
+#include "str/compare_utf8.h"
+#include "str/comparison.h"
+#include "str/utf8.h"
+
+namespace
+{
+
+// The walk of the first string, over the list of its segments.
+struct {
+    const CSSegment *list;
+    int count;
+    int index;
+    unsigned int size; // of the segment answered last
+    const char *str;
+} theListWalk;
+
+// The walk of the second, step by step.
+SegmentWalk theStepWalk;
+
+bool TakesPart(uint16_t kind) { return IsText(kind) || kind == CS_SEG_RAW || kind == CS_SEG_END; }
+
+} // namespace
+
+const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
+                                unsigned int *segLen, uint16_t *kind, unsigned int *offset)
+{
+    auto &walk = theListWalk;
+    if (first) {
+        walk = {nullptr, 0, 0, 0, str};
+        walk.list = ccs_GetAllStrs(cs, str, len, &walk.count);
+        *offset = 0;
+    } else {
+        ++walk.index;
+        *offset += walk.size;
+    }
+    while (walk.index < walk.count && !TakesPart(walk.list[walk.index].kind))
+        *offset += walk.list[walk.index++].length;
+    if (walk.index < walk.count) {
+        *kind = walk.list[walk.index].kind;
+        *segLen = walk.size = walk.list[walk.index].length;
+    } else {
+        *kind = CS_SEG_END;
+    }
+    return walk.str + *offset;
+}
+
+const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
+                              unsigned int *segLen, uint16_t *kind, unsigned int *offset)
+{
+    SegmentWalk &walk = theStepWalk;
+    if (first) {
+        walk = WalkSegments(str, cs, len);
+        *offset = 0;
+    }
+    do {
+        *offset += walk.size;
+        NextSegment(&walk);
+    } while (!TakesPart(walk.kind));
+    *kind = walk.kind;
+    *segLen = walk.size;
+    return walk.at;
+}
+
+bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
+{
+    if (kind1 == kind2) {
+        *common = kind1;
+        return true;
+    }
+    if (kind1 == CS_SEG_RAW || kind2 == CS_SEG_RAW)
+        return false;
+    const CSDescriptor cs1 = {kind1, 0};
+    const CSDescriptor cs2 = {kind2, 0};
+    const uint32_t flags1 = ccs_GetCSFlags(&cs1);
+    const uint32_t flags2 = ccs_GetCSFlags(&cs2);
+    if ((flags1 & CS_FLAG_ASCII) != 0 && (flags2 & CS_FLAG_ASCII_SUPERSET) != 0)
+        *common = kind2;
+    else if ((flags2 & CS_FLAG_ASCII) != 0 && (flags1 & CS_FLAG_ASCII_SUPERSET) != 0)
+        *common = kind1;
+    else
+        return false;
+    return true;
+}
+
+const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind)
+{
+    const CSDescriptor cs = {kind, 0};
+    CaseTableRecord *table = nullptr;
+    str_GetTouTable(&cs, &table);
+    return table;
+}
+
+namespace
+{
+
+// How far a comparison goes: to the end, or through so many bytes of each string, or through so
+// many characters.
+struct Extent {
+    enum { toEnd, bytes, characters } unit;
+    unsigned int bytes1;
+    unsigned int bytes2;
+    unsigned int chars;
+};
+
+// A limit of 2^31 and more is none.
+bool IsLimit(unsigned int limit) { return limit <= INT32_MAX; }
+
+struct Compared {
+    Side side;
+    unsigned int limit; // bytes of the string that count; UINT32_MAX for all
+};
+
+void Fetch(Compared *string, bool first)
+{
+    FetchSegment(&string->side, first);
+    if (string->side.offset < string->limit)
+        string->side.left = std::min(string->side.left, string->limit - string->side.offset);
+}
+
+bool HasEnded(const Compared &string)
+{
+    return string.side.kind == CS_SEG_END || string.side.offset >= string.limit;
+}
+
+// All of what counts has been passed.
+bool IsComplete(const Compared &string)
+{
+    return string.limit == UINT32_MAX ? string.side.kind == CS_SEG_END
+                                      : string.side.offset >= string.limit;
+}
+
+Compared Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool plain,
+               decltype(&NextSegmentFromList) walker)
+{
+    const bool limited = IsLimit(limit);
+    Compared string = {};
+    string.limit = limited ? limit : UINT32_MAX;
+    string.side.next = plain ? nullptr : walker;
+    string.side.cs = cs;
+    string.side.str = str;
+    string.side.length = limited ? static_cast<int>(limit) : -1;
+    if (plain)
+        string.side.length = Signed(static_cast<unsigned int>(strnlen(str, string.limit)));
+    Fetch(&string, true);
+    return string;
+}
+
+// Both strings are in one set of single bytes throughout, so each is one segment.
+bool AreOnePlainSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
+{
+    return cs1->csNum == cs2->csNum && cs1->escMode == 0 && cs2->escMode == 0 &&
+           IsPlainByteSet(cs1);
+}
+
+bool Differ(const UpShifted &upper1, const UpShifted &upper2)
+{
+    return upper1.written != upper2.written || upper1.bytes[0] != upper2.bytes[0] ||
+           (upper1.written == 2 && upper1.bytes[1] != upper2.bytes[1]);
+}
+
+// What a run has passed on each side, and in characters where they are counted.
+struct Steps {
+    int step1;
+    int step2;
+    int chars;
+};
+
+int CompareUpShiftedRun(const char *p1, const char *p2, int avail1, int avail2, int charLimit,
+                        const CaseTableRecord *table, Steps *steps)
+{
+    return CompareRunInUpperCase(p1, p2, avail1, avail2, charLimit, table, &steps->step1,
+                                 &steps->step2, &steps->chars,
+                                 [](const UpShifted &upper1, const UpShifted &upper2) {
+                                     return Differ(upper1, upper2) ? 1 : 0;
+                                 });
+}
+
+int CompareCharRun(const char *p1, const char *p2, int bytes, int charLimit, const CSDescriptor *cs,
+                   Steps *steps)
+{
+    int done = 0;
+    int left = charLimit;
+    while (done < bytes && left > 0) {
+        int length = 0;
+        const bool counts = ccs_GetNextCharLen(p1 + done, bytes - done, &length, cs) != 0;
+        length = std::clamp(length, 1, bytes - done);
+        if (std::memcmp(p1 + done, p2 + done, static_cast<size_t>(length)) != 0)
+            return 1;
+        done += length;
+        left -= counts ? 1 : 0;
+    }
+    *steps = {done, done, charLimit - left};
+    return 0;
+}
+
+// Compares the run up to the nearer end of the two segments: 0 for alike.
+int CompareRun(const Side &side1, const Side &side2, bool caseless, uint16_t common, bool byChars,
+               int charLimit, Steps *steps)
+{
+    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
+    if (table != nullptr)
+        return CompareUpShiftedRun(side1.at, side2.at, Signed(side1.left), Signed(side2.left),
+                                   charLimit, table, steps);
+    const int bytes = Signed(std::min(side1.left, side2.left));
+    if (byChars) {
+        const CSDescriptor cs = {common, 0};
+        return CompareCharRun(side1.at, side2.at, bytes, charLimit < 0 ? INT32_MAX : charLimit, &cs,
+                              steps);
+    }
+    *steps = {bytes, bytes, 0};
+    return std::strncmp(side1.at, side2.at, static_cast<size_t>(bytes)) != 0 ? 1 : 0;
+}
+
+// The same as Compare to the end, for two strings of one plain set, the most frequent of all.
+int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
+{
+    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(kind) : nullptr;
+    if (table == nullptr)
+        return std::strcmp(s1, s2) != 0 ? 1 : 0;
+    const int length1 = Signed(static_cast<unsigned int>(std::strlen(s1)));
+    const int length2 = Signed(static_cast<unsigned int>(std::strlen(s2)));
+    Steps steps = {0, 0, 0};
+    const int differ = CompareUpShiftedRun(s1, s2, length1, length2, -1, table, &steps);
+    return differ == 0 && steps.step1 == length1 && steps.step2 == length2 ? 0 : 1;
+}
+
+// 0 when the texts are equal as far as the extent goes, else 1.
+int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *cs1,
+            const CSDescriptor *cs2, const Extent &extent)
+{
+    const bool plain = AreOnePlainSet(cs1, cs2);
+    if (plain && extent.unit == Extent::toEnd)
+        return ComparePlain(s1, s2, caseless, cs1->csNum);
+    Compared string1 = Begin(s1, cs1, extent.bytes1, plain, NextSegmentFromList);
+    Compared string2 = Begin(s2, cs2, extent.bytes2, plain, NextSegmentByWalk);
+    Side &side1 = string1.side;
+    Side &side2 = string2.side;
+
+    const bool byChars = extent.unit == Extent::characters;
+    const bool counted = byChars && IsLimit(extent.chars);
+    unsigned int chars = 0;
+    uint16_t common = CS_SEG_NONE;
+    bool equal = EquivalentSegmentSets(side1.kind, side2.kind, &common);
+    const auto goesOn = [&] {
+        return equal && !HasEnded(string1) && !HasEnded(string2) &&
+               !(counted && chars >= extent.chars);
+    };
+    while (goesOn()) {
+        Steps steps = {0, 0, 0};
+        const int charLimit = counted ? static_cast<int>(extent.chars - chars) : -1;
+        equal = CompareRun(side1, side2, caseless, common, byChars, charLimit, &steps) == 0;
+        if (!equal)
+            break;
+        chars += static_cast<unsigned int>(steps.chars);
+        Advance(&side1, steps.step1);
+        Advance(&side2, steps.step2);
+        if (side1.left == 0)
+            Fetch(&string1, false);
+        if (side2.left == 0)
+            Fetch(&string2, false);
+        if (goesOn())
+            equal = EquivalentSegmentSets(side1.kind, side2.kind, &common);
+    }
+    if (counted)
+        return equal && chars >= extent.chars ? 0 : 1;
+    return equal && IsComplete(string1) && IsComplete(string2) ? 0 : 1;
+}
+
+bool IsEmpty(const char *str) { return *str == '\0'; }
+
+int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescriptor *cs1,
+                const CSDescriptor *cs2)
+{
+    if (cs1->csNum != cs2->csNum)
+        return 1;
+    const bool equal = caseless ? AreAlikeFolded(s1, s2) : std::strcmp(s1, s2) == 0;
+    return equal ? 0 : 1;
+}
+
+} // namespace
+
+int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
+                       const CSDescriptor *cs2)
+{
+    if (IsEmpty(s1) || IsEmpty(s2))
+        return IsEmpty(s1) && IsEmpty(s2) ? 0 : 1;
+    if (IsUtf8(cs1) || IsUtf8(cs2))
+        return CompareUtf8(s1, s2, caseless != 0, cs1, cs2);
+    return Compare(s1, s2, caseless != 0, cs1, cs2, {Extent::toEnd, UINT32_MAX, UINT32_MAX, 0});
+}
+
+int str_DoCompareByByteLen(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
+                           int caseless, const CSDescriptor *cs1, const CSDescriptor *cs2)
+{
+    if ((IsEmpty(s1) && IsEmpty(s2)) || (bytes1 == 0 && bytes2 == 0))
+        return 0;
+    if (IsEmpty(s1) || IsEmpty(s2) || bytes1 == 0 || bytes2 == 0)
+        return 1;
+    return Compare(s1, s2, caseless != 0, cs1, cs2, {Extent::bytes, bytes1, bytes2, 0});
+}
+
+int str_DoCompareByCharLen(const char *s1, const char *s2, unsigned int chars, int caseless,
+                           const CSDescriptor *cs1, const CSDescriptor *cs2)
+{
+    if ((IsEmpty(s1) && IsEmpty(s2)) || chars == 0)
+        return 0;
+    if (IsEmpty(s1) || IsEmpty(s2))
+        return 1;
+    return Compare(s1, s2, caseless != 0, cs1, cs2,
+                   {Extent::characters, UINT32_MAX, UINT32_MAX, chars});
+}

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The order of two texts, each in a set of its own.
+#include "str/comparison.h"
+
+namespace
+{
+
+// An upper-cased character as the order takes it: its bytes are signed, so that those of 0x80 and
+// above come before all others.
+int OrderValue(const UpShifted &upper)
+{
+    const int first = static_cast<int8_t>(upper.bytes[0]);
+    return upper.written == 1 ? first : first * 256 + static_cast<int8_t>(upper.bytes[1]);
+}
+
+int OrderUpShiftedRun(const char *p1, const char *p2, int avail1, int avail2, int charLimit,
+                      const CaseTableRecord *table, int *step1, int *step2, int *chars)
+{
+    return CompareRunInUpperCase(p1, p2, avail1, avail2, charLimit, table, step1, step2, chars,
+                                 [](const UpShifted &upper1, const UpShifted &upper2) {
+                                     return OrderValue(upper1) - OrderValue(upper2);
+                                 });
+}
+
+// The last byte of a set's designation; 0 for none.
+int FinalByte(const CSDescriptor *cs)
+{
+    const char *const designation = ccs_GetDesignation(cs, 1);
+    if (designation == nullptr || *designation == '\0')
+        return 0;
+    return static_cast<int8_t>(designation[std::strlen(designation) - 1]);
+}
+
+// The order of two sets whose texts cannot be compared: sets of single bytes first, then by their
+// designations, then by number.
+int OrderOfSets(uint16_t kind1, uint16_t kind2)
+{
+    const CSDescriptor cs1 = {kind1, 0};
+    const CSDescriptor cs2 = {kind2, 0};
+    const bool bytes1 = (ccs_GetCSFlags(&cs1) & CS_FLAG_BYTE) != 0;
+    const bool bytes2 = (ccs_GetCSFlags(&cs2) & CS_FLAG_BYTE) != 0;
+    if (bytes1 != bytes2)
+        return bytes1 ? -1 : 1;
+    const int difference = FinalByte(&cs1) - FinalByte(&cs2);
+    return difference != 0 ? difference : static_cast<int16_t>(kind1) - static_cast<int16_t>(kind2);
+}
+
+// What comes first of two, when one or both of them have ended.
+int OrderOfEnds(bool ended1, bool ended2) { return ended1 && ended2 ? 0 : ended1 ? -1 : 1; }
+
+int OrderRun(const Side &side1, const Side &side2, bool caseless, uint16_t common, int *step1,
+             int *step2)
+{
+    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
+    if (table != nullptr)
+        return OrderUpShiftedRun(side1.at, side2.at, Signed(side1.left), Signed(side2.left), -1,
+                                 table, step1, step2, nullptr);
+    *step1 = *step2 = Signed(std::min(side1.left, side2.left));
+    return std::strncmp(side1.at, side2.at, static_cast<size_t>(*step1));
+}
+
+} // namespace
+
+int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
+                   const CSDescriptor *cs2)
+{
+    if (*s1 == '\0' || *s2 == '\0')
+        return OrderOfEnds(*s1 == '\0', *s2 == '\0');
+    Side side1 = {NextSegmentFromList, cs1, s1, -1, s1, 0, 0, CS_SEG_END};
+    Side side2 = {NextSegmentByWalk, cs2, s2, -1, s2, 0, 0, CS_SEG_END};
+    FetchSegment(&side1, true);
+    FetchSegment(&side2, true);
+    for (;;) {
+        const bool ended1 = side1.kind == CS_SEG_END;
+        const bool ended2 = side2.kind == CS_SEG_END;
+        if (ended1 || ended2)
+            return OrderOfEnds(ended1, ended2);
+        uint16_t common = CS_SEG_NONE;
+        if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
+            return OrderOfSets(side1.kind, side2.kind);
+        int step1 = 0;
+        int step2 = 0;
+        const int order = OrderRun(side1, side2, caseless != 0, common, &step1, &step2);
+        if (order != 0)
+            return order;
+        Advance(&side1, step1);
+        Advance(&side2, step2);
+        if (side1.left == 0)
+            FetchSegment(&side1, false);
+        if (side2.left == 0)
+            FetchSegment(&side2, false);
+    }
+}
