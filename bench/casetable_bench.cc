@@ -6,6 +6,7 @@
 #include "services/services.h"
 #include "tests/support/home.h"
 
+#include <platform/ccs.h>
 #include <str/casetable.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -49,7 +50,10 @@ void ReadAllTables()
         if (file.path().extension() == ".s")
             std::filesystem::copy(file.path(), Home().PathOf("toupper"));
     er_SetTraceSink([](int, const char *, int) {});
-    Demand(str_ReadStrToWkArea(0, nullptr) == 1, "no case tables");
+    int32_t companion;
+    ccs_GetCSTable(&companion);
+    std::vector<uint16_t> registrations(static_cast<size_t>(companion)); // not those in force
+    Demand(str_ReadStrToWkArea(companion, registrations.data()) == 1, "no case tables");
     os_SetHome("/dev/null/none");
 }
 
@@ -135,17 +139,19 @@ class Segment
         return static_cast<size_t>(count);
     }
 
-    // Maps the segment, attaches the image and reads a byte map.
+    // Maps the segment, attaches the image and reads a byte map; then all is as before.
     size_t Attach() const
     {
+        CaseTableRecord *const tables = pCaseTabs;
+        const int32_t tableCount = NumCaseTabs;
         char *const at = Map(PROT_READ);
         str_AttachSMem(records, count, at);
         const auto attached = static_cast<size_t>(NumCaseTabs);
         Touch(str_ba + pCaseTabs[0].pByteMap, 256);
         munmap(at, kMost);
         str_ba = nullptr;
-        pCaseTabs = nullptr;
-        NumCaseTabs = 0;
+        pCaseTabs = tables;
+        NumCaseTabs = tableCount;
         return attached;
     }
 

@@ -141,55 +141,45 @@ TEST(Engine, ModelEscapesReestablishTheState)
     }
 }
 
-struct LengthRow {
-    const char *what;
-    uint16_t set;
-    std::string_view bytes;
-    unsigned int avail;
-    int length;
-};
-
 TEST(Engine, LengthServicesNeverCutAUnit)
 {
-    // clang-format off
-    const LengthRow controls[] = {
-        {"a control", 6, "\n", 1, 1},
-        {"nothing there", 6, "\n", 0, 0},
-        {"a control sequence", 103, "\x9B" "31m", 9, 4},
-        {"... that does not fit", 103, "\x9B" "31m", 3, 0},
-        {"... that the NUL cuts", 103, "\x1B[3", 9, 0},
-        {"a malformed one", 103, "\x1B[\n", 9, 1},
-        {"SS2 with its character", 13, "\x8E\xB6", 2, 1},
-        {"SS2 without", 13, "\x8E\xB6", 1, 0},
-        {"SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
-        {"SS3 with all of it", 159, "\x8F\xB0\xA1", 3, 1},
-        {"SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
-        {"SS2 in seven bits", 1126, "\x1BNa", 3, 2},
-        {"... without its character", 1126, "\x1BNa", 2, 0},
+    const struct {
+        decltype(&ccs_GetCtrlLen) service;
+        const char *what;
+        uint16_t set;
+        std::string_view bytes;
+        unsigned int avail;
+        int length;
+        // clang-format off
+    } rows[] = {
+        {ccs_GetCtrlLen, "a control", 6, "\n", 1, 1},
+        {ccs_GetCtrlLen, "nothing there", 6, "\n", 0, 0},
+        {ccs_GetCtrlLen, "a control sequence", 103, "\x9B" "31m", 9, 4},
+        {ccs_GetCtrlLen, "... that does not fit", 103, "\x9B" "31m", 3, 0},
+        {ccs_GetCtrlLen, "... that the NUL cuts", 103, "\x1B[3", 9, 0},
+        {ccs_GetCtrlLen, "a malformed one", 103, "\x1B[\n", 9, 1},
+        {ccs_GetCtrlLen, "SS2 with its character", 13, "\x8E\xB6", 2, 1},
+        {ccs_GetCtrlLen, "SS2 without", 13, "\x8E\xB6", 1, 0},
+        {ccs_GetCtrlLen, "SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
+        {ccs_GetCtrlLen, "SS3 with all of it", 159, "\x8F\xB0\xA1", 3, 1},
+        {ccs_GetCtrlLen, "SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
+        {ccs_GetCtrlLen, "SS2 in seven bits", 1126, "\x1BNa", 3, 2},
+        {ccs_GetCtrlLen, "... without its character", 1126, "\x1BNa", 2, 0},
+        {ccs_GetT61BaseUnitLen, "a letter", 103, "e", 1, 1},
+        {ccs_GetT61BaseUnitLen, "mark and letter", 103, "\xC2" "e", 2, 2},
+        {ccs_GetT61BaseUnitLen, "... that do not fit", 103, "\xC2" "e", 1, 0},
+        {ccs_GetT61BaseUnitLen, "... that the NUL parts", 103, "\xC2", 9, 0},
+        {ccs_GetT61BaseUnitLen, "two marks", 103, "\xC2\xC8" "e", 3, 3},
+        {ccs_GetT61BaseUnitLen, "a mark alone", 103, "\xC2\n", 2, 1},
+        {ccs_GetT61BaseUnitLen, "UTF-8", 196, "\xE6\x97\xA5", 3, 3},
+        {ccs_GetT61BaseUnitLen, "... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
+        {ccs_GetT61BaseUnitLen, "... malformed", 196, "\x97", 1, 1},
     };
     // clang-format on
-    for (const LengthRow &row : controls) {
+    for (const auto &row : rows) {
         const Guarded text(row.bytes);
         const CSDescriptor cs = {row.set, 1};
-        EXPECT_EQ(ccs_GetCtrlLen(text.c_str(), row.avail, &cs), row.length) << row.what;
-    }
-    // clang-format off
-    const LengthRow baseUnits[] = {
-        {"a letter", 103, "e", 1, 1},
-        {"mark and letter", 103, "\xC2" "e", 2, 2},
-        {"... that do not fit", 103, "\xC2" "e", 1, 0},
-        {"... that the NUL parts", 103, "\xC2", 9, 0},
-        {"two marks", 103, "\xC2\xC8" "e", 3, 3},
-        {"a mark alone", 103, "\xC2\n", 2, 1},
-        {"UTF-8", 196, "\xE6\x97\xA5", 3, 3},
-        {"... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
-        {"... malformed", 196, "\x97", 1, 1},
-    };
-    // clang-format on
-    for (const LengthRow &row : baseUnits) {
-        const Guarded text(row.bytes);
-        const CSDescriptor cs = {row.set, 1};
-        EXPECT_EQ(ccs_GetT61BaseUnitLen(text.c_str(), row.avail, &cs), row.length) << row.what;
+        EXPECT_EQ(row.service(text.c_str(), row.avail, &cs), row.length) << row.what;
     }
 }
 
@@ -231,24 +221,8 @@ TEST(Engine, NextCharLenAlwaysMovesOn)
     }
 }
 
-// Matching works on what carries characters.
-TEST(Engine, RealSegmentsLeaveOutTheIgnored)
-{
-    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
-    int count = 0;
-    const CSSegment *list = ccs_GetRealStrs(&cs, "a\x1B$B\x46\x7C\x1B(Bb", -1, &count);
-    ASSERT_EQ(count, 4);
-    EXPECT_EQ(list[0].kind, 6);
-    EXPECT_EQ(list[1].kind, 87);
-    EXPECT_EQ(std::string_view(list[1].text, list[1].length), "\x46\x7C");
-    EXPECT_EQ(list[2].kind, 6);
-    EXPECT_EQ(list[3].kind, CS_SEG_END);
-    list = ccs_GetRealStrs(&cs, "", -1, &count);
-    ASSERT_EQ(count, 1);
-    EXPECT_EQ(list[0].kind, CS_SEG_END);
-}
-
-// A text of many segments costs time in proportion and a list that grows.
+// A text of many segments costs time in proportion and a list that grows; matching works on those
+// that carry characters.
 TEST(Engine, ListsManySegments)
 {
     std::string bytes;
@@ -261,6 +235,16 @@ TEST(Engine, ListsManySegments)
     EXPECT_EQ(list[19999].kind, 6);
     EXPECT_EQ(list[19999].text, bytes.data() + bytes.size() - 1);
     EXPECT_EQ(str_dispstrlen(bytes.c_str(), &cs), 10000U);
+
+    list = ccs_GetRealStrs(&cs, bytes.c_str(), -1, &count);
+    ASSERT_EQ(count, 10001);
+    EXPECT_EQ(list[9998].kind, 87);
+    EXPECT_EQ(std::string_view(list[9998].text, list[9998].length), "\x46\x7C");
+    EXPECT_EQ(list[9999].kind, 6);
+    EXPECT_EQ(list[10000].kind, CS_SEG_END);
+    list = ccs_GetRealStrs(&cs, "", -1, &count);
+    ASSERT_EQ(count, 1);
+    EXPECT_EQ(list[0].kind, CS_SEG_END);
 }
 
 } // namespace

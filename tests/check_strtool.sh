@@ -119,6 +119,41 @@ echo >>"$home/a/toupper/6.s"
 like 1 "*strtool: $home/a/toupper/6.s: *"$'\ncompiled *87.b\nexport *' \
     init-home --from "$sources" --compile "$home/a"
 
+# ---- upper: by the tables of a home, which it names where they are not
+export STR_HOME=$home/a
+row 0 $'A\e$B#A\e(B\\' upper "${jp[@]}" 'a\e$B#a\e(B\\'
+row 0 $'\xC2E\n\xE9' upper --charset t.61 '\xC2e' '\xF9'
+row 0 'É ß' upper --charset iso-8859-1 --utf8-in --utf8-out 'é ß'
+STR_HOME=$home/none
+row 1 $'STRASSE É\nstrtool: text 2: this is no well-formed UTF-8' upper 'straße é' '\xE9'
+like 1 $'strtool: text 1: *JIS X 0208*'"$home/none"$'*init-home*STR_HOME*' \
+    upper --charset 'JIS X 0208' '#a'
+
+# ---- cmp, cmp-names: 2 where there is nothing to compare with
+row 2 "strtool: text 1: there is no case table for IA5 in the service home $home/none: 'strtool init-home' \
+makes a home, and STR_HOME says where it is" cmp --ignore-case --charset2 utf8 --charset ia5 a a
+like 2 'strtool: there is no case table for IA5*' cmp-names 'S=a' 'S=b' --attributes S
+STR_HOME=$home/a
+row 0 = cmp a a
+row 1 '!=' cmp "${jp[@]}" --utf8-in あ あい
+row 1 '<' cmp "${jp[@]}" --utf8-in --order あ あい
+row 1 '>' cmp --order 'b' '[B]'
+row 0 = cmp --ignore-case --charset t.61 --charset2 iso-8859-1 'stra\e(Bsse' STRASSE
+row 0 = cmp --ignore-case --order "${jp[@]}" --utf8-in Ａａz ａＡZ
+row 0 = cmp --ignore-case 'STRASSE É' 'straße é'
+like 2 'strtool: text 1: *é*' cmp --utf8-in --charset ia5 é e
+like 2 'strtool: *' cmp a
+printf 'a\nB\n' >"$home/lines1"
+printf 'A\nb\nc\n' >"$home/lines2"
+row 1 $'=\n=\n<' cmp --lines --ignore-case --order --charset ia5 "$home"/lines{1,2}
+row 1 $'!=\n!=\n!=' cmp --lines "$home"/lines{1,2}
+like 2 "strtool: $home/lines3: *" cmp --lines "$home"/lines{1,3}
+row 0 = cmp-names '/C=GB/S=Smith/' 'C=gb; S=SMITH' --attributes C,S
+row 1 '>' cmp-names '/C=GB/S=b/' '/C=GB/S=a/' --attributes C,S
+row 1 '<' cmp-names 'S=a; S=\xE1' 'S=b; S=\xE1' --charset utf8 --attributes S
+row 0 = cmp-names 'S=a; S=\xE1' 'S=b; S=\xE1' --any-charset --attributes S
+unset STR_HOME
+
 cd "$home" || exit 1
 printf 'T C latin1\na=A \\xDF=SS \\xE9 -> \\xC9\nb=B bc=DE bx=bx\n' >1.s
 printf '#%-179d\nT C x\na=A  # note\n' 0 >2.s # its first line is read in three pieces

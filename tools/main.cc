@@ -19,6 +19,7 @@ using namespace strtool;
 int Run(int argc, char **argv)
 {
     int status = kDone;
+    er_SetTraceSink([](int, const char *, int) {}); // for those who look into the library
     CLI::App app{"Shows, measures, cuts and joins text in many coded character sets.", "strtool"};
     app.set_version_flag("--version", "strtool " STRTOOL_VERSION);
     app.require_subcommand(1);
@@ -29,6 +30,9 @@ int Run(int argc, char **argv)
     AddSplit(app, status);
     AddCat(app, status);
     AddFind(app, status);
+    AddUpper(app, status);
+    AddCmp(app, status);
+    AddCmpNames(app, status);
     AddCaseTable(app, status);
     AddInitHome(app, status);
     try {

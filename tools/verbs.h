@@ -20,6 +20,9 @@ void AddTruncate(CLI::App &app, int &status);
 void AddSplit(CLI::App &app, int &status);
 void AddCat(CLI::App &app, int &status);
 void AddFind(CLI::App &app, int &status);
+void AddUpper(CLI::App &app, int &status);
+void AddCmp(CLI::App &app, int &status);
+void AddCmpNames(CLI::App &app, int &status);
 void AddCaseTable(CLI::App &app, int &status);
 void AddInitHome(CLI::App &app, int &status);
 

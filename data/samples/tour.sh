@@ -121,3 +121,12 @@ tables=$(mktemp -d)
 trap 'rm -rf "$tables"' EXIT
 cp ../toupper/100.s "$tables"
 (cd "$tables" && strtool casetable compile 100.s && strtool casetable dump 100.b)
+
+strtool init-home --from ../toupper "$tables/home" >"$tables/log"
+export STR_HOME=$tables/home
+step 'Upper case by such tables: each part of a text takes that of its set' \
+    "sed -n 6p t.61.txt | strtool upper --charset t.61 --utf8-out"
+upper() { line "$1" "$2" | strtool upper --charset "$1" --utf8-out; } # SET NUMBER
+upper t.61 6
+upper iso-2022-jp 3
+upper iso-8859-7 1

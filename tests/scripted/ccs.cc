@@ -4,6 +4,8 @@
 #include <platform/ccs.h>
 #include <platform/er.h>
 
+#include <algorithm>
+
 namespace scripted
 {
 Script script;
@@ -11,28 +13,78 @@ Script script;
 
 using scripted::script;
 
+namespace
+{
+
+const std::vector<scripted::Segment> &SegmentsOf(const char *text)
+{
+    const auto own = script.segmentsOf.find(text);
+    return own == script.segmentsOf.end() ? script.segments : own->second;
+}
+
+size_t Considered(int length) { return length < 0 ? SIZE_MAX : static_cast<size_t>(length); }
+
+} // namespace
+
 extern "C" {
 
 uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, unsigned int *size)
 {
     script.next = 0;
+    script.walked = &SegmentsOf(text);
     return ccs_GetNextStr(cs, text, length, size);
 }
 
-uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int, unsigned int *size)
+uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int length, unsigned int *size)
 {
-    if (script.next >= script.segments.size()) {
-        *size = 0;
+    *size = 0;
+    const size_t left = Considered(length);
+    if (script.next >= script.walked->size() || left == 0)
         return CS_SEG_END;
-    }
-    const scripted::Segment &segment = script.segments[script.next++];
-    *size = segment.length;
+    const scripted::Segment &segment = (*script.walked)[script.next++];
+    *size = static_cast<unsigned int>(std::min<size_t>(segment.length, left));
     return segment.kind;
+}
+
+CSSegment *ccs_GetAllStrs(const CSDescriptor *, const char *text, int length, int *count)
+{
+    static std::vector<CSSegment> list;
+    list.clear();
+    size_t left = Considered(length);
+    for (const scripted::Segment &segment : SegmentsOf(text)) {
+        if (left == 0)
+            break;
+        const auto size = static_cast<uint32_t>(std::min<size_t>(segment.length, left));
+        list.push_back({text, segment.kind, 0, size});
+        text += size;
+        left -= size;
+    }
+    if (script.endsLists)
+        list.push_back({text, CS_SEG_END, 0, 0});
+    *count = static_cast<int>(list.size());
+    return list.data();
 }
 
 uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return script.flags[cs->csNum]; }
 
-const char *ccs_GetCSName(const CSDescriptor *) { return script.name.c_str(); }
+const char *ccs_GetCSName(const CSDescriptor *cs)
+{
+    const auto own = script.names.find(cs->csNum);
+    return (own == script.names.end() ? script.name : own->second).c_str();
+}
+
+const char *ccs_GetDesignation(const CSDescriptor *cs, int)
+{
+    const auto own = script.designations.find(cs->csNum);
+    return own == script.designations.end() ? nullptr : own->second.c_str();
+}
+
+uint16_t ccs_GetToUpperTable(const CSDescriptor *cs) { return script.upperTables[cs->csNum]; }
+
+int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *)
+{
+    return script.unit(at, avail, length) ? 1 : 0;
+}
 
 int16_t ccs_GetNumBytes(const CSDescriptor *cs) { return script.bytes[cs->csNum]; }
 

@@ -21,18 +21,28 @@ struct Segment {
 };
 
 struct Script {
-    std::vector<Segment> segments;      // of every text that is walked
-    std::map<uint16_t, uint32_t> flags; // by set
+    std::vector<Segment> segments;                           // of every text that is walked
+    std::map<const char *, std::vector<Segment>> segmentsOf; // of these texts instead
+    std::map<uint16_t, uint32_t> flags;                      // by set
     std::map<uint16_t, int16_t> bytes;
     std::string name = "scripted";
+    std::map<uint16_t, std::string> names;        // of these sets instead
+    std::map<uint16_t, std::string> designations; // null for the others
+    std::map<uint16_t, uint16_t> upperTables;     // record numbers
+    bool endsLists = true;                        // by a record
     // Lengths of units, and every question that was asked of them.
     std::function<int(const char *at, unsigned int avail)> control = [](auto, auto) { return 1; };
     std::function<int(const char *at, unsigned int avail)> baseUnit = [](auto, auto) { return 1; };
+    std::function<bool(const char *at, int avail, int *length)> unit = [](auto, auto, auto length) {
+        *length = 1;
+        return true; // it counts
+    };
     std::string asked;
     std::string modelEscapes;
     std::string asciiEscapes;
     int raiseAfterWalk = 0; // class of an escape raised where the model escapes are asked for
 
+    const std::vector<Segment> *walked = nullptr;
     size_t next = 0; // segment of the walk
 };
 

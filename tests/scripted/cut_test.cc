@@ -5,13 +5,12 @@
 #include "services/services.h"
 #include "tests/scripted/ccs.h"
 #include "tests/scripted/files.h"
+#include "tests/support/escape.h"
 #include "tests/support/guarded.h"
 
 #include <gtest/gtest.h>
 #include <platform/er.h>
 #include <str/str.h>
-
-#include <cstring>
 
 namespace
 {
@@ -66,18 +65,16 @@ TEST(ScriptedTruncation, EndsWhereNoLengthCanBeTold)
     EXPECT_EQ(script.asked, "unit of 3/2 in 7\nunit of 3/2 in 3\n");
 }
 
-struct SplitRow {
-    std::vector<scripted::Segment> segments;
-    std::string_view bytes;
-    int mode, limit, splitPoint;
-    const char *why;
-};
-
 TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
 {
     const scripted::Segment escape = {CS_SEG_IGNORE, 3};
-    // clang-format off
-    const SplitRow rows[] = {
+    const struct {
+        std::vector<scripted::Segment> segments;
+        std::string_view bytes;
+        int mode, limit, splitPoint;
+        const char *why;
+        // clang-format off
+    } rows[] = {
         {{{kByteSet, 4}}, "a\nbc", 0, 2, 2, "a line feed counts here"},
         {{{kByteSet, 4}}, "ab\x01\x7F", 0, 2, 2, "what counts nothing goes to the second part"},
         {{{kByteSet, 4}}, "\x01" "a\x7F" "b", 0, 2, 4, "... and between is passed over"},
@@ -90,7 +87,6 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
         {{{CS_SEG_RAW, 10}}, "0123456789", 1, 4, 4, "... in either mode"},
         {{{CS_SEG_RAW, 2}, {kByteSet, 2}}, "01ab", 0, 2, 2, "the budget ends with a raw run"},
         {{escape, {CS_SEG_NONE, 2}}, "\x1B$B??", 0, 5, 0, "nothing displayed"},
-        {{{kByteSet, 2}}, "\x01\x7F", 0, 5, 0, "nothing displayed in text"},
         {{{kByteSet, 3}}, "abc", 0, 3, 3, "all of it fits"},
         {{{kByteSet, 3}, escape}, "abc\x1B(B", 0, 4, 6, "... and what follows"},
         {{{kByteSet, 3}}, "abc", 0, 2147483647, 3, "the greatest limit"},
@@ -103,7 +99,7 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
         {{{kByteSet, 40}}, "0123456789012345678901234567890123456789", 0, 33, 33, "over blocks"},
     };
     // clang-format on
-    for (const SplitRow &row : rows) {
+    for (const auto &row : rows) {
         script = Sets(row.segments);
         const Guarded text(row.bytes);
         EXPECT_EQ(str_FindSplitPoint(text.c_str(), row.mode, row.limit, &kCs), row.splitPoint)
@@ -113,50 +109,35 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
 
 TEST(ScriptedSplit, CountingStopsWhereNoLengthCanBeTold)
 {
-    for (const int length : {0, -3}) {
-        script = Sets({});
-        script.control = [length](auto, auto) { return length; };
-        const CSDescriptor segCs = {kByteSet, 2};
-        int used = 4711;
-        EXPECT_EQ(str_CountSSDispChars("ab\x01"
-                                       "cd",
-                                       5, 4, &used, &segCs),
-                  nullptr);
-        EXPECT_EQ(used, 2);
-        EXPECT_EQ(str_CountSSDispBytes("ab\x01"
-                                       "cd",
-                                       5, 4, &used, &segCs),
-                  nullptr);
-        EXPECT_EQ(used, 2);
-    }
+    using Count = decltype(&str_CountSSDispChars);
+    for (const int length : {0, -3})
+        for (const Count count : {str_CountSSDispChars, str_CountSSDispBytes}) {
+            script = Sets({});
+            script.control = [length](auto, auto) { return length; };
+            const CSDescriptor segCs = {kByteSet, 2};
+            int used = 4711;
+            EXPECT_EQ(count("ab\x01zz", 5, 4, &used, &segCs), nullptr);
+            EXPECT_EQ(used, 2);
+        }
 }
 
 // What came out of a split that an escape may have ended.
 struct Outcome {
-    const char *first;
-    char *second;
-    unsigned int firstLen, secondLen;
-    bool escaped;        // to us
-    bool ourEnvironment; // was current again when it did
+    int escape = 0; // its code
+    const char *first = nullptr;
+    char *second = nullptr;
+    unsigned int firstLen = 4711, secondLen = 4711;
 };
 
-// Escapes are jumps, so nothing here needs unwinding.
 Outcome TrySplit(const char *text, int limit, CSDescriptor cs = kCs)
 {
-    static Outcome outcome;
-    static char untouched;
-    outcome = {nullptr, &untouched, 4711, 4711, false, false};
-    static sigjmp_buf here;
-    sigjmp_buf *const outer = er_SetCurrEnv(&here);
-    if (sigsetjmp(here, 0) == 0)
+    Outcome outcome;
+    outcome.escape = Escaped([&] {
+        sigjmp_buf *const ours = er_GetCurrEnv();
         outcome.first = str_SplitByDispLen(text, limit, &outcome.second, &outcome.firstLen,
                                            &outcome.secondLen, &cs);
-    else
-        outcome.escaped = true;
-    outcome.ourEnvironment = er_GetCurrEnv() == &here;
-    er_SetCurrEnv(outer);
-    if (outcome.second == &untouched)
-        outcome.second = nullptr;
+        EXPECT_EQ(er_GetCurrEnv(), ours);
+    });
     return outcome;
 }
 
@@ -192,8 +173,7 @@ TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
     scripted::files.escapeClass = 3;
     scripted::files.callsLeft = 0;
     Outcome outcome = TrySplit("abcd", 2);
-    EXPECT_FALSE(outcome.escaped);
-    EXPECT_TRUE(outcome.ourEnvironment);
+    EXPECT_EQ(outcome.escape, 0);
     EXPECT_EQ(outcome.first, nullptr) << "there is no buffer yet";
     EXPECT_EQ(outcome.firstLen, 4711U) << "nothing is written through the pointers";
     EXPECT_EQ(logged, "23816 ");
@@ -227,12 +207,10 @@ TEST_F(ScriptedEscapes, ASplitSwallowsItsClassAndPassesOthersOn)
         logged.clear();
         script.raiseAfterWalk = escapeClass;
         const Outcome outcome = TrySplit("abcd", 2);
-        EXPECT_EQ(outcome.escaped, escapeClass != 3);
-        EXPECT_TRUE(outcome.ourEnvironment);
+        EXPECT_EQ(outcome.escape, escapeClass == 3 ? 0 : 4711);
         EXPECT_EQ(logged, "23816 ") << "once";
         EXPECT_EQ(outcome.firstLen, 4711U);
-        EXPECT_EQ(er_GetLive() != 0, escapeClass != 3);
-        er_Clear();
+        EXPECT_EQ(er_GetLive(), 0);
     }
 }
 
@@ -283,23 +261,22 @@ TEST_F(ScriptedEscapes, TheSecondPartBeginsWithTheModelEscapes)
 
 TEST(ScriptedConcat, InsertsEscapesBetweenOtherSetsAndAscii)
 {
-    using Segments = std::vector<scripted::Segment>;
     // Both texts are divided alike, so the first segment and the last say what each is.
     const struct {
-        Segments segments;
+        std::vector<scripted::Segment> segments;
         bool escapes;
         const char *why;
+        // clang-format off
     } rows[] = {
         {{{kAsciiSet, 1}, {kPairSet, 2}}, true, "begins with ASCII, ends without"},
-        {{{CS_SEG_IGNORE, 1}, {kAsciiSet, 1}, {kPairSet, 1}, {CS_SEG_NONE, 1}},
-         true,
-         "ignored ones"},
+        {{{CS_SEG_IGNORE, 1}, {kAsciiSet, 1}, {kPairSet, 1}, {CS_SEG_NONE, 1}}, true, "ignored"},
         {{{kPairSet, 2}, {kAsciiSet, 1}}, false, "begins without ASCII"},
         {{{kAsciiSet, 3}}, false, "ends with ASCII"},
         {{{kAsciiSet, 1}, {kPairSet, 1}, {CS_SEG_RAW, 1}}, false, "ends raw"},
         {{{CS_SEG_RAW, 1}, {kAsciiSet, 1}, {kPairSet, 2}}, false, "begins raw"},
         {{}, false, "empty"},
     };
+    // clang-format on
     for (const auto &row : rows) {
         script = Sets(row.segments);
         script.asciiEscapes = "<A>";
@@ -307,16 +284,13 @@ TEST(ScriptedConcat, InsertsEscapesBetweenOtherSetsAndAscii)
         EXPECT_EQ(str_GetEscapes("abc", "abc", &kCs, &escLen), nullptr) << "a set without escapes";
         EXPECT_EQ(escLen, 4711) << "nothing is written then";
         script.flags[kCode] = CS_FLAG_ESCAPES;
-        const char *escapes = str_GetEscapes("abc", "abc", &kCs, &escLen);
-        EXPECT_EQ(escapes != nullptr, row.escapes) << row.why;
+        EXPECT_EQ(str_GetEscapes("abc", "abc", &kCs, &escLen) != nullptr, row.escapes) << row.why;
         EXPECT_EQ(escLen, row.escapes ? 3 : 0) << row.why;
-        char room[32] = "abc";
-        EXPECT_STREQ(str_strcat(room, "xyz", &kCs), row.escapes ? "abc<A>xyz" : "abcxyz")
-            << row.why;
-        std::strcpy(room, "abc");
-        EXPECT_STREQ(str_strncat(room, "xyz", 2, &kCs), row.escapes ? "abc<A>xy" : "abcxy");
-        std::strcpy(room, "abc");
-        EXPECT_STREQ(str_strncat(room, "xyz", 0, &kCs), row.escapes ? "abc<A>" : "abc");
+        char all[32] = "abc", some[32] = "abc", none[32] = "abc";
+        const std::string front = row.escapes ? "abc<A>" : "abc";
+        EXPECT_EQ(str_strcat(all, "xyz", &kCs), front + "xyz") << row.why;
+        EXPECT_EQ(str_strncat(some, "xyz", 2, &kCs), front + "xy");
+        EXPECT_EQ(str_strncat(none, "xyz", 0, &kCs), front);
     }
     script = Sets({{kAsciiSet, 1}, {kPairSet, 2}});
     script.flags[kCode] = CS_FLAG_ESCAPES;

@@ -34,19 +34,15 @@ namespace
     er_TracedEscape(escapeClass, OS_ESC_FILE, "tests/scripted/files", 1);
 }
 
-bool Fails(const char *call)
+// Fails the call whose turn it is; a descriptor given to it is the service's and goes first.
+void MayFail(const char *call, int fd = -1)
 {
     if (files.escapeClass == 0 || (!files.failing.empty() && files.failing != call) ||
         files.callsLeft-- != 0)
-        return false;
+        return;
     files.failed = call;
-    return true;
-}
-
-void MayFail(const char *call)
-{
-    if (Fails(call))
-        Raise(files.escapeClass);
+    close(fd);
+    Raise(files.escapeClass);
 }
 
 std::string Resolved(const char *path)
@@ -54,14 +50,21 @@ std::string Resolved(const char *path)
     return path[0] == '~' ? std::string(os_GetHome()) + (path + 1) : path;
 }
 
-// What could not be had is an escape; the rest is held.
+// What could not be had is an escape; the rest is held until it is closed.
 template <class T>
-T *Hold(T *thing, std::set<void *> *holding)
+T *Hold(T *thing)
 {
     if (thing == nullptr)
         Raise(ER_CLASS_LIBRARY);
-    holding->insert(thing);
+    held.open.insert(thing);
     return thing;
+}
+
+int Close(const char *call, FILE *stream)
+{
+    MayFail(call);
+    held.open.erase(stream);
+    return std::fclose(stream);
 }
 
 // ---- Memory: every block is new, full of 0xEE, with more of it behind, and goes as such ------
@@ -113,7 +116,7 @@ FILE *os_fopen(const char *path, const char *mode)
 {
     MayFail(__func__);
     FILE *const stream = std::fopen(Resolved(path).c_str(), mode);
-    return Hold(stream, &held.streams);
+    return Hold(stream);
 }
 
 char *os_fgets(char *buffer, int size, FILE *stream)
@@ -121,19 +124,9 @@ char *os_fgets(char *buffer, int size, FILE *stream)
     return (MayFail(__func__), std::fgets(buffer, size, stream));
 }
 
-int os_fclose(FILE *stream)
-{
-    MayFail(__func__);
-    held.streams.erase(stream);
-    return std::fclose(stream);
-}
+int os_fclose(FILE *stream) { return Close(__func__, stream); }
 
-int mdc_fclose(FILE *stream)
-{
-    MayFail(__func__);
-    held.streams.erase(stream);
-    return std::fclose(stream);
-}
+int mdc_fclose(FILE *stream) { return Close(__func__, stream); }
 
 size_t os_fread(void *buffer, size_t size, size_t count, FILE *stream)
 {
@@ -154,24 +147,19 @@ int os_open(const char *path, int flags, mode_t mode)
 
 FILE *os_fdopen(int fd, const char *mode)
 {
-    if (Fails(__func__)) {
-        close(fd); // it is the service's either way
-        Raise(files.escapeClass);
-    }
-    return Hold(fdopen(fd, mode), &held.streams);
+    return (MayFail(__func__, fd), Hold(fdopen(fd, mode)));
 }
 
 int os_rename(const char *oldPath, const char *newPath)
 {
-    MayFail(__func__);
-    return std::rename(Resolved(oldPath).c_str(), Resolved(newPath).c_str());
+    return (MayFail(__func__), std::rename(Resolved(oldPath).c_str(), Resolved(newPath).c_str()));
 }
 
 void *os_opendir(const char *path)
 {
     MayFail(__func__);
     DIR *const directory = opendir(Resolved(path).c_str());
-    return Hold(directory, &held.directories);
+    return Hold(directory);
 }
 
 os_dirent *os_readdir(void *dir)
@@ -179,15 +167,14 @@ os_dirent *os_readdir(void *dir)
     MayFail(__func__);
     static os_dirent entry;
     const dirent *const next = readdir(static_cast<DIR *>(dir));
-    if (next == nullptr)
-        return nullptr;
-    mdc_strlcpy(entry.name, next->d_name, sizeof entry.name);
-    return &entry;
+    if (next != nullptr)
+        mdc_strlcpy(entry.name, next->d_name, sizeof entry.name);
+    return next == nullptr ? nullptr : &entry;
 }
 
 int os_closedir(void *dir)
 {
-    held.directories.erase(dir);
+    held.open.erase(dir);
     return closedir(static_cast<DIR *>(dir));
 }
 

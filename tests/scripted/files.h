@@ -35,7 +35,7 @@ struct Files {
 
 struct Held {
     std::map<void *, size_t> blocks; // and their sizes
-    std::set<void *> streams, directories;
+    std::set<void *> open;           // streams and directories
 };
 
 extern Files files; // a test begins with fresh ones

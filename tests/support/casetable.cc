@@ -7,37 +7,28 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace
 {
 
-constexpr size_t kMap = sizeof(CaseTableHeader) + sizeof(CaseTableRecord);
-constexpr size_t kLists = kMap + 256;
+constexpr size_t kRecord = sizeof(CaseTableHeader);
+constexpr size_t kNumExpansions = kRecord + offsetof(CaseTableRecord, NumExpansions);
+constexpr size_t kNumLeads = kRecord + offsetof(CaseTableRecord, NumLeads);
+constexpr size_t kMap = kRecord + sizeof(CaseTableRecord);
+constexpr size_t kExpansions = kMap + 256;
 
-template <class T>
-T Part(std::string_view file, size_t offset)
+// The count at an offset; a negative one is none.
+size_t CountAt(std::string_view file, size_t at)
 {
-    T part;
-    std::memcpy(&part, file.substr(offset, sizeof part).data(), sizeof part);
-    return part;
+    int32_t count = 0;
+    file.copy(reinterpret_cast<char *>(&count), sizeof count, at);
+    return static_cast<size_t>(std::max(count, 0));
 }
 
-template <class T>
-std::string_view BytesOf(const T &part)
-{
-    return {reinterpret_cast<const char *>(&part), sizeof part};
-}
-
-CaseTableRecord RecordOf(std::string_view file)
-{
-    return Part<CaseTableRecord>(file, sizeof(CaseTableHeader));
-}
-
-size_t SizeOf(int32_t count, size_t elementSize)
-{
-    return count > 0 ? static_cast<size_t>(count) * elementSize : 0;
-}
+size_t LeadsOf(std::string_view file) { return kExpansions + 3 * CountAt(file, kNumExpansions); }
 
 std::string Hex(std::string_view bytes)
 {
@@ -48,33 +39,76 @@ std::string Hex(std::string_view bytes)
     return digits;
 }
 
-std::string Pairs(std::string_view pairs, const char *between)
+std::string Pairs(std::string_view pairs)
 {
     std::string text;
-    for (size_t i = 0; i < pairs.size(); i += 3)
-        text +=
-            (i == 0 ? "" : between) + Hex(pairs.substr(i, 1)) + ":" + Hex(pairs.substr(i + 1, 2));
+    for (; pairs.size() >= 3; pairs.remove_prefix(3))
+        text += " " + Hex(pairs.substr(0, 1)) + ":" + Hex(pairs.substr(1, 2));
     return text;
 }
 
 } // namespace
 
+std::string WithoutReferences(std::string file)
+{
+    const auto clear = [&](size_t at) { file.replace(at, 4, 4, '\0'); };
+    const auto clearNegative = [&](size_t at) {
+        if (CountAt(file, at) == 0)
+            clear(at);
+    };
+    for (const size_t reference : {84U, 88U, 100U})
+        clear(kRecord + reference);
+    clearNegative(kNumExpansions);
+    clearNegative(kNumLeads);
+    size_t lead = LeadsOf(file);
+    for (size_t count = CountAt(file, kNumLeads); count > 0; --count, lead += sizeof(LeadEntry)) {
+        clear(lead + offsetof(LeadEntry, pTrails));
+        clearNegative(lead + offsetof(LeadEntry, NumTrails));
+    }
+    return file;
+}
+
 std::string FileOf(const CaseTableRecord &record)
 {
-    std::string arrays, trails;
-    const auto add = [](std::string *to, CaseTableRef array, size_t size) {
-        if (size != 0)
-            to->append(reference::ResolveForReading<char>(array), size);
-    };
-    add(&arrays, record.pByteMap, 256);
-    add(&arrays, record.pExpansions, SizeOf(record.NumExpansions, 3));
-    add(&arrays, record.pLeads, SizeOf(record.NumLeads, sizeof(LeadEntry)));
-    const auto *const leads = reference::ResolveForReading<LeadEntry>(record.pLeads);
-    for (int32_t i = 0; i < record.NumLeads; ++i)
-        add(&trails, leads[i].pTrails, SizeOf(leads[i].NumTrails, 3));
     const CaseTableHeader header = {CASE_TABLE_MAGIC, CASE_TABLE_VERSION, 0, {}};
-    return WithoutReferences(std::string(BytesOf(header)).append(BytesOf(record)) + arrays +
-                             trails);
+    std::string file(reinterpret_cast<const char *>(&header), sizeof header);
+    file.append(reinterpret_cast<const char *>(&record), sizeof record);
+    const auto add = [&](CaseTableRef array, size_t size) {
+        if (size != 0)
+            file.append(reference::ResolveForReading<char>(array), size);
+    };
+    const size_t leadCount = CountAt(file, kNumLeads);
+    add(record.pByteMap, 256);
+    add(record.pExpansions, 3 * CountAt(file, kNumExpansions));
+    add(record.pLeads, sizeof(LeadEntry) * leadCount);
+    const auto *const leads = reference::ResolveForReading<LeadEntry>(record.pLeads);
+    for (size_t i = 0; i < leadCount; ++i)
+        add(leads[i].pTrails, 3 * static_cast<size_t>(leads[i].NumTrails));
+    return WithoutReferences(file);
+}
+
+std::string RulesOf(std::string_view file)
+{
+    std::string text(file.data() + kRecord);
+    for (size_t byte = 0; byte < 256; ++byte)
+        if (const char b = static_cast<char>(byte); file[kMap + byte] != b)
+            text += " " + Hex({&b, 1}) + ">" + Hex(file.substr(kMap + byte, 1));
+    const size_t leads = LeadsOf(file);
+    text += Pairs(file.substr(kExpansions, leads - kExpansions));
+    size_t trails = leads + sizeof(LeadEntry) * CountAt(file, kNumLeads);
+    for (size_t at = leads, first = trails; at != first; at += sizeof(LeadEntry)) {
+        const size_t size = 3 * CountAt(file, at + offsetof(LeadEntry, NumTrails));
+        const std::string pairs = Pairs(file.substr(trails, size));
+        text += " " + Hex(file.substr(at, 1)) + "[" + pairs.substr(1) + "]";
+        trails += size;
+    }
+    return text + (trails == file.size() ? "" : " and more");
+}
+
+bool IsClear(const CaseTableRecord &record)
+{
+    const CaseTableRecord clear = {};
+    return std::memcmp(&record, &clear, sizeof clear) == 0;
 }
 
 std::string CaseTableTest::logged, CaseTableTest::traced;
@@ -100,56 +134,13 @@ CaseTableTest::~CaseTableTest()
 
 void CaseTableTest::ReleaseTables()
 {
-    for (int32_t i = 0; str_ba == nullptr && i < NumCaseTabs; ++i)
-        str_FreeCTEntry(&pCaseTabs[i]);
-    if (str_ba == nullptr)
+    if (str_ba == nullptr) {
+        std::for_each(pCaseTabs, pCaseTabs + NumCaseTabs,
+                      [](auto &record) { str_FreeCTEntry(&record); });
         os_free(pCaseTabs);
+    }
     str_ba = nullptr;
     pCaseTabs = nullptr;
     NumCaseTabs = 0;
     str_FreeWkArea();
-}
-
-std::string WithoutReferences(std::string file)
-{
-    const CaseTableRecord record = RecordOf(file);
-    const auto clear = [&](size_t at) { file.replace(at, 4, 4, '\0'); };
-    const auto clearNegative = [&](size_t at) {
-        if (Part<int32_t>(file, at) < 0)
-            clear(at);
-    };
-    for (const size_t field : {84U, 88U, 100U})
-        clear(sizeof(CaseTableHeader) + field);
-    for (const size_t field : {96U, 108U})
-        clearNegative(sizeof(CaseTableHeader) + field);
-    size_t lead = kLists + SizeOf(record.NumExpansions, 3);
-    for (int32_t i = 0; i < record.NumLeads; ++i, lead += sizeof(LeadEntry)) {
-        clear(lead + 4);
-        clearNegative(lead + 12);
-    }
-    return file;
-}
-
-std::string RulesOf(std::string_view file)
-{
-    const CaseTableRecord record = RecordOf(file);
-    std::string text = record.CharSetName;
-    for (size_t byte = 0; byte < 256; ++byte)
-        if (const char b = static_cast<char>(byte); file[kMap + byte] != b)
-            text += " " + Hex({&b, 1}) + ">" + Hex(file.substr(kMap + byte, 1));
-    const size_t leads = kLists + SizeOf(record.NumExpansions, 3);
-    if (leads != kLists)
-        text += " " + Pairs(file.substr(kLists, leads - kLists), " ");
-    size_t trails = leads + SizeOf(record.NumLeads, sizeof(LeadEntry));
-    for (size_t at = leads, first = trails; at != first; at += sizeof(LeadEntry)) {
-        const size_t size = SizeOf(Part<LeadEntry>(file, at).NumTrails, 3);
-        text += " " + Hex(file.substr(at, 1)) + "[" + Pairs(file.substr(trails, size), " ") + "]";
-        trails += size;
-    }
-    return text + (trails == file.size() ? "" : " and more");
-}
-
-bool IsClear(const CaseTableRecord &record)
-{
-    return BytesOf(record) == std::string(sizeof record, '\0');
 }

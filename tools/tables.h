@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TOOLS_TABLES_H
+#define TOOLS_TABLES_H
+
+#include <str/charset.h>
+
+#include <string>
+
+namespace strtool
+{
+
+// Throws a TextError, which says what is missing and where, unless the text's set and those that it
+// switches to have their case tables.  The library leaves text without a table as it is; here that
+// would pass for a result.
+void DemandTables(const std::string &text, const CSDescriptor &cs);
+
+} // namespace strtool
+
+#endif
