@@ -30,6 +30,23 @@ uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int, unsigned int *s
     return segment.kind;
 }
 
+// One list for all, so that the second overwrites the first.
+CSSegment *ccs_GetRealStrs(const CSDescriptor *, const char *text, int, int *count)
+{
+    static std::vector<CSSegment> list;
+    const auto &segments = script.realLists[script.nextList++ % 2];
+    if (!segments)
+        return nullptr;
+    list.clear();
+    for (const scripted::Segment &segment : *segments) {
+        list.push_back({text, segment.kind, 0xEEEE, segment.length});
+        text += segment.length;
+    }
+    list.push_back({text, CS_SEG_END, 0xEEEE, 0});
+    *count = static_cast<int>(list.size());
+    return list.data();
+}
+
 uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return script.flags[cs->csNum]; }
 
 const char *ccs_GetCSName(const CSDescriptor *) { return script.name.c_str(); }

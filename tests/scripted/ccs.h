@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,8 @@ struct Script {
     std::map<uint16_t, uint32_t> flags; // by set
     std::map<uint16_t, int16_t> bytes;
     std::string name = "scripted";
+    // The lists that pattern matching asks for in turn: the string's, the pattern's.  Nothing: null.
+    std::optional<std::vector<Segment>> realLists[2];
     // Lengths of units, and every question that was asked of them.
     std::function<int(const char *at, unsigned int avail)> control = [](auto, auto) { return 1; };
     std::function<int(const char *at, unsigned int avail)> baseUnit = [](auto, auto) { return 1; };
@@ -33,7 +36,8 @@ struct Script {
     std::string asciiEscapes;
     int raiseAfterWalk = 0; // class of an escape raised where the model escapes are asked for
 
-    size_t next = 0; // segment of the walk
+    size_t next = 0;     // segment of the walk
+    size_t nextList = 0; // of the two
 };
 
 // The script in force; a test begins with a fresh one.
