@@ -10,6 +10,7 @@
 #include <str/display.h>
 #include <str/match.h>
 #include <str/split.h>
+#include <str/transform.h>
 #include <str/truncate.h>
 
 #endif
