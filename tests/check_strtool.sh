@@ -105,6 +105,26 @@ row 0 $'1\n0' find '[' 'a[b' '[,]'
 row 0 1 find --charset t.61 '\xE1' 'a\xE1'
 for bad in '' ab é; do like 2 'strtool: *not one byte*' find "$bad" a; done
 
+# ---- match, transform
+input='A\e$B$"$$\e(BB\nA*B\n\e$B$*\e(B\n'
+row 0 $'A\e$B$"$$\e(BB\nA*B' match "${jp[@]}" --wildcard '*' 'A*B'
+row 0 $'AあいB' match "${jp[@]}" --utf8-pattern --utf8-out '\x1Fあ\x1F'
+row 0 $'お' match "${jp[@]}" --utf8-out --wildcard '*' '\e$B$*\e(B'
+row 1 '' match "${jp[@]}" --wildcard '*' '*A'
+input=
+row 0 $'aé\nbé' match --wildcard '%' '%é' aé bé xe
+row 0 é match --charset iso-8859-1 --utf8-in --utf8-out '\x1Fé' é e
+row 1 '' match -- '[a]' a
+row 0 '' match '\x1F' ''
+row 1 '' match --charset ia5 '\x1F' ''
+like 2 'strtool: PATTERN: *é*IA5*' match --charset ia5 --utf8-pattern é a
+like 2 'strtool: *not one byte*' match --wildcard '**' a b
+row 0 $'a&lt;e\eAc' transform --replace '<=&lt;' --replace é=e --escape ^ --drop '~' 'a<é^1~bc'
+row 0 $'(a<b)=x[y' transform --prefix --replace '<=[' '(a<b)=x<y' ''
+row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
+like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
+for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
+
 # ---- casetable, init-home: what is wrong is said of file and line, what is there already stays
 home=$(mktemp -d) sources=$(realpath "$samples/../toupper")
 trap 'rm -rf "$home"' EXIT

@@ -29,6 +29,8 @@ int Run(int argc, char **argv)
     AddSplit(app, status);
     AddCat(app, status);
     AddFind(app, status);
+    AddMatch(app, status);
+    AddTransform(app, status);
     AddCaseTable(app, status);
     AddInitHome(app, status);
     try {

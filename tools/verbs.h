@@ -20,6 +20,8 @@ void AddTruncate(CLI::App &app, int &status);
 void AddSplit(CLI::App &app, int &status);
 void AddCat(CLI::App &app, int &status);
 void AddFind(CLI::App &app, int &status);
+void AddMatch(CLI::App &app, int &status);
+void AddTransform(CLI::App &app, int &status);
 void AddCaseTable(CLI::App &app, int &status);
 void AddInitHome(CLI::App &app, int &status);
 
