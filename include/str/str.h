@@ -8,6 +8,7 @@
 #include <str/charset.h>
 #include <str/concat.h>
 #include <str/display.h>
+#include <str/format.h>
 #include <str/match.h>
 #include <str/split.h>
 #include <str/transform.h>

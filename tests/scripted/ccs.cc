@@ -11,6 +11,31 @@ Script script;
 
 using scripted::script;
 
+namespace
+{
+
+void Called()
+{
+    if (script.escapeClass != 0 && script.callsLeft-- == 0)
+        er_TracedEscape(script.escapeClass, 4712, "tests", 1);
+}
+
+// One list for all, so that the next overwrites it.
+CSSegment *ListOf(const char *text, const std::vector<scripted::Segment> &segments, int *count)
+{
+    static std::vector<CSSegment> list;
+    list.clear();
+    for (const scripted::Segment &segment : segments) {
+        list.push_back({text, segment.kind, 0xEEEE, segment.length});
+        text += segment.length;
+    }
+    list.push_back({text, CS_SEG_END, 0xEEEE, 0});
+    *count = static_cast<int>(list.size());
+    return list.data();
+}
+
+} // namespace
+
 extern "C" {
 
 uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, unsigned int *size)
@@ -21,6 +46,7 @@ uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, uns
 
 uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int, unsigned int *size)
 {
+    Called();
     if (script.next >= script.segments.size()) {
         *size = 0;
         return CS_SEG_END;
@@ -30,24 +56,21 @@ uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int, unsigned int *s
     return segment.kind;
 }
 
-// One list for all, so that the second overwrites the first.
-CSSegment *ccs_GetRealStrs(const CSDescriptor *, const char *text, int, int *count)
+CSSegment *ccs_GetAllStrs(const CSDescriptor *, const char *text, int, int *count)
 {
-    static std::vector<CSSegment> list;
-    const auto &segments = script.realLists[script.nextList++ % 2];
-    if (!segments)
-        return nullptr;
-    list.clear();
-    for (const scripted::Segment &segment : *segments) {
-        list.push_back({text, segment.kind, 0xEEEE, segment.length});
-        text += segment.length;
-    }
-    list.push_back({text, CS_SEG_END, 0xEEEE, 0});
-    *count = static_cast<int>(list.size());
-    return list.data();
+    Called();
+    return ListOf(text, script.segments, count);
 }
 
-uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return script.flags[cs->csNum]; }
+CSSegment *ccs_GetRealStrs(const CSDescriptor *, const char *text, int, int *count)
+{
+    const auto &segments = script.realLists[script.nextList++ % 2];
+    return segments ? ListOf(text, *segments, count) : nullptr;
+}
+
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return (Called(), script.flags[cs->csNum]); }
+
+uint16_t ccs_GetCP(int, uint32_t *) { return (Called(), script.codePage); }
 
 const char *ccs_GetCSName(const CSDescriptor *) { return script.name.c_str(); }
 
@@ -77,6 +100,7 @@ const char *ccs_GetModelEscapes(int *length)
 
 const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *length)
 {
+    Called();
     script.asked += "ASCII of " + std::to_string(cs->csNum) + "/" + std::to_string(escMode) + "\n";
     *length = static_cast<int>(script.asciiEscapes.size());
     return script.asciiEscapes.c_str();

@@ -34,7 +34,11 @@ struct Script {
     std::string asked;
     std::string modelEscapes;
     std::string asciiEscapes;
+    uint16_t codePage = 0;  // the answer of ccs_GetCP
     int raiseAfterWalk = 0; // class of an escape raised where the model escapes are asked for
+    // The call after so many more, of those that a format is printed with, raises an escape of that
+    // class; 0 for never.
+    int callsLeft = 0, escapeClass = 0;
 
     size_t next = 0;     // segment of the walk
     size_t nextList = 0; // of the two
