@@ -125,6 +125,18 @@ row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
 like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
 for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
 
+# ---- printf
+row 0 $'x=7\ny=abc' printf 'x=%d\ny=%s' 7 abc
+row 0 'abc -7 0.50 |ffff|99 100%%' printf -- '%2$s %1$d %4$.2f |%3$hx|%5$ld 100%%' -7 abc -1 .5 99
+row 0 '件名: 会議 (3)' printf "${jp[@]}" --utf8-in --utf8-out '件名: %s (%d)' 会議 3
+row 0 $'[\e$B$"\e(B]' printf "${jp[@]}" '[%s]' '\e$B$"'
+row 0 '[1,2]  4294967295' printf '%s%*u' '[1,2]' 12 4294967295
+like 1 '%b$d?strtool: *as it stands' printf '%b$d'
+for bad in '' x 1x 2147483648000 ' '; do like 2 "strtool: '$bad' is not *" printf %d "$bad"; done
+like 2 'strtool: * takes 2 arguments, and 1 are given*' printf '%d%s' 1
+like 2 'strtool: * takes 0 arguments, and 1 are given*' printf '%p %d' 1
+like 2 'strtool: *FORMAT*' printf
+
 # ---- casetable, init-home: what is wrong is said of file and line, what is there already stays
 home=$(mktemp -d) sources=$(realpath "$samples/../toupper")
 trap 'rm -rf "$home"' EXIT

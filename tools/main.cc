@@ -31,6 +31,7 @@ int Run(int argc, char **argv)
     AddFind(app, status);
     AddMatch(app, status);
     AddTransform(app, status);
+    AddPrintf(app, status);
     AddCaseTable(app, status);
     AddInitHome(app, status);
     try {

@@ -22,6 +22,7 @@ void AddCat(CLI::App &app, int &status);
 void AddFind(CLI::App &app, int &status);
 void AddMatch(CLI::App &app, int &status);
 void AddTransform(CLI::App &app, int &status);
+void AddPrintf(CLI::App &app, int &status);
 void AddCaseTable(CLI::App &app, int &status);
 void AddInitHome(CLI::App &app, int &status);
 
