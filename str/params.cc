@@ -14,22 +14,28 @@ char PrintfError;
 namespace
 {
 
-constexpr int kClearedAtFirst = 9; // the highest number whose record every scan clears
+constexpr int kAlwaysWritten = 9; // all records up to that of this number, used or not
 
 struct Scan {
     ParameterRecord *table;
     int current; // the number of the last directive
     int highest; // that has been recorded
-    int cleared; // all records up to this one are of this scan
+    int written; // all records up to this one are of this scan
 };
 
 bool IsInTable(int number) { return number >= 1 && number < STR_PARAMETERS; }
 
+void ClearUpTo(Scan *scan, int number)
+{
+    while (scan->written < number)
+        scan->table[++scan->written] = {};
+}
+
 void Record(Scan *scan, int number, const ParameterRecord &record)
 {
-    while (scan->cleared < number)
-        scan->table[++scan->cleared] = {};
+    ClearUpTo(scan, number - 1);
     scan->table[number] = record;
+    scan->written = std::max(scan->written, number);
     scan->highest = std::max(scan->highest, number);
 }
 
@@ -102,8 +108,7 @@ bool HoldsDirectives(uint16_t kind)
 uint16_t str_GetParams(const CSDescriptor *, const char *format, const CSSegment *segments,
                        int count, ParameterRecord *table)
 {
-    Scan scan = {table, 0, 0, kClearedAtFirst};
-    std::memset(table, 0, (kClearedAtFirst + 1) * sizeof *table);
+    Scan scan = {table, 0, 0, -1};
     const char *at = format;
     for (int i = 0; i < count && segments[i].kind != CS_SEG_END; ++i) {
         const char *const end = at + segments[i].length;
@@ -111,5 +116,6 @@ uint16_t str_GetParams(const CSDescriptor *, const char *format, const CSSegment
             ScanSegment(&scan, at, end);
         at = end;
     }
+    ClearUpTo(&scan, kAlwaysWritten);
     return static_cast<uint16_t>(scan.highest);
 }

@@ -2,10 +2,10 @@
 //
 // The builder: the text of a format and its arguments.
 //
-// Strings are copied, since only the library knows their characters and escape sequences.  All other
-// values go through the C library, one directive at a time.  What it is handed is written here from
-// what the directive was read to mean, with width and precision as arguments of their own: whatever
-// the format says, it finds the arguments that it looks for.
+// Strings, bytes and the digits of plain integers are put in as they are.  All other values go
+// through the C library, one directive at a time.  What it is handed is written here from what the
+// directive was read to mean, with width and precision as arguments of their own: whatever the
+// format says, it finds the arguments that it looks for.
 #include <str/format.h>
 
 #include "str/directive.h"
@@ -313,7 +313,7 @@ void AppendArgument(Build *build, int k, const Directive &directive, const Layou
     case STR_ARG_LONG:
         return AppendInteger(build, layout, "l", conversion, build->longs[k]);
     case STR_ARG_FLOAT:
-        return AppendValue(build, layout, "", conversion, double{build->floats[k]});
+        return AppendValue(build, layout, "", conversion, static_cast<double>(build->floats[k]));
     case STR_ARG_DOUBLE:
         return AppendValue(build, layout, "", conversion, build->doubles[k]);
     case STR_ARG_LONG_DOUBLE:

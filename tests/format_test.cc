@@ -158,8 +158,8 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
     EXPECT_EQ(Printed("UTF8", "a%cb%3cc%-3cd", 0, 0, 0), "ab  cd") << "up to the NUL";
     EXPECT_EQ(Printed("UTF8", "%hd %hhd %ld %hx %lf", 65537, 257, 4L, -1, 2.5), "1 1 4 ffff 2.500000");
     char expected[64];
-    void *const address = expected;
-    std::snprintf(expected, sizeof expected, "%p|%20p|%-20p|%p", address, address, address, nullptr);
+    void *const address = expected, *const none = nullptr;
+    std::snprintf(expected, sizeof expected, "%p|%20p|%-20p|%p", address, address, address, none);
     EXPECT_EQ(Printed("UTF8", "%P|%20P|%-20P|%P", address, address, address, nullptr), expected);
     int untouched = 4711;
     EXPECT_EQ(Printed("UTF8", "ab%ncd%hhn%*n%d", &untouched, &untouched, 9, &untouched, 5), "abcd5");
