@@ -31,18 +31,22 @@ void ClearUpTo(Scan *scan, int number)
         scan->table[++scan->written] = {};
 }
 
-void Record(Scan *scan, int number, const ParameterRecord &record)
+// The record of an argument's number, as it stands so far.
+ParameterRecord *RecordOf(Scan *scan, int number)
 {
-    ClearUpTo(scan, number - 1);
-    scan->table[number] = record;
-    scan->written = std::max(scan->written, number);
+    ClearUpTo(scan, number);
     scan->highest = std::max(scan->highest, number);
+    return scan->table + number;
 }
 
+// A directive that has this number for its value still stands there.
 void RecordMeasure(Scan *scan, int number)
 {
-    if (number != 0)
-        Record(scan, number, {STR_ARG_INT, 0, nullptr, 0, 0, 0});
+    if (number == 0)
+        return;
+    ParameterRecord *const record = RecordOf(scan, number);
+    record->type = STR_ARG_INT;
+    record->isConversion = 0;
 }
 
 // Numbers the arguments of the directive.
@@ -74,9 +78,12 @@ void RecordDirective(Scan *scan, const char *text, const Directive &directive)
     }
     RecordMeasure(scan, numbers.width);
     RecordMeasure(scan, numbers.precision);
-    Record(scan, numbers.value,
-           {directive.type, 1, text, static_cast<uint32_t>(directive.end - text),
-            directive.widthParam, directive.precParam});
+    *RecordOf(scan, numbers.value) = {directive.type,
+                                      1,
+                                      text,
+                                      static_cast<uint32_t>(directive.end - text),
+                                      directive.widthParam,
+                                      directive.precParam};
 }
 
 const char *FindPercent(const char *at, const char *end)

@@ -60,11 +60,11 @@ bool IsBefore(const Position &a, const Position &b)
     return a.record < b.record || (a.record == b.record && a.offset < b.offset);
 }
 
-// Moves on inside the record, and from its end to the next.
+// Moves on inside the record, and from its end to the next one that is not empty.
 void Advance(Position *at, unsigned int count)
 {
     at->offset += count;
-    if (at->offset == at->record->length)
+    while (!IsEnd(*at) && at->offset == at->record->length)
         *at = {at->record + 1, 0};
 }
 
@@ -200,7 +200,8 @@ bool FindInside(Position *string, Position *pattern, Bytes part)
 bool FindAcross(Position *string, Position *pattern, Bytes part)
 {
     const Bytes rest = RestOf(*string);
-    const Position next = {string->record + 1, 0};
+    Position next = *string;
+    Advance(&next, static_cast<unsigned int>(rest.count));
     size_t left = std::min(rest.count, part.count - std::min<size_t>(part.count, 1));
     while (left > 0) {
         const char *const end = rest.at + rest.count;

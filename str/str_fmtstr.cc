@@ -35,17 +35,12 @@ unsigned int theCapacity;
 constexpr unsigned int kLeastGrowth = 128;
 constexpr unsigned int kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
 
-[[noreturn]] void RaiseNoMemory(int line = __builtin_LINE())
-{
-    er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, line);
-}
-
 void GrowPrintBuffer(uint64_t need)
 {
     if (theCapacity != 0 && need <= theCapacity)
         return;
     if (need > kMostCapacity)
-        RaiseNoMemory();
+        frame::Raise(kSource, OS_ESC_MEMORY);
     const unsigned int capacity =
         std::max(static_cast<unsigned int>(need), theCapacity + kLeastGrowth);
     theBuffer = static_cast<char *>(theCapacity == 0 ? os_malloc(capacity)
@@ -244,7 +239,7 @@ void AppendValue(Build *build, const Layout &layout, const char *size, char conv
         printed = Print(*build, order, layout, value);
     }
     if (printed < 0)
-        RaiseNoMemory();
+        frame::Raise(kSource, OS_ESC_MEMORY);
     build->length += static_cast<unsigned int>( // a 'c' may print a NUL
         strnlen(theBuffer + build->length, static_cast<size_t>(printed)));
 }

@@ -20,8 +20,6 @@ bool IsValid(const char *text) { return g_utf8_validate(text, -1, nullptr) != 0;
 // Whether the texts are well-formed is asked last, since what does not match needs no answer to it.
 bool Matches(const char *string, const char *pattern)
 {
-    if (*pattern != *string && *pattern != kUs)
-        return false;
     return IsLoneUs(pattern) ||
            (wildcard::Matches(string, pattern) && IsValid(string) && IsValid(pattern));
 }

@@ -123,7 +123,7 @@ row 0 $'a&lt;e\eAc' transform --replace '<=&lt;' --replace é=e --escape ^ --dro
 row 0 $'(a<b)=x[y' transform --prefix --replace '<=[' '(a<b)=x<y' ''
 row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
 like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
-for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
+for bad in '' '<' =x '\xFF=a' '\x00=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
 
 # ---- printf
 row 0 $'x=7\ny=abc' printf 'x=%d\ny=%s' 7 abc

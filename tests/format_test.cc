@@ -148,6 +148,7 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
     EXPECT_EQ(Printed("UTF8", "100%% %d%%%d", 1, 2), "100%% 1%%2");
     EXPECT_EQ(Printed("UTF8", "%d$ %s$%%$%d", 5, "x", 6), "5$ x$%%$6") << "a '$' that is text";
     EXPECT_EQ(Printed("UTF8", "%1$*1$d", 3), "  3") << "one int, used twice";
+    EXPECT_EQ(Printed("UTF8", "%1$d %2$*1$d", 3, 7), "3   7") << "... by two directives";
     EXPECT_EQ(Printed("UTF8", "%:$d%2$d%3$d%4$d%5$d%6$d%7$d%8$d%9$d%1$d", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10),
               "102345678" "91") << "':' is 10";
     EXPECT_EQ(Printed("UTF8", "%+.*d|%*d|%-*d|%0*d", -1, 5, -4, 6, 3, 7, 4, 8), "+5|6   |7  |0008");

@@ -29,7 +29,7 @@ struct TransformOptions : TextOptions {
 std::optional<size_t> BadByte(const std::string &text)
 {
     const char *bad;
-    if (g_utf8_validate(text.c_str(), -1, &bad))
+    if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), &bad))
         return std::nullopt;
     return static_cast<size_t>(bad - text.c_str());
 }

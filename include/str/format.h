@@ -31,8 +31,8 @@
  * A directive is printed as it stands, as text,
  *   - when it has a number outside 1 to 49: PrintfError tells of it;
  *   - when its segment ends before its conversion: PrintfError tells of it;
- *   - when a later directive takes the number of its value again;
- *   - when another directive takes the number of its width or precision for what is no int.
+ *   - when a later directive has a value of the same number;
+ *   - when one of its arguments is taken for another type too.
  *
  * All strings are NUL-terminated.  The text is built in a buffer of the library, which the next call
  * that prints, by anyone, overwrites and which is never released.  It grows to twice the longest
@@ -70,9 +70,11 @@ extern "C" {
 /* What a format says of one argument. */
 typedef struct ParameterRecord {
     int32_t type;         /* STR_ARG_... */
-    int32_t isConversion; /* 1: the value of a directive; 0: a width or precision, or unused */
-    const char *text;     /* the directive's '%', inside the format; null for the others */
-    uint32_t textLen;     /* bytes of the directive, its conversion included */
+    int32_t isConversion; /* 1: last taken for a value; 0: for a width or precision, or unused */
+    /* Of the directive whose value it is, where there is one, though another takes it for a width or
+     * precision too; else null and 0: */
+    const char *text;   /* its '%', inside the format */
+    uint32_t textLen;   /* its bytes, its conversion included */
     int32_t widthParam; /* the number that its '*' names for the width; 0: '*' alone; -1: no '*' */
     int32_t precParam;  /* the same for the precision */
 } ParameterRecord;
