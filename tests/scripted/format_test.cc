@@ -5,6 +5,7 @@
 #include "services/services.h"
 #include "tests/scripted/ccs.h"
 #include "tests/scripted/files.h"
+#include "tests/support/escape.h"
 
 #include <gtest/gtest.h>
 #include <platform/er.h>
@@ -47,38 +48,22 @@ class ScriptedPrint : public testing::Test
     ParameterRecord table[STR_PARAMETERS];
     unsigned int length = 4711;
 
+    int Scan(const char *format)
+    {
+        const auto size = static_cast<uint32_t>(strlen(format));
+        const CSSegment segments[] = {{format, kAsciiSet, 0, size},
+                                      {format + size, CS_SEG_END, 0, 0}};
+        return str_GetParams(&kCs, format, segments, 2, table);
+    }
     // Scanned as a single segment of ASCII, then built over the segments of the script.
     const char *Build(const char *format)
     {
-        const CSSegment segments[] = {{format, kAsciiSet, 0, static_cast<uint32_t>(strlen(format))},
-                                      {format + strlen(format), CS_SEG_END, 0, 0}};
-        const int maxParam = str_GetParams(&kCs, format, segments, 2, table);
+        const int maxParam = Scan(format);
         std::fill_n(strings, STR_PARAMETERS, string.data());
         return str_buildpfstring(&kCs, &length, format, table, maxParam, nullptr, ints, nullptr,
                                  nullptr, nullptr, nullptr, strings);
     }
 };
-
-// What came out of a build that an escape may have ended.
-struct Outcome {
-    bool escaped, ourEnvironment;
-};
-
-template <class Body>
-Outcome Try(Body body)
-{
-    static sigjmp_buf here;
-    static Outcome outcome; // escapes are jumps
-    outcome.escaped = false;
-    sigjmp_buf *const outer = er_SetCurrEnv(&here);
-    if (sigsetjmp(here, 0) == 0)
-        body();
-    else
-        outcome.escaped = true;
-    outcome.ourEnvironment = er_GetCurrEnv() == &here;
-    er_SetCurrEnv(outer);
-    return outcome;
-}
 
 // The first test of the process that prints: the buffer is not there yet.
 TEST_F(ScriptedPrint, GrowsItsBufferByWhatIsMissing)
@@ -87,7 +72,6 @@ TEST_F(ScriptedPrint, GrowsItsBufferByWhatIsMissing)
     scripted::files.callsLeft = 0;
     EXPECT_EQ(Build("x=%d"), nullptr) << "no memory at all";
     EXPECT_EQ(length, 0U);
-    EXPECT_EQ(er_GetLive(), 0);
     scripted::files.callsLeft = 1; // 128 bytes
     EXPECT_STREQ(Build("x=%d"), "x=7");
     string.assign(125, 's');
@@ -142,40 +126,34 @@ TEST_F(ScriptedPrint, BringsItsOwnSetBackBehindAString)
 
 TEST_F(ScriptedPrint, EscapesOutOfEveryCallLeaveWhatWasBuilt)
 {
+    const char *const format = "%d, %s, %s.";
     script.segments = {{kAsciiSet, 1}, {CS_SEG_IGNORE, 2}};
     script.codePage = kPairSet; // so that every function is called
-    const std::string whole = Build("%d, %s, %s.");
+    const std::string whole = Build(format);
     EXPECT_EQ(whole, "7, arg<A>, arg<A>.");
-    const char *const format = "%d, %s, %s.";
     for (const int escapeClass : {3, 5}) {
-        int raised = 0;
-        for (bool over = false; !over; ++raised) {
-            script.escapeClass = 0;
-            Build("seen"); // the table of this format is still to come
-            const CSSegment segments[] = {{format, kAsciiSet, 0, 11},
-                                          {format + 11, CS_SEG_END, 0, 0}};
-            const int maxParam = str_GetParams(&kCs, format, segments, 2, table);
-            script.escapeClass = escapeClass;
-            script.callsLeft = raised;
-            static const char *text;
-            text = nullptr;
+        int calls = 0;
+        for (bool over = false; !over; ++calls) {
+            const char *text = nullptr;
             length = 4711;
-            const Outcome outcome = Try([&] {
-                text = str_buildpfstring(&kCs, &length, format, table, maxParam, nullptr, ints,
-                                         nullptr, nullptr, nullptr, nullptr, strings);
-            });
+            const int maxParam = Scan(format);
+            script.escapeClass = escapeClass;
+            script.callsLeft = calls;
+            const bool escaped =
+                Escaped([&] {
+                    text = str_buildpfstring(&kCs, &length, format, table, maxParam, nullptr, ints,
+                                             nullptr, nullptr, nullptr, nullptr, strings);
+                }) != 0;
             over = script.callsLeft >= 0;
-            EXPECT_TRUE(outcome.ourEnvironment);
-            EXPECT_EQ(outcome.escaped, !over && escapeClass != 3) << raised;
-            EXPECT_EQ(er_GetLive() != 0, outcome.escaped);
-            if (outcome.escaped) {
+            script.escapeClass = 0;
+            EXPECT_EQ(escaped, !over && escapeClass != 3) << calls;
+            if (escaped) {
                 EXPECT_EQ(length, 4711U);
             } else {
-                EXPECT_EQ(text, over ? whole : raised < 7 ? "7, " : "7, arg<A>, ") << raised;
+                EXPECT_EQ(text, over ? whole : calls < 7 ? "7, " : "7, arg<A>, ") << calls;
             }
-            er_Clear();
         }
-        EXPECT_EQ(raised, 15) << "seven calls for each string";
+        EXPECT_EQ(calls, 15) << "seven calls for each string";
     }
 }
 
@@ -201,18 +179,15 @@ TEST_F(ScriptedPrint, PrintFunctionsTraceAndPassEscapesOfTheirOwnOn)
                       "+str_simplefprintf -str_simplefprintf +str_simplefprintf "
                       "-str_simplefprintf ");
     er_SubSystemLoggingLevel = 9;
-    traced.clear();
     script.flags[kCode] = CS_FLAG_ESCAPES;
     for (int calls = 0; calls < 3; ++calls) { // what set it is, its segments, what they are
         script.escapeClass = 3;
         script.callsLeft = calls;
-        EXPECT_TRUE(Try([&] { str_simplesprintf(&kCs, room, "%d", 6); }).escaped) << calls;
-        er_Clear();
+        EXPECT_NE(Escaped([&] { str_simplesprintf(&kCs, room, "%d", 6); }), 0) << calls;
     }
     script.callsLeft = 3;
     EXPECT_EQ(str_simplesprintf(&kCs, room, "%n", nullptr), -1);
     EXPECT_STREQ(room, "5");
-    EXPECT_EQ(traced, "");
 }
 
 // Records that are not the scanner's: what does not fit its directive is text.

@@ -5,7 +5,8 @@
 #include "services/services.h"
 #include "tests/scripted/ccs.h"
 #include "tests/scripted/files.h"
-#include "tests/support/guarded.h"
+#include "tests/support/escape.h"
+#include "tests/support/text.h"
 
 #include <gtest/gtest.h>
 #include <platform/er.h>
@@ -36,37 +37,6 @@ Script Sets()
     return sets;
 }
 
-// In rows, _ stands for US.
-std::string WithUs(std::string text)
-{
-    for (char &byte : text)
-        byte = byte == '_' ? kUs : byte;
-    return text;
-}
-
-// What a match that an escape may have ended came to.  Escapes are jumps, so nothing here needs
-// unwinding.
-struct Outcome {
-    int answer;
-    bool escaped;        // to us
-    bool ourEnvironment; // was current again when it did
-};
-
-Outcome TryMatch(const char *string, const char *pattern)
-{
-    static Outcome outcome;
-    outcome = {-1, false, false};
-    static sigjmp_buf here;
-    sigjmp_buf *const outer = er_SetCurrEnv(&here);
-    if (sigsetjmp(here, 0) == 0)
-        outcome.answer = str_USPatternMatch(string, pattern, &kCs);
-    else
-        outcome.escaped = true;
-    outcome.ourEnvironment = er_GetCurrEnv() == &here;
-    er_SetCurrEnv(outer);
-    return outcome;
-}
-
 int Match(const std::vector<Segment> &stringList, const std::string &string,
           const std::vector<Segment> &patternList, const std::string &pattern)
 {
@@ -94,54 +64,46 @@ class ScriptedMatch : public testing::Test
 // The first test of the process that matches: the array is not there yet.
 TEST_F(ScriptedMatch, MemoryThatRunsOutLeavesMatchingUsable)
 {
-    const std::vector<Segment> two = {{kAscii, 1}, {kAscii, 1}};
-    const std::vector<Segment> many(100, {kAscii, 1});
-    const std::string text(100, 'a'), pattern = WithUs("a_");
-    for (const int round : {0, 1}) {
-        const std::vector<Segment> &list = round == 0 ? two : many;
-        const std::string string = text.substr(0, list.size());
-        script.realLists[0] = list;
+    for (const size_t count : {size_t{2}, size_t{100}}) { // the first allocation, a growth
+        const std::string string(count, 'a');
+        script.realLists[0] = std::vector<Segment>(count, {kAscii, 1});
         script.realLists[1] = {{kAscii, 2}};
-        scripted::files.escapeClass = 3;
-        scripted::files.callsLeft = 0;
-        Outcome outcome = TryMatch(string.c_str(), pattern.c_str());
-        EXPECT_EQ(outcome.answer, 0) << "class 3 ends here";
-        EXPECT_TRUE(outcome.ourEnvironment);
-        EXPECT_EQ(er_GetLive(), 0);
-        scripted::files.escapeClass = 5;
-        scripted::files.callsLeft = 0;
-        script.nextList = 0;
-        outcome = TryMatch(string.c_str(), pattern.c_str());
-        EXPECT_TRUE(outcome.escaped) << "another does not";
-        EXPECT_TRUE(outcome.ourEnvironment);
-        EXPECT_NE(er_GetLive(), 0);
-        er_Clear();
+        int answer = -1;
+        const auto match = [&] {
+            script.nextList = 0;
+            answer = str_USPatternMatch(string.c_str(), "a\x1F", &kCs);
+        };
+        for (const int escapeClass : {3, 5}) {
+            scripted::files.escapeClass = escapeClass;
+            scripted::files.callsLeft = 0;
+            EXPECT_EQ(Escaped(match) != 0, escapeClass != 3) << "class 3 ends here";
+            EXPECT_EQ(answer, escapeClass == 3 ? 0 : -1);
+            answer = -1;
+        }
         scripted::files.escapeClass = 0;
-        EXPECT_EQ(Match(list, string, {{kAscii, 2}}, pattern), 1) << "the next call works";
+        match();
+        EXPECT_EQ(answer, 1) << "the next call works";
     }
     scripted::files.escapeClass = 3;
     scripted::files.callsLeft = 0;
-    EXPECT_EQ(Match(many, text, {{kAscii, 2}}, pattern), 1) << "no allocation in steady state";
     const std::vector<Segment> spare(120, {kAscii, 1});
-    EXPECT_EQ(Match(spare, text + text.substr(0, 20), {{kAscii, 2}}, pattern), 1) << "20 to spare";
+    EXPECT_EQ(Match(spare, std::string(120, 'a'), {{kAscii, 2}}, "a\x1F"), 1) << "20 to spare";
 }
 
 TEST_F(ScriptedMatch, TextsWithoutSegmentsMatchNothing)
 {
-    script.realLists[1] = {{kAscii, 1}};
-    EXPECT_EQ(str_USPatternMatch("a", "b", &kCs), 0) << "no list for the string";
+    EXPECT_EQ(str_USPatternMatch("a", "a", &kCs), 1) << "the same text: no list needed";
+    EXPECT_EQ(str_USPatternMatch("", "", &kCs), 1);
+    EXPECT_EQ(str_USPatternMatch("a", "", &kCs), 0);
+    EXPECT_EQ(str_USPatternMatch("", "\x1F", &kCs), 0);
+    EXPECT_EQ(script.nextList, 0U);
+    EXPECT_EQ(str_USPatternMatch("a", "\x1F", &kCs), 0) << "no list for the string";
     EXPECT_EQ(script.nextList, 1U) << "the pattern is not asked for";
     script = Sets();
     script.realLists[0] = {{kAscii, 1}};
     EXPECT_EQ(str_USPatternMatch("a", "\x1F", &kCs), 0) << "no list for the pattern";
     EXPECT_EQ(Match({}, "\x1B", {{kAscii, 1}}, "\x1F"), 0) << "nothing but the end";
     EXPECT_EQ(Match({{kAscii, 1}}, "a", {}, "\x1F"), 0);
-    script = Sets();
-    EXPECT_EQ(str_USPatternMatch("a", "a", &kCs), 1) << "the same text: no list needed";
-    EXPECT_EQ(str_USPatternMatch("", "", &kCs), 1);
-    EXPECT_EQ(str_USPatternMatch("a", "", &kCs), 0);
-    EXPECT_EQ(str_USPatternMatch("", "\x1F", &kCs), 0);
-    EXPECT_EQ(script.nextList, 0U);
 }
 
 TEST_F(ScriptedMatch, TracesItsExitWhereAPieceStandsBesideUs)
@@ -153,14 +115,14 @@ TEST_F(ScriptedMatch, TracesItsExitWhereAPieceStandsBesideUs)
     er_SubSystemLoggingLevel = 10;
     const auto traceOf = [](const std::string &pattern) {
         traced.clear();
-        Match({{kAscii, 1}, {kAscii, 1}}, "ab",
-              {{kAscii, static_cast<unsigned int>(pattern.size())}}, pattern);
+        const auto size = static_cast<unsigned int>(pattern.size());
+        Match({{kAscii, 1}, {kAscii, 1}}, "ab", {{kAscii, size}}, WithUs(pattern));
         return traced;
     };
     for (const char *pattern : {"ab", "xy", "_", "a_", "_b", ""})
-        EXPECT_EQ(traceOf(WithUs(pattern)), "+str_USPatternMatch ") << pattern;
+        EXPECT_EQ(traceOf(pattern), "+str_USPatternMatch ") << pattern;
     for (const char *pattern : {"a_b", "x_b", "_a_", "__", "a__"})
-        EXPECT_EQ(traceOf(WithUs(pattern)), "+str_USPatternMatch -str_USPatternMatch ") << pattern;
+        EXPECT_EQ(traceOf(pattern), "+str_USPatternMatch -str_USPatternMatch ") << pattern;
     traced.clear();
     str_utf8USPatternMatch("a", "b");
     EXPECT_EQ(traced, "+str_utf8USPatternMatch -str_utf8USPatternMatch ");
@@ -200,17 +162,14 @@ std::vector<Symbol> SymbolsOf(const std::string &text, const std::vector<Segment
     return symbols;
 }
 
-// Every text of `least` to `most` letters.
-std::vector<std::string> Texts(const std::string &letters, size_t least, size_t most)
+// Every text of up to `most` letters.
+std::vector<std::string> Texts(const std::string &letters, size_t most)
 {
     std::vector<std::string> all = {""};
-    for (size_t first = 0, length = 0; length < most; ++length) {
-        const size_t end = all.size();
-        for (; first < end; ++first)
+    for (size_t i = 0; i < all.size(); ++i)
+        if (all[i].size() < most)
             for (const char letter : letters)
-                all.push_back(all[first] + letter);
-    }
-    std::erase_if(all, [least](const std::string &text) { return text.size() < least; });
+                all.push_back(all[i] + letter);
     return all;
 }
 
@@ -251,35 +210,21 @@ void CheckEveryCut(const std::string &string, const std::string &pattern)
         ASSERT_EQ(strictly, matches) << where;
     }
     for (const auto &stringCut : Cuts(string.size()))
-        for (const auto &patternCut : Cuts(pattern.size())) {
-            const bool oneEach = stringCut.size() == 1 && patternCut.size() == 1;
-            ASSERT_EQ(Match(stringCut, string, patternCut, pattern), oneEach ? matches : strictly)
+        for (const auto &patternCut : Cuts(pattern.size()))
+            ASSERT_EQ(Match(stringCut, string, patternCut, pattern),
+                      stringCut.size() == 1 && patternCut.size() == 1 ? matches : strictly)
                 << where << " in " << stringCut.size() << " and " << patternCut.size();
-        }
 }
 
 TEST_F(ScriptedMatch, AllMatchersMeanTheSameInEveryCut)
 {
-    std::vector<std::string> strings = Texts("abc", 0, 5);
-    for (const std::string &string : Texts(WithUs("ab_"), 1, 4)) // US is a byte like any other
+    std::vector<std::string> strings = Texts("abc", 5);
+    for (const std::string &string : Texts(WithUs("ab_"), 4)) // US is a byte like any other
         if (string.find(kUs) != std::string::npos)
             strings.push_back(string);
-    for (const std::string &pattern : Texts(WithUs("abc_"), 0, 4))
+    for (const std::string &pattern : Texts(WithUs("abc_"), 4))
         for (const std::string &string : strings)
             ASSERT_NO_FATAL_FAILURE(CheckEveryCut(string, pattern));
-}
-
-std::vector<Segment> RandomList(std::mt19937 &random, size_t length)
-{
-    constexpr uint16_t kinds[] = {kAscii,        kAscii,   kAscii,     kOtherAscii, kUniform,
-                                  kOtherUniform, kForeign, CS_SEG_RAW, CS_SEG_RAW};
-    std::vector<Segment> list;
-    while (length > 0) {
-        const auto part = static_cast<unsigned int>(1 + random() % length);
-        list.push_back({kinds[random() % std::size(kinds)], part});
-        length -= part;
-    }
-    return list;
 }
 
 std::string RandomText(std::mt19937 &random, const std::string &letters)
@@ -288,6 +233,18 @@ std::string RandomText(std::mt19937 &random, const std::string &letters)
     for (char &byte : text)
         byte = letters[random() % letters.size()];
     return text;
+}
+
+std::vector<Segment> RandomList(std::mt19937 &random, size_t length)
+{
+    constexpr uint16_t kinds[] = {kAscii,        kAscii,   kAscii,     kOtherAscii, kUniform,
+                                  kOtherUniform, kForeign, CS_SEG_RAW, CS_SEG_RAW};
+    std::vector<Segment> list;
+    for (size_t part; length > 0; length -= part) {
+        part = 1 + random() % length;
+        list.push_back({kinds[random() % std::size(kinds)], static_cast<unsigned int>(part)});
+    }
+    return list;
 }
 
 TEST_F(ScriptedMatch, ComparesWhereSetsAreEquivalent)
@@ -312,49 +269,32 @@ TEST_F(ScriptedMatch, ComparesWhereSetsAreEquivalent)
 
 // ---- Rows ----------------------------------------------------------------------------------
 
-struct Row {
-    std::vector<Segment> stringList;
-    const char *string;
-    std::vector<Segment> patternList;
-    const char *pattern;
-    int answer;
-    const char *why;
-};
-
-TEST_F(ScriptedMatch, GoesBySegments)
+TEST_F(ScriptedMatch, TakesListsThatAreOdd)
 {
-    const Segment a1 = {kAscii, 1}, a2 = {kAscii, 2}, a3 = {kAscii, 3}, none = {kAscii, 0};
+    const Segment a1 = {kAscii, 1}, a2 = {kAscii, 2}, none = {kAscii, 0};
     // clang-format off
-    const Row rows[] = {
-        {{a1, a2}, "abc", {{kAscii, 5}}, "ab_bc", 0, "the tail may not overlap the head"},
-        {{a1, a3}, "abbc", {{kAscii, 5}}, "ab_bc", 1, "... but may follow at once"},
-        {{a2, a2}, "abxb", {{kAscii, 5}}, "a_b_b", 1, "the leftmost for the middle"},
-        {{a1, a2}, "axb", {{kAscii, 5}}, "a_b_b", 0, "one b does not serve twice"},
-        {{a1, a3}, "abcd", {{kAscii, 3}}, "ab_", 1, "a piece over a boundary of the string"},
-        {{a1, {kOtherAscii, 3}}, "abcd", {{kAscii, 3}}, "ab_", 1, "... to an equivalent set"},
-        {{a1, {kUniform, 3}}, "abcd", {{kAscii, 3}}, "ab_", 1, "... to a uniform superset"},
-        {{a1, {kForeign, 3}}, "abcd", {{kAscii, 3}}, "ab_", 0, "... to another set"},
-        {{{kUniform, 1}, {kOtherUniform, 3}}, "abcd", {{kUniform, 3}}, "ab_", 0, "... no ASCII"},
-        {{a2, a2}, "aabc", {{kAscii, 2}, {kOtherAscii, 2}}, "_a" "bc", 1, "... of the pattern"},
-        {{a3, {kForeign, 2}, a1}, "axybcz", {a2, {kForeign, 3}, a1}, "a_" "bc_" "z", 1,
-         "pieces in their sets"},
-        {{a3, {kForeign, 2}, a1}, "abcbcz", {a2, {kOtherUniform, 3}, a1}, "a_" "bc_" "z", 1,
-         "a piece of a set that is equivalent there"},
-        {{a3, {kForeign, 1}, {CS_SEG_RAW, 2}}, "xyzabb", {{kForeign, 2}, a1}, "a_" "b", 0, "a raw tail"},
-        {{a1, {CS_SEG_RAW, 2}, a1}, "abba", {{kAscii, 3}}, "a_a", 1, "raw bytes under a US"},
-        {{a1, {CS_SEG_RAW, 2}}, "abb", {a1, {CS_SEG_RAW, 3}}, "a" "b_b", 0, "... but no raw piece"},
-        {{{CS_SEG_RAW, 2}}, "ab", {{CS_SEG_RAW, 2}}, "a_", 0, "not even of one segment"},
-        {{{CS_SEG_RAW, 2}}, "ab", {{CS_SEG_RAW, 1}}, "_", 1, "a lone US compares nothing"},
-        {{{CS_SEG_RAW, 2}}, "ab", {{kAscii, 2}}, "__", 0, "two US compare"},
+    const struct {
+        std::vector<Segment> stringList;
+        const char *string;
+        std::vector<Segment> patternList;
+        const char *pattern;
+        int answer;
+        const char *why;
+    } rows[] = {
         {{a1}, "ab", {{kAscii, 3}}, "ab_", 0, "not all of the string is in its segment"},
         {{a2, a2}, "abab", {a2, none}, "a_", 1, "an empty last segment: the byte before decides"},
         {{a2, a2}, "abab", {a2, none}, "_a", 0, "... likewise"},
         {{a2, a2}, "abab", {a1, none}, "_", 1, "... of a lone US"},
+        {{a2, a2}, "abab", {a2, none}, "_b", 1, "... behind a tail"},
         {{a2, a2}, "abab", {none, a2}, "_b", 1, "an empty first segment"},
+        {{a1, none, a1, none}, "ab", {{kAscii, 3}}, "ab_", 1, "empty segments of the string"},
+        {{a1, none, a1, none}, "ab", {{kAscii, 3}}, "_ab", 1, "... and a tail"},
+        {{a1, none, a1, none}, "ab", {{kAscii, 4}}, "_ab_", 1, "... and a middle piece"},
+        {{a1, {kForeign, 0}, a1}, "ab", {{kAscii, 4}}, "_ab_", 1, "... of another set"},
     };
     // clang-format on
-    for (const Row &row : rows)
-        EXPECT_EQ(Match(row.stringList, WithUs(row.string), row.patternList, WithUs(row.pattern)),
+    for (const auto &row : rows)
+        EXPECT_EQ(Match(row.stringList, row.string, row.patternList, WithUs(row.pattern)),
                   row.answer)
             << row.why;
 }
@@ -366,48 +306,31 @@ TEST_F(ScriptedMatch, TakesAThousandSegmentsAndTenThousandPieces)
         string += "xy";
         pattern += WithUs("_y");
     }
-    const std::vector<Segment> cut(1000, {kAscii, 20}), patternCut(1000, {kOtherAscii, 20});
-    std::vector<Segment> patternList = patternCut;
+    std::vector<Segment> list(1000, {kAscii, 20}), patternList(1000, {kOtherAscii, 20});
     patternList.push_back({kAscii, 1});
-    EXPECT_EQ(Match(cut, string, patternList, pattern), 1);
-    EXPECT_EQ(Match(cut, string, patternList, WithUs("_") + pattern.substr(1)), 1);
+    EXPECT_EQ(Match(list, string, patternList, pattern), 1);
     string.back() = 'x';
-    EXPECT_EQ(Match(cut, string, patternList, pattern), 0);
-    std::vector<Segment> raw = cut;
-    raw[500].kind = CS_SEG_RAW;
+    EXPECT_EQ(Match(list, string, patternList, pattern), 0);
     string.back() = 'y';
-    EXPECT_EQ(Match(raw, string, patternList, pattern), 0) << "10 pieces too few";
+    list[500].kind = CS_SEG_RAW;
+    EXPECT_EQ(Match(list, string, patternList, pattern), 0) << "10 pieces too few";
 }
 
 // ---- The steps, called directly ------------------------------------------------------------
 
-// Lists of ASCII segments, cut where / stands.
-class Records
-{
-  public:
-    explicit Records(const std::string &written)
-    {
-        std::vector<size_t> lengths = {0};
-        for (const char byte : WithUs(written))
-            if (byte == '/')
-                lengths.push_back(0);
-            else {
-                text += byte;
-                ++lengths.back();
-            }
-        const char *at = text.c_str();
-        for (const size_t length : lengths) {
-            records.push_back({at, kAscii, 0, static_cast<uint32_t>(length)});
-            at += length;
-        }
-        records.push_back({at, CS_SEG_END, 0, 0});
-    }
-    const CSSegment *data() const { return records.data(); }
-    int count() const { return static_cast<int>(records.size()); }
-
-  private:
+// ASCII segments, which / divides.
+struct Records {
     std::string text;
-    std::vector<CSSegment> records;
+    std::vector<CSSegment> list;
+
+    explicit Records(const std::string &written) : text(WithUs(written))
+    {
+        for (size_t at = 0, end; at <= text.size(); at = end + 1) {
+            end = std::min(text.find('/', at), text.size());
+            list.push_back({text.data() + at, kAscii, 0, static_cast<uint32_t>(end - at)});
+        }
+        list.push_back({text.data() + text.size(), CS_SEG_END, 0, 0});
+    }
 };
 
 // "record.offset", "end".
@@ -415,22 +338,20 @@ std::string Place(const Records &records, const CSSegment *record, unsigned int 
 {
     if (record->kind == CS_SEG_END)
         return "end";
-    return std::to_string(record - records.data()) + "." + std::to_string(offset);
+    return std::to_string(record - records.list.data()) + "." + std::to_string(offset);
 }
-
-struct Step {
-    const char *string;
-    unsigned int stringRecord, stringOffset;
-    const char *pattern;
-    unsigned int patternRecord, patternOffset;
-    int mode, answer; // mode 2: the middle pieces
-    const char *places;
-};
 
 TEST_F(ScriptedMatch, StepsMoveTheirPositionsWhenTheySucceed)
 {
     // clang-format off
-    const Step steps[] = {
+    const struct {
+        const char *string;
+        unsigned int stringRecord, stringOffset;
+        const char *pattern;
+        unsigned int patternRecord, patternOffset;
+        int mode, answer; // mode 2: the middle pieces
+        const char *places;
+    } steps[] = {
         {"abcd", 0, 0, "ab", 0, 0, 1, 1, "0.2 end"},
         {"abcd", 0, 0, "ab", 0, 0, 0, 0, "0.0 0.0"},
         {"xabcd", 0, 1, "xabcd", 0, 1, 0, 1, "end end"},
@@ -449,10 +370,10 @@ TEST_F(ScriptedMatch, StepsMoveTheirPositionsWhenTheySucceed)
         {"abc", 0, 1, "a_c", 0, 1, 2, 0, "0.1 0.2"}, // no middle piece, but the US is passed
     };
     // clang-format on
-    for (const Step &step : steps) {
+    for (const auto &step : steps) {
         const Records string(step.string), pattern(step.pattern);
-        const CSSegment *s = string.data() + step.stringRecord;
-        const CSSegment *p = pattern.data() + step.patternRecord;
+        const CSSegment *s = &string.list[step.stringRecord];
+        const CSSegment *p = &pattern.list[step.patternRecord];
         unsigned int sOffset = step.stringOffset, pOffset = step.patternOffset;
         const int answer = step.mode == 2 ? str_RepeatMatch(&s, &p, &sOffset, &pOffset)
                                           : str_Match(&s, &p, &sOffset, &pOffset, step.mode);
@@ -478,7 +399,9 @@ TEST_F(ScriptedMatch, TheEndIsComparedFromTheEnd)
     for (const auto &row : rows) {
         const Records string(row.string), pattern(row.pattern);
         unsigned int offset = row.offset;
-        EXPECT_EQ(str_EndMatch(string.data(), pattern.data(), &offset, string.count()), row.answer)
+        EXPECT_EQ(str_EndMatch(string.list.data(), pattern.list.data(), &offset,
+                               static_cast<int>(string.list.size())),
+                  row.answer)
             << row.string << " " << row.pattern;
         if (row.answer == 0) {
             EXPECT_EQ(offset, row.offset);
@@ -488,17 +411,17 @@ TEST_F(ScriptedMatch, TheEndIsComparedFromTheEnd)
 
 TEST_F(ScriptedMatch, UsIsSkippedWhereItStands)
 {
-    const Records records("a_/_b");
-    // clang-format off
-    const struct { unsigned int record, offset; const char *place; } rows[] = {
-        {0, 0, "0.0"}, {0, 1, "1.0"}, {1, 0, "1.1"}, {1, 1, "1.1"}, {2, 0, "end"},
-    };
-    // clang-format on
-    for (const auto &row : rows) {
-        const CSSegment *record = records.data() + row.record;
-        unsigned int offset = row.offset;
-        str_SkipUS(&record, &offset);
-        EXPECT_EQ(Place(records, record, offset), row.place);
+    for (const auto &[text, expected] :
+         {std::pair{"__/_b", " 0.1 1.0 1.1 1.1"}, std::pair{"_", " end end end end"}}) {
+        const Records records(text);
+        const CSSegment *record = records.list.data();
+        unsigned int offset = 0;
+        std::string places;
+        for (int step = 0; step < 4; ++step) {
+            str_SkipUS(&record, &offset);
+            places += " " + Place(records, record, offset);
+        }
+        EXPECT_EQ(places, expected);
     }
 }
 
