@@ -105,6 +105,38 @@ row 0 $'1\n0' find '[' 'a[b' '[,]'
 row 0 1 find --charset t.61 '\xE1' 'a\xE1'
 for bad in '' ab é; do like 2 'strtool: *not one byte*' find "$bad" a; done
 
+# ---- match, transform
+input='A\e$B$"$$\e(BB\nA*B\n\e$B$*\e(B\n'
+row 0 $'A\e$B$"$$\e(BB\nA*B' match "${jp[@]}" --wildcard '*' 'A*B'
+row 0 $'AあいB' match "${jp[@]}" --utf8-pattern --utf8-out '\x1Fあ\x1F'
+row 0 $'お' match "${jp[@]}" --utf8-out --wildcard '*' '\e$B$*\e(B'
+row 1 '' match "${jp[@]}" --wildcard '*' '*A'
+input=
+row 0 $'aé\nbé' match --wildcard '%' '%é' aé bé xe
+row 0 é match --charset iso-8859-1 --utf8-in --utf8-out '\x1Fé' é e
+row 1 '' match -- '[a]' a
+row 0 '' match '\x1F' ''
+row 1 '' match --charset ia5 '\x1F' ''
+like 2 'strtool: PATTERN: *é*IA5*' match --charset ia5 --utf8-pattern é a
+like 2 'strtool: *not one byte*' match --wildcard '**' a b
+row 0 $'a&lt;e\eAc' transform --replace '<=&lt;' --replace é=e --escape ^ --drop '~' 'a<é^1~bc'
+row 0 $'(a<b)=x[y' transform --prefix --replace '<=[' '(a<b)=x<y' ''
+row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
+like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
+for bad in '' '<' =x '\xFF=a' '\x00=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
+
+# ---- printf
+row 0 $'x=7\ny=abc' printf 'x=%d\ny=%s' 7 abc
+row 0 'abc -7 0.50 |ffff|99 100%%' printf -- '%2$s %1$d %4$.2f |%3$hx|%5$ld 100%%' -7 abc -1 .5 99
+row 0 '件名: 会議 (3)' printf "${jp[@]}" --utf8-in --utf8-out '件名: %s (%d)' 会議 3
+row 0 $'[\e$B$"\e(B]' printf "${jp[@]}" '[%s]' '\e$B$"'
+row 0 '[1,2]  4294967295' printf '%s%*u' '[1,2]' 12 4294967295
+like 1 '%b$d?strtool: *as it stands' printf '%b$d'
+for bad in '' x 1x 2147483648000 ' '; do like 2 "strtool: '$bad' is not *" printf %d "$bad"; done
+like 2 'strtool: * takes 2 arguments, and 1 are given*' printf '%d%s' 1
+like 2 'strtool: * takes 0 arguments, and 1 are given*' printf '%p %d' 1
+like 2 'strtool: *FORMAT*' printf
+
 # ---- casetable, init-home: what is wrong is said of file and line, what is there already stays
 home=$(mktemp -d) sources=$(realpath "$samples/../toupper")
 trap 'rm -rf "$home"' EXIT

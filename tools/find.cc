@@ -20,18 +20,9 @@ struct FindOptions : TextOptions {
     std::string character;
 };
 
-// In texts that are walked, bytes from 0x80 on go by their value as a signed char.
-int Wanted(const std::string &written)
-{
-    const std::string bytes = Unescape(written);
-    if (bytes.size() != 1)
-        throw UsageError("'" + written + "' is not one byte");
-    return static_cast<signed char>(bytes.front());
-}
-
 int Find(const FindOptions &options)
 {
-    const int wanted = Wanted(options.character);
+    const int wanted = OneByte(options.character);
     bool foundInAll = true;
     const int status = ForEachText(options, [&](const std::string &text, const CSDescriptor &cs) {
         const char *found = str_strchr(text.c_str(), wanted, &cs);

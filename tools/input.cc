@@ -36,15 +36,39 @@ std::string WhyNot(std::string_view text, size_t at, const ccs_SetInfo &set)
     return "there is no '" + std::string(rest.substr(0, length)) + "' in " + set.name;
 }
 
+// Brings UTF-8 texts into a set.
+class Recoder
+{
+  public:
+    explicit Recoder(const ccs_SetInfo &to) : set(to), fromUtf8(to.iconvName, "UTF-8") {}
+
+    std::string Recode(const std::string &text)
+    {
+        if (!fromUtf8.IsOpen())
+            throw TextError(std::string("iconv cannot write ") + set.name);
+        std::string recoded;
+        fromUtf8.Restart();
+        const size_t done = fromUtf8.Convert(text, recoded);
+        if (done < text.size())
+            throw TextError(WhyNot(text, done, set));
+        fromUtf8.Finish(recoded);
+        return recoded;
+    }
+
+  private:
+    ccs_SetInfo set;
+    Converter fromUtf8;
+};
+
 // What becomes of one text on its way to the verb.
 class Feed
 {
   public:
     Feed(const TextOptions &options, const TextHandler &handler)
-        : set(FindSet(options.charset)), cs(DescriptorOf(set)), handle(handler)
+        : cs(DescriptorOf(FindSet(options.charset))), handle(handler)
     {
         if (options.utf8In)
-            fromUtf8.emplace(set.iconvName, "UTF-8");
+            recoder.emplace(FindSet(options.charset));
     }
 
     // `name` is what the text is called in messages.
@@ -55,7 +79,7 @@ class Feed
             text.resize(nul);
         }
         try {
-            handle(fromUtf8 ? Recoded(text) : text, cs);
+            handle(recoder ? recoder->Recode(text) : text, cs);
         } catch (const TextError &error) {
             Complain(name + ": " + error.what());
             status = kFailed;
@@ -65,23 +89,9 @@ class Feed
     int status = kDone;
 
   private:
-    std::string Recoded(const std::string &text)
-    {
-        if (!fromUtf8->IsOpen())
-            throw TextError(std::string("iconv cannot write ") + set.name);
-        std::string recoded;
-        fromUtf8->Restart();
-        const size_t done = fromUtf8->Convert(text, recoded);
-        if (done < text.size())
-            throw TextError(WhyNot(text, done, set));
-        fromUtf8->Finish(recoded);
-        return recoded;
-    }
-
-    ccs_SetInfo set;
     CSDescriptor cs;
     const TextHandler &handle;
-    std::optional<Converter> fromUtf8;
+    std::optional<Recoder> recoder;
 };
 
 void TakeArguments(const std::vector<std::string> &arguments, Feed &feed)
@@ -113,7 +123,7 @@ void TakeLines(std::FILE *file, Feed &feed)
 
 } // namespace
 
-void AddTextOptions(CLI::App &verb, TextOptions &options)
+void AddTexts(CLI::App &verb, TextOptions &options)
 {
     // Taken as they are: CLI11's own conversion to a list gives some texts a meaning.
     const auto take = [&options](const CLI::results_t &texts) {
@@ -127,12 +137,17 @@ void AddTextOptions(CLI::App &verb, TextOptions &options)
         ->expected(1, -1)
         ->allow_extra_args()
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    verb.footer("A text that begins with '-' stands behind '--'.");
+}
+
+void AddTextOptions(CLI::App &verb, TextOptions &options)
+{
+    AddTexts(verb, options);
     verb.add_option("--charset", options.charset, "The set of the texts: see strtool sets")
         ->type_name("NAME")
         ->capture_default_str();
     verb.add_flag("--utf8-in", options.utf8In,
                   "The texts are written in UTF-8: convert them first");
-    verb.footer("A text that begins with '-' stands behind '--'.");
 }
 
 CLI::Option &AddNumber(CLI::App &verb, const std::string &name, std::optional<int> &number,
@@ -206,6 +221,19 @@ std::string Unescape(std::string_view written)
                              "': a backslash stands before xHH, e, n, t or another backslash");
     }
     return bytes;
+}
+
+int OneByte(const std::string &written)
+{
+    const std::string bytes = Unescape(written);
+    if (bytes.size() != 1)
+        throw UsageError("'" + written + "' is not one byte");
+    return static_cast<signed char>(bytes.front());
+}
+
+std::string FromUtf8(const std::string &text, const ccs_SetInfo &set)
+{
+    return Recoder(set).Recode(text);
 }
 
 void Complain(const std::string &what)

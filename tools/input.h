@@ -46,6 +46,9 @@ struct TextOptions {
     std::vector<std::string> arguments;
 };
 
+// Declares TEXT...
+void AddTexts(CLI::App &verb, TextOptions &options);
+
 // Declares TEXT..., --charset and --utf8-in.
 void AddTextOptions(CLI::App &verb, TextOptions &options);
 
@@ -64,6 +67,12 @@ CSDescriptor DescriptorOf(const ccs_SetInfo &set);
 
 // Decodes \xHH, \e, \n, \t and \\.
 std::string Unescape(std::string_view written);
+
+// The only byte of what is written, by its value as a signed char.
+int OneByte(const std::string &written);
+
+// The UTF-8 `text` in the set; throws a TextError where there is none.
+std::string FromUtf8(const std::string &text, const ccs_SetInfo &set);
 
 // Says on standard error what is wrong.
 void Complain(const std::string &what);

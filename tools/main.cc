@@ -33,6 +33,9 @@ int Run(int argc, char **argv)
     AddUpper(app, status);
     AddCmp(app, status);
     AddCmpNames(app, status);
+    AddMatch(app, status);
+    AddTransform(app, status);
+    AddPrintf(app, status);
     AddCaseTable(app, status);
     AddInitHome(app, status);
     try {

@@ -23,6 +23,9 @@ void AddFind(CLI::App &app, int &status);
 void AddUpper(CLI::App &app, int &status);
 void AddCmp(CLI::App &app, int &status);
 void AddCmpNames(CLI::App &app, int &status);
+void AddMatch(CLI::App &app, int &status);
+void AddTransform(CLI::App &app, int &status);
+void AddPrintf(CLI::App &app, int &status);
 void AddCaseTable(CLI::App &app, int &status);
 void AddInitHome(CLI::App &app, int &status);
 

@@ -115,6 +115,14 @@ listing bytes
 step 'The same rows, padded by what strtool width says'
 listing columns
 
+step 'The texts of a file that match a pattern written in UTF-8: escape sequences do not count' \
+    "strtool match --charset iso-2022-jp --utf8-pattern --utf8-out --wildcard '*' '*お知らせ*'"
+strtool match --charset iso-2022-jp --utf8-pattern --utf8-out --wildcard '*' '*お知らせ*' \
+    <iso-2022-jp.txt
+
+inspect 'A format in Japanese, and what it prints: behind the string its own set is back' \
+    iso-2022-jp "strtool printf --charset iso-2022-jp --utf8-in '件名: %s (%d)' 会議 3"
+
 step 'A case table: the source for ISO 8859-1, compiled, and what the file then holds' \
     'strtool casetable compile 100.s && strtool casetable dump 100.b'
 tables=$(mktemp -d)

@@ -9,7 +9,10 @@
 #include <str/compare.h>
 #include <str/concat.h>
 #include <str/display.h>
+#include <str/format.h>
+#include <str/match.h>
 #include <str/split.h>
+#include <str/transform.h>
 #include <str/truncate.h>
 
 #endif

@@ -24,6 +24,33 @@ const std::vector<scripted::Segment> &SegmentsOf(const char *text)
 
 size_t Considered(int length) { return length < 0 ? SIZE_MAX : static_cast<size_t>(length); }
 
+void Called()
+{
+    if (script.escapeClass != 0 && script.callsLeft-- == 0)
+        er_TracedEscape(script.escapeClass, 4712, "tests", 1);
+}
+
+// One list for all, so that the next overwrites it.
+CSSegment *ListOf(const char *text, const std::vector<scripted::Segment> &segments, int length,
+                  int *count)
+{
+    static std::vector<CSSegment> list;
+    list.clear();
+    size_t left = Considered(length);
+    for (const scripted::Segment &segment : segments) {
+        if (left == 0)
+            break;
+        const auto size = static_cast<uint32_t>(std::min<size_t>(segment.length, left));
+        list.push_back({text, segment.kind, 0xEEEE, size});
+        text += size;
+        left -= size;
+    }
+    if (script.endsLists)
+        list.push_back({text, CS_SEG_END, 0xEEEE, 0});
+    *count = static_cast<int>(list.size());
+    return list.data();
+}
+
 } // namespace
 
 extern "C" {
@@ -37,6 +64,7 @@ uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, uns
 
 uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int length, unsigned int *size)
 {
+    Called();
     *size = 0;
     const size_t left = Considered(length);
     if (script.next >= script.walked->size() || left == 0)
@@ -48,24 +76,19 @@ uint16_t ccs_GetNextStr(const CSDescriptor *, const char *, int length, unsigned
 
 CSSegment *ccs_GetAllStrs(const CSDescriptor *, const char *text, int length, int *count)
 {
-    static std::vector<CSSegment> list;
-    list.clear();
-    size_t left = Considered(length);
-    for (const scripted::Segment &segment : SegmentsOf(text)) {
-        if (left == 0)
-            break;
-        const auto size = static_cast<uint32_t>(std::min<size_t>(segment.length, left));
-        list.push_back({text, segment.kind, 0, size});
-        text += size;
-        left -= size;
-    }
-    if (script.endsLists)
-        list.push_back({text, CS_SEG_END, 0, 0});
-    *count = static_cast<int>(list.size());
-    return list.data();
+    Called();
+    return ListOf(text, SegmentsOf(text), length, count);
 }
 
-uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return script.flags[cs->csNum]; }
+CSSegment *ccs_GetRealStrs(const CSDescriptor *, const char *text, int length, int *count)
+{
+    const auto &segments = script.realLists[script.nextList++ % 2];
+    return segments ? ListOf(text, *segments, length, count) : nullptr;
+}
+
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return (Called(), script.flags[cs->csNum]); }
+
+uint16_t ccs_GetCP(int, uint32_t *) { return (Called(), script.codePage); }
 
 const char *ccs_GetCSName(const CSDescriptor *cs)
 {
@@ -112,6 +135,7 @@ const char *ccs_GetModelEscapes(int *length)
 
 const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *length)
 {
+    Called();
     script.asked += "ASCII of " + std::to_string(cs->csNum) + "/" + std::to_string(escMode) + "\n";
     *length = static_cast<int>(script.asciiEscapes.size());
     return script.asciiEscapes.c_str();

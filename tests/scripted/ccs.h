@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct Script {
     std::map<uint16_t, std::string> designations; // null for the others
     std::map<uint16_t, uint16_t> upperTables;     // record numbers
     bool endsLists = true;                        // by a record
+    // The lists that pattern matching asks for in turn: the string's, the pattern's.  Nothing: null.
+    std::optional<std::vector<Segment>> realLists[2];
     // Lengths of units, and every question that was asked of them.
     std::function<int(const char *at, unsigned int avail)> control = [](auto, auto) { return 1; };
     std::function<int(const char *at, unsigned int avail)> baseUnit = [](auto, auto) { return 1; };
@@ -40,10 +43,15 @@ struct Script {
     std::string asked;
     std::string modelEscapes;
     std::string asciiEscapes;
+    uint16_t codePage = 0;  // the answer of ccs_GetCP
     int raiseAfterWalk = 0; // class of an escape raised where the model escapes are asked for
+    // The call after so many more, of those that a format is printed with, raises an escape of that
+    // class; 0 for never.
+    int callsLeft = 0, escapeClass = 0;
 
     const std::vector<Segment> *walked = nullptr;
-    size_t next = 0; // segment of the walk
+    size_t next = 0;     // segment of the walk
+    size_t nextList = 0; // of the two
 };
 
 // The script in force; a test begins with a fresh one.

@@ -7,6 +7,7 @@
 
 #include <str/charset.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,13 @@ CSDescriptor DescriptorOf(const char *setName);
 std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
 std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
 std::string Notation(uint16_t kind, unsigned int length);
+
+// In the rows of tests, _ stands for US.
+inline std::string WithUs(std::string text)
+{
+    std::replace(text.begin(), text.end(), '_', '\x1F');
+    return text;
+}
 
 // The code points of the bytes, nothing when iconv cannot read them whole.
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes);

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Transformation of UTF-8 input.  What is validated need not be all that is read, so characters are
+// told from bytes that are none at every step.
+#include <str/transform.h>
+
+#include "str/frame.h"
+
+#include <platform/dstring.h>
+#include <platform/er.h>
+
+#include <glib.h>
+
+#include <cstring>
+
+namespace
+{
+
+constexpr int kInvalidInput = 24070; // log code
+constexpr char kInvalidText[] = "str_TransformUTF8InputStr(), Invalid UTF8 in input string: ";
+
+// The transform buffer; readied by the first call.
+dstring theBuffer;
+bool theBufferIsNew = true;
+
+constexpr char kEsc = 0x1B;
+constexpr gunichar kNone = 0; // the input has no NUL
+constexpr int kMostDigits = 3;
+constexpr int kMostControl = 31; // numbers up to this one stand for control functions
+constexpr int kControlShift = 64;
+constexpr int kMostGroups = 4; // in the prefix
+
+void EmptyBuffer()
+{
+    if (theBufferIsNew)
+        dstring_init(&theBuffer);
+    else
+        dstring_setLength(&theBuffer, 0);
+    theBufferIsNew = false;
+}
+
+// ---- Characters ----------------------------------------------------------------------------
+
+// A character, or a byte that belongs to none.
+struct Char {
+    gunichar code; // of a byte that belongs to none, one that no character has
+    unsigned int length;
+};
+
+Char CharAt(const char *at)
+{
+    constexpr gunichar noCharacter = 0x80000000;
+    const auto byte = static_cast<guchar>(*at);
+    if (byte < 0x80)
+        return {byte, 1};
+    const gunichar code = g_utf8_get_char_validated(at, -1);
+    if ((code & noCharacter) != 0)
+        return {noCharacter | byte, 1};
+    return {code, static_cast<unsigned int>(g_utf8_skip[byte])};
+}
+
+// The place behind the character; the NUL's own for the NUL.
+const char *Behind(const char *at) { return *at == '\0' ? at : at + CharAt(at).length; }
+
+// Where in the set the character stands; null when it does not.
+const char *FindIn(const char *set, const Char &c)
+{
+    for (Char member; *set != '\0'; set += member.length) {
+        member = CharAt(set);
+        if (member.code == c.code)
+            return set;
+    }
+    return nullptr;
+}
+
+// ---- Rules ---------------------------------------------------------------------------------
+
+// The leading groups in parentheses.
+struct Prefix {
+    bool over;
+    bool inGroup;
+    int groups; // that are closed
+};
+
+// Whether the next character stands in one of them.
+bool IsInPrefix(Prefix *prefix, gunichar code)
+{
+    if (prefix->over)
+        return false;
+    if (!prefix->inGroup) {
+        prefix->over = code == '=';
+        prefix->inGroup = code == '(';
+        return prefix->inGroup;
+    }
+    if (code == ')') {
+        prefix->inGroup = false;
+        prefix->over = ++prefix->groups == kMostGroups;
+    }
+    return true;
+}
+
+struct Rules {
+    const char *specials;
+    const char *const *replacements;
+    const char *dropChars;
+    gunichar escape;
+};
+
+void Append(const char *from, const char *to)
+{
+    if (from != to)
+        dstring_appendN(&theBuffer, from, static_cast<unsigned int>(to - from));
+}
+
+void AppendText(const char *text)
+{
+    if (text != nullptr)
+        Append(text, text + std::strlen(text));
+}
+
+void AppendNumber(int number)
+{
+    if (number > kMostControl) {
+        dstring_appendChar(&theBuffer, static_cast<char>(number));
+    } else {
+        dstring_appendChar(&theBuffer, kEsc);
+        dstring_appendChar(&theBuffer, static_cast<char>(number + kControlShift));
+    }
+}
+
+// Appends what the escape character before `at` makes of the input there; answers where it ends.
+const char *AppendEscaped(const char *at)
+{
+    Char c = CharAt(at);
+    int digits = 0, number = 0;
+    for (; digits < kMostDigits && g_unichar_isdigit(c.code); ++digits) {
+        number = number * 10 + g_unichar_digit_value(c.code);
+        at += c.length;
+        c = CharAt(at);
+    }
+    if (digits > 0) {
+        AppendNumber(number);
+        return at;
+    }
+    Append(at, at + c.length); // the NUL too
+    return Behind(at);
+}
+
+// Appends the input as the rules have it.
+void Rewrite(const char *at, const Rules &rules, Prefix prefix)
+{
+    const char *pending = at; // where what is to be copied, but is not yet, begins
+    while (*at != '\0') {
+        const Char c = CharAt(at);
+        const char *const next = at + c.length;
+        if (IsInPrefix(&prefix, c.code)) {
+            at = next;
+            continue;
+        }
+        if (const char *special = FindIn(rules.specials, c); special != nullptr) {
+            Append(pending, at);
+            AppendText(rules.replacements[special - rules.specials]);
+            pending = at = next;
+        } else if (c.code == rules.escape) {
+            Append(pending, at);
+            pending = at = AppendEscaped(next);
+        } else if (FindIn(rules.dropChars, c) != nullptr) {
+            Append(pending, at);
+            pending = at = Behind(next);
+        } else {
+            at = next;
+        }
+    }
+    Append(pending, at);
+}
+
+// The buffer's text; where there is none, empty for an empty input and null for any other.
+char *Result(const char *input, int maxLen)
+{
+    if (theBuffer.length > 0)
+        return theBuffer.text;
+    if (maxLen > 0 || (maxLen < 0 && *input != '\0'))
+        return nullptr;
+    dstring_set(&theBuffer, "", 0);
+    return theBuffer.text;
+}
+
+} // namespace
+
+char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *specials,
+                                const char *const *replacements, const char *dropChars,
+                                char escChar, int prefixMode, unsigned int *outLen)
+{
+    frame::TraceEntry("str_TransformUTF8InputStr");
+    EmptyBuffer();
+    const auto escape = static_cast<guchar>(escChar);
+    const Prefix prefix = {prefixMode == 0, false, 0};
+    const char *bad;
+    if (g_utf8_validate(input, maxLen, &bad))
+        Rewrite(input, {specials, replacements, dropChars, escape < 0x80 ? escape : kNone}, prefix);
+    else
+        er_LogMsg(11, 100, kInvalidInput, kInvalidText, bad, 0);
+    *outLen = theBuffer.length;
+    char *const result = Result(input, maxLen);
+    frame::TraceExit("str_TransformUTF8InputStr");
+    return result;
+}

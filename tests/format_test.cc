@@ -1,0 +1,390 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Formatting with the default services: what printf prints, in every set; what becomes of formats
+// that are malformed; and that what stands behind an argument reads as written.
+#include "tests/support/guarded.h"
+#include "tests/support/samples.h"
+#include "tests/support/text.h"
+
+#include <gtest/gtest.h>
+#include <platform/ccs.h>
+#include <str/str.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+
+namespace
+{
+
+const char *const kWalkedSets[] = {"ISO-2022-JP", "UTF8", "EUC-KR"};
+
+template <class... Arguments>
+std::string Printed(const char *set, const std::string &format, Arguments... arguments)
+{
+    const CSDescriptor cs = DescriptorOf(set);
+    std::vector<char> room(1 << 16, '?');
+    const Guarded guarded(format);
+    const int length = str_simplesprintf(&cs, room.data(), guarded.c_str(), arguments...);
+    if (length == -1)
+        return room[0] == '?' ? "nothing" : "written";
+    EXPECT_EQ(strlen(room.data()), static_cast<size_t>(length));
+    return room.data();
+}
+
+// ---- Beside snprintf -------------------------------------------------------------------------
+
+std::mt19937 theRandom(7);
+
+unsigned int Below(unsigned int most) { return static_cast<unsigned int>(theRandom() % most); }
+
+std::string OneOf(const std::string &letters)
+{
+    return letters.substr(Below(static_cast<unsigned int>(letters.size())), 1);
+}
+
+std::string RandomText()
+{
+    std::string text;
+    for (auto i = Below(8) == 0 ? Below(200) : Below(5); i > 0; --i)
+        text += static_cast<char>(' ' + Below(94));
+    std::replace(text.begin(), text.end(), '%', '$');
+    return text;
+}
+
+// With flags that its conversion knows.  `stars` are the numbers of width and precision, 0 for none.
+std::string RandomDirective(bool positions, int number, const char *size,
+                            const std::string &conversion, std::array<int, 2> stars = {})
+{
+    const auto numbered = [positions](const char *sign, int n) {
+        return sign + (positions ? std::to_string(n) + "$" : "");
+    };
+    const auto isOneOf = [&](const char *all) { return conversion.find_first_of(all) == 0; };
+    std::string text = numbered("%", number);
+    for (const auto &[flag, conversions] :
+         {std::pair{'-', "diouxXceEfgGs"}, std::pair{'0', "diouxXeEfgG"}, std::pair{'+', "dieEfgG"},
+          std::pair{' ', "dieEfgG"}, std::pair{'#', "oxXeEfgG"}})
+        if (Below(4) == 0 && isOneOf(conversions))
+            text += flag;
+    if (stars[0] != 0)
+        text += numbered("*", stars[0]);
+    else if (Below(3) == 0)
+        text += std::to_string(1 + Below(40));
+    if (stars[1] != 0)
+        text += "." + numbered("*", stars[1]);
+    else if (Below(3) == 0 && !isOneOf("c"))
+        text += "." + (Below(4) == 0 ? "" : std::to_string(Below(30)));
+    return text + size + conversion;
+}
+
+// For the arguments: int, long, double, string, width, short, long double, precision, string.
+std::string RandomFormat()
+{
+    const bool positions = Below(2) == 0;
+    const std::string integers = "diuoxX", reals = "eEfgG";
+    std::vector<std::string> directives = {
+        RandomDirective(positions, 1, "", OneOf(integers + "cc")),
+        RandomDirective(positions, 2, "l", OneOf(integers)),
+        RandomDirective(positions, 3, "", OneOf(reals)),
+        RandomDirective(positions, 4, "", "s"),
+        RandomDirective(positions, 6, Below(2) == 0 ? "h" : "hh", OneOf(integers), {5, 0}),
+        RandomDirective(positions, 7, "L", OneOf(reals)),
+        RandomDirective(positions, 9, "", "s", {0, 8}),
+    };
+    if (positions)
+        std::shuffle(directives.begin(), directives.end(), theRandom);
+    std::string format;
+    for (const std::string &directive : directives)
+        format += RandomText() + directive;
+    return format + RandomText();
+}
+
+double RandomValue() { return std::ldexp(Below(1000000), static_cast<int>(Below(60)) - 40); }
+
+TEST(Print, EqualsSnprintf)
+{
+    std::vector<char> expected(1 << 16), room(1 << 16);
+    for (int round = 0; round < 100000; ++round) {
+        const std::string format = RandomFormat(), first = RandomText(), second = RandomText();
+        const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
+        const int byte = static_cast<int>(theRandom() | 1), half = static_cast<int>(theRandom());
+        const int width = byte % 50, precision = static_cast<int>(Below(60)) - 20;
+        const auto number = static_cast<long>(theRandom() * uint64_t{theRandom()});
+        const double real = RandomValue();
+        const long double longReal = static_cast<long double>(RandomValue()) / 3;
+        const auto print = [&](auto function, auto... destination) {
+            return function(destination..., format.c_str(), byte, number, real, first.c_str(),
+                            width, half, longReal, precision, second.c_str());
+        };
+        const int length = print(std::snprintf, expected.data(), expected.size());
+        ASSERT_EQ(print(str_simplesprintf, &cs, room.data()), length) << format;
+        ASSERT_STREQ(room.data(), expected.data()) << format;
+    }
+}
+
+TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
+{
+    // clang-format off
+    EXPECT_EQ(Printed("UTF8", "x=%d y=%s", 7, "abc"), "x=7 y=abc");
+    EXPECT_EQ(Printed("UTF8", "%2$s %1$d", 7, "abc"), "abc 7");
+    EXPECT_EQ(Printed("UTF8", "%1$d %3$d", 1, 2, 3), "1 2") << "a number left out has no argument";
+    EXPECT_EQ(Printed("UTF8", "%3$d%d%1$d", 1, 2, 3), "231") << "a position sets the number";
+    EXPECT_EQ(Printed("UTF8", "100%% %d%%%d", 1, 2), "100%% 1%%2");
+    EXPECT_EQ(Printed("UTF8", "%d$ %s$%%$%d", 5, "x", 6), "5$ x$%%$6") << "a '$' that is text";
+    EXPECT_EQ(Printed("UTF8", "%1$*1$d", 3), "  3") << "one int, used twice";
+    EXPECT_EQ(Printed("UTF8", "%1$d %2$*1$d", 3, 7), "3   7") << "... by two directives";
+    EXPECT_EQ(Printed("UTF8", "%:$d%2$d%3$d%4$d%5$d%6$d%7$d%8$d%9$d%1$d", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10),
+              "102345678" "91") << "':' is 10";
+    EXPECT_EQ(Printed("UTF8", "%+.*d|%*d|%-*d|%0*d", -1, 5, -4, 6, 3, 7, 4, 8), "+5|6   |7  |0008");
+    EXPECT_EQ(Printed("UTF8", "%*d|%.*s|%.*f", 0, 1, 0, "a", 0, 2.5), "1||2");
+    EXPECT_EQ(Printed("UTF8", "%.*s|%*s|", INT_MAX, "a", INT_MIN + INT_MAX - 2, "b"), "a|b  |");
+    EXPECT_EQ(Printed("UTF8", "%s|%.5s|%8s|%.6s", nullptr, nullptr, nullptr, nullptr),
+              "(null)||  (null)|(null)");
+    EXPECT_EQ(Printed("UTF8", "a%cb%3cc%-3cd", 0, 0, 0), "ab  cd") << "up to the NUL";
+    EXPECT_EQ(Printed("UTF8", "%hd %hhd %ld %hx %lf", 65537, 257, 4L, -1, 2.5), "1 1 4 ffff 2.500000");
+    char expected[64];
+    void *const address = expected, *const none = nullptr;
+    std::snprintf(expected, sizeof expected, "%p|%20p|%-20p|%p", address, address, address, none);
+    EXPECT_EQ(Printed("UTF8", "%P|%20P|%-20P|%P", address, address, address, nullptr), expected);
+    int untouched = 4711;
+    EXPECT_EQ(Printed("UTF8", "ab%ncd%hhn%*n%d", &untouched, &untouched, 9, &untouched, 5), "abcd5");
+    EXPECT_EQ(untouched, 4711);
+    EXPECT_EQ(Printed("UTF8", ""), "nothing");
+    EXPECT_EQ(Printed("UTF8", "%s%n", "", nullptr), "nothing");
+    EXPECT_EQ(Printed("UTF8", "no directive"), "no directive");
+    EXPECT_EQ(Printed("ISO-8859-1", "%d%%", 5), "5%") << "vsprintf";
+    EXPECT_EQ(Printed("ISO-8859-1", ""), "") << "... with its results";
+    // clang-format on
+    const std::string mebibyte(1 << 20, 'x');
+    std::vector<char> room(mebibyte.size() * 3);
+    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
+    const int length =
+        str_simplesprintf(&cs, room.data(), "%s%*s", mebibyte.c_str(), -(1 << 20) - 7, "ab");
+    EXPECT_EQ(length, (1 << 21) + 7);
+    EXPECT_EQ(std::string(room.data()), mebibyte + "ab" + std::string(mebibyte.size() + 5, ' '));
+}
+
+TEST(Print, WritesToStreams)
+{
+    const CSDescriptor walked = DescriptorOf("ISO-2022-JP"), bytes = DescriptorOf("ISO-8859-1");
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(str_simplefprintf(&walked, stdout, "%d%%,", 1), 4);
+    EXPECT_EQ(str_simplefprintf(&bytes, stdout, "%d%%,", 2), 3) << "vfprintf";
+    EXPECT_EQ(str_simpleprintf(&walked, "%s,", "\x1B$B$\""), 9);
+    EXPECT_EQ(str_simpleprintf(&bytes, "%d%%,", 3), 4) << "always built here";
+    EXPECT_EQ(str_simpleprintf(&bytes, ""), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1%%,2%,\x1B$B$\"\x1B(B,3%%,");
+    FILE *full = std::fopen("/dev/full", "w");
+    std::setvbuf(full, nullptr, _IONBF, 0);
+    EXPECT_EQ(str_simplefprintf(&walked, full, "%d", 1), -1);
+    std::fclose(full);
+}
+
+// ---- Arguments in other sets -----------------------------------------------------------------
+
+TEST(Print, TextBehindAnArgumentReadsAsWritten)
+{
+    for (const Sample &sample : kSamples) {
+        const CSDescriptor cs = DescriptorOf(sample.set);
+        const char *iconvName = IconvNameOf(sample);
+        if ((ccs_GetCSFlags(&cs) & CS_FLAG_ESCAPES) == 0 || iconvName == nullptr)
+            continue;
+        const std::string whole(sample.bytes);
+        for (unsigned int n = 0; n <= whole.size(); ++n) {
+            const std::string cut = whole.substr(0, str_truncstrlen(whole.c_str(), n, &cs));
+            const std::u32string read = Decode(iconvName, cut).value();
+            // An escape sequence that nothing follows is not noticed.
+            const std::string segments = SegmentsOf(cs, cut.c_str());
+            if (segments[segments.rfind(' ') + 1] == '-' &&
+                Decode(iconvName, cut + "!!") != read + U"!!")
+                continue;
+            for (const std::string &printed :
+                 {Printed(sample.set, "<%d %s> %s", 1, cut.c_str(), "end"),
+                  Printed(sample.set, "<%d %.*s> %s", 1, n, whole.c_str(), "end")})
+                ASSERT_EQ(Decode(iconvName, printed), U"<1 " + read + U"> end")
+                    << testing::PrintToString(printed);
+        }
+    }
+    const char katakana[] = "\x1B$B%7%d\x1B(B %d"; // 0x25 begins characters
+    EXPECT_EQ(Printed("ISO-2022-JP", katakana, 5), "\x1B$B%7%d\x1B(B 5");
+    EXPECT_EQ(Printed("UTF8", "%.4s|%.3s|%-4.2s|", "\xC3\xA9\xE6\x97\xA5", "\xE6\x97\xA5",
+                      "\xE6\x97\xA5"),
+              "\xC3\xA9|\xE6\x97\xA5|    |")
+        << "no character is cut";
+}
+
+// ---- The table -------------------------------------------------------------------------------
+
+using Table = std::array<ParameterRecord, STR_PARAMETERS>;
+
+// The highest number; PrintfError says whether a directive was cut off or misnumbered.
+int Scan(const CSDescriptor &cs, const char *format, Table *table)
+{
+    table->fill({77, 77, "stale", 77, 77, 77});
+    int count;
+    const CSSegment *segments = ccs_GetAllStrs(&cs, format, -1, &count);
+    PrintfError = 0;
+    return str_GetParams(&cs, format, segments, count, table->data());
+}
+
+struct Values {
+    std::array<short, STR_PARAMETERS> shorts = {};
+    std::array<int, STR_PARAMETERS> ints = {};
+    std::array<long, STR_PARAMETERS> longs = {};
+    std::array<double, STR_PARAMETERS> doubles = {};
+    std::array<long double, STR_PARAMETERS> longDoubles = {};
+    std::array<void *, STR_PARAMETERS> pointers = {};
+};
+
+const char *Build(const CSDescriptor &cs, unsigned int *length, const char *format,
+                  const Table &table, size_t maxParam, const Values &values)
+{
+    return str_buildpfstring(&cs, length, format, table.data(), static_cast<int>(maxParam),
+                             values.shorts.data(), values.ints.data(), values.longs.data(), nullptr,
+                             values.doubles.data(), values.longDoubles.data(),
+                             values.pointers.data());
+}
+
+// "1:2@3+4*0,-1": number, type, and of a directive its offset, length, and numbers of width and
+// precision.
+std::string Described(const CSDescriptor &cs, const char *format)
+{
+    Table table;
+    const int maxParam = Scan(cs, format, &table);
+    std::string text;
+    for (int k = 1; k <= maxParam; ++k) {
+        const ParameterRecord &record = table[static_cast<size_t>(k)];
+        if (record.type == STR_ARG_UNUSED)
+            continue;
+        text += (text.empty() ? "" : " ") + std::to_string(k) + ":" + std::to_string(record.type);
+        if (record.isConversion == 0)
+            continue;
+        text += "@" + std::to_string(record.text - format) + "+" + std::to_string(record.textLen);
+        if (record.widthParam != -1 || record.precParam != -1)
+            text +=
+                "*" + std::to_string(record.widthParam) + "," + std::to_string(record.precParam);
+    }
+    return text + (PrintfError != 0 ? " error" : "");
+}
+
+TEST(Scan, DescribesTheArguments)
+{
+    const struct {
+        const char *format, *table;
+        // clang-format off
+    } rows[] = {
+        {"x=%d y=%s", "1:2@2+2 2:9@7+2"}, {"%d%%%d", "1:2@0+2 3:2@4+2"}, {"%*%%d", "2:2@3+2"},
+        {"%*.*d", "1:2 2:2 3:2@0+5*0,0"}, {"%1$*2$.*3$d", "1:2@0+11*2,3 2:2 3:2"},
+        {"%2$s %1$hd", "1:1@5+5 2:9@0+4"}, {"%1$d%1$s", "1:9@4+4"}, {"%1$d%*1$d", "1:2 2:2@4+5*1,-1"},
+        {"%ld%hx%Lf%lf%Ld%hs%lc%LlG", "1:3@0+3 2:1@3+3 3:6@6+3 4:5@9+3 5:2@12+3 6:9@15+3 7:2@18+3 8:5@21+4"},
+        {"%n%P%hn", "1:7@0+2 2:7@2+2 3:7@4+3"}, {"%p %d", ""}, {"%a %z", ""},
+        {"%a%zd%jd%F%d", "2:2@5+3"}, // with %a% and %F% as %%
+        {"%3$d%d", "3:2@0+4 4:2@4+2"}, {"%3$*d", "3:2 4:2@0+5*0,-1"},
+        {"%10$d%%%d", "1:2@0+5 3:2@7+2"}, {"%a$d%A$d%:$d", "10:2@8+4 17:2@4+4 49:2@0+4"},
+        {"%d%%%d%d%d%d%d%d%d%d%%%d%%%d", "1:2@0+2 3:2@4+2 4:2@6+2 5:2@8+2 6:2@10+2 7:2@12+2 8:2@14+2 9:2@16+2 10:2@18+2 12:2@22+2 14:2@26+2"},
+        // cut off
+        {"%", " error"}, {"ab%-5", " error"}, {"%d%", "1:2@0+2 error"}, {"%1$", " error"}, {"%*", " error"},
+        {"%hl.\x1B$B$\"\x1B(Bd%d", "1:2@13+2 error"}, // by a segment
+        // numbers that there are not
+        {"%0$d%d", "2:2@4+2 error"}, {"%b$d", " error"}, {"%/$d", " error"}, {"%-$d", " error"}, {"%\xFF$d", " error"},
+        {"%*0$d%d", "3:2@5+2 error"}, {"%*/$d", " error"}, {"%.*b$d", " error"}, {"%.*a$d", "1:2@0+6*-1,49 49:2"},
+        {"%a$*d", " error"},
+        // not directives
+        {"\x1B$B%d%d\x1B(B%d", "1:2@10+2"}, {"", ""},
+    };
+    // clang-format on
+    for (const auto &row : rows) {
+        const Guarded format(row.format);
+        EXPECT_EQ(Described(DescriptorOf("ISO-2022-JP"), format.c_str()), row.table) << row.format;
+    }
+}
+
+TEST(Scan, StopsAtTheEndOfTheTable)
+{
+    for (const int count : {49, 50, 1000, 70000}) {
+        std::string format, expected;
+        for (int i = 1; i <= count; ++i) {
+            format += "%d,";
+            expected += i < STR_PARAMETERS ? std::to_string(i) + "," : "%d,";
+        }
+        const CSDescriptor cs = DescriptorOf("UTF8");
+        Table table;
+        EXPECT_EQ(Scan(cs, format.c_str(), &table), 49);
+        EXPECT_EQ(PrintfError, count > 49);
+        Values values;
+        std::iota(values.ints.begin(), values.ints.end(), 0);
+        unsigned int length;
+        EXPECT_EQ(Build(cs, &length, format.c_str(), table, 49, values), expected);
+        EXPECT_EQ(length, expected.size());
+    }
+}
+
+// ---- Malformed formats -------------------------------------------------------------------------
+
+TEST(Print, FormatsThatAreMalformed)
+{
+    // clang-format off
+    EXPECT_EQ(Printed("UTF8", "%5-d|%.5.1d|%**d|%5*d|%*5d", 1, 2, 3, 4, 5, 6, 7, 8), "1    |2|  4|    6|      8");
+    EXPECT_EQ(Printed("UTF8", "%10$d|%-5$+d|%zd|%lld|%hhhd|%,d", 1, 2, 3, 4L, 5, 6), "1|+2|3|4|5|6");
+    EXPECT_EQ(Printed("UTF8", "%lc%ls%hs%Ld", 'a', "b", "c", 4), "abc4") << "no wide characters";
+    EXPECT_EQ(Printed("UTF8", "%1$d %1$s", "x"), "%1$d x") << "the number is taken again";
+    EXPECT_EQ(Printed("UTF8", "%2$*1$d %1$s", "x", 2), "%2$*1$d x") << "no int for the width";
+    EXPECT_EQ(Printed("UTF8", "%1$s %2$*1$d", 3, 2), "%1$s   2") << "the string is the width";
+    EXPECT_EQ(Printed("UTF8", "%2$.*2$s", "x"), "%2$.*2$s");
+    EXPECT_EQ(Printed("UTF8", "%0$d %b$d %-", 1), "%0$d %b$d %-");
+    EXPECT_EQ(Printed("UTF8", "%d%", 1), "1%");
+    EXPECT_EQ(Printed("UTF8", "%p %d"), "%p %d");
+    // clang-format on
+    for (const char *tooLong : {"ab%*d", "ab%-*s", "ab%+*f", "ab%0*x", "ab%*P", "ab%*c"})
+        EXPECT_EQ(Printed("UTF8", tooLong, INT_MAX, nullptr, nullptr, nullptr), "ab") << tooLong;
+    for (const char *tooLong : {"ab%.*f", "ab%.2147483647e", "ab%99999999999g"})
+        EXPECT_EQ(Printed("UTF8", tooLong, INT_MAX, 2.5), "ab") << tooLong;
+    EXPECT_EQ(Printed("UTF8", "ab%.*d", INT_MAX, 5), "ab");
+}
+
+// Every value that the table does not ask for is one that shows when it is looked at: an
+// address that is none, a width beyond all others.
+TEST(Print, LooksAtNoArgumentThatWasNotFetched)
+{
+    const std::string bytes = "%%%%%%**..$$$$0123456789ab:/-+ #'hlLdiouxXceEfgGnPspjzF\x1B(B\xC3";
+    for (int round = 0; round < 50000; ++round) {
+        std::string format;
+        int digits = 0;
+        for (auto i = Below(30); i > 0; --i) {
+            const std::string byte = OneOf(bytes);
+            if (byte < "0" || byte > "9" || ++digits < 5) // widths that fit in memory
+                format += byte;
+        }
+        const Guarded guarded(format);
+        const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
+        Table table;
+        const auto maxParam = static_cast<size_t>(Scan(cs, guarded.c_str(), &table));
+        Values values;
+        values.ints.fill(150000);
+        values.pointers.fill(reinterpret_cast<void *>(1));
+        char string[] = "\x1B$B$\"";
+        for (size_t k = 1; k <= maxParam; ++k) {
+            if (table[k].type == STR_ARG_INT)
+                values.ints[k] = static_cast<int>(Below(100)) - 50;
+            if (table[k].type == STR_ARG_STRING)
+                values.pointers[k] = string;
+        }
+        unsigned int length = 0;
+        const char *text = Build(cs, &length, guarded.c_str(), table, maxParam, values);
+        ASSERT_EQ(text == nullptr ? 0 : strlen(text), length) << format;
+        ASSERT_LT(length, 100000U) << format;
+        if (maxParam == 0) {
+            ASSERT_EQ(text == nullptr ? "" : text, format);
+        }
+    }
+}
+
+} // namespace
