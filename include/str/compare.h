@@ -57,7 +57,8 @@ int str_strucasenbcmp3(const char *s1, const char *s2, unsigned int bytes1, unsi
 /* The engines behind them: 0 when the texts are equal as far as they are compared, 1 when they
  * differ.  `caseless` not 0 disregards case.
  *
- * To the end, UTF-8 is compared with UTF-8 alone, its case folded by GLib (g_utf8_casefold). */
+ * To the end, UTF-8 is compared with UTF-8 alone, its case folded by GLib (g_utf8_casefold).  With a
+ * limit the case of UTF-8 counts, as it has no case table. */
 int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
                        const CSDescriptor *cs2);
 
@@ -84,9 +85,11 @@ int str_DoCompareByCharLen(const char *s1, const char *s2, unsigned int chars, i
  * Where the texts are in sets that cannot be compared, the sets decide: one with CS_FLAG_BYTE comes
  * before one without, then the last byte of the designation counts, then the number of the set.
  *
- * Texts of one set are so put in order.  Of several sets they need not be: ASCII and the sets that
- * hold it are compared by their bytes, but two of those with each other by their numbers, so that a
- * may come before b, b before c, and c before a. */
+ * Texts of one set without escape sequences are so put in order.  Where texts hold several sets, of
+ * one code or of two, they need not be: ASCII and the sets that hold it are compared by their bytes,
+ * but two of those with each other by their numbers, so that a may come before b, b before c, and c
+ * before a.  Where both sets are ASCII and hold it, the case table is that of `s2`.  UTF-8 has no
+ * case table, so its case counts here. */
 int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
                    const CSDescriptor *cs2);
 
