@@ -54,7 +54,7 @@ const Row kBadText[] = {
     {"EUC-JP", "\x8E", "-x1", "a single shift at the end"},
     {"EUC-JP", "\x8E\n\x8F\xB0", "-x1 6x1 -x1 ?x1", "single shifts without their character"},
     {"EUC-JP", "\xA0\xFF\x80", "?x2 6x1", "bytes that a 94-set does not have"},
-    {"EUC-JP", "a\x1B$B\x46\x7C", "6x6", "no escapes in a code that has none"},
+    {"EUC-JP", "a\x1B$B\x46\x7C", "6x1 -x3 87x2", "an escape in a code of eight bits"},
     {"T.61", "\xC2", "?x1", "a mark at the end"},
     {"T.61", "e\xC2\n\xC2\xC8" "e", "103x1 ?x1 103x4", "a mark before a control; two on a letter"},
     {"T.61", "\xC1\xC1\xC1\xC1\xC1" "e", "?x1 103x5", "more marks than a letter carries"},
