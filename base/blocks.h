@@ -24,7 +24,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace blocks
+namespace libstr::blocks
 {
 
 // The first bytes at `at`, eight or as many as there are, with zeros behind them, as a number whose
@@ -131,6 +131,6 @@ inline unsigned int Free(uint32_t mask, unsigned int from)
     return static_cast<unsigned int>(std::countr_zero((mask | kEnd) >> from));
 }
 
-} // namespace blocks
+} // namespace libstr::blocks
 
 #endif

@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace wildcard
+namespace libstr::wildcard
 {
 
 inline constexpr char kUs = 0x1F;
@@ -78,6 +78,6 @@ inline bool Matches(const char *string, const char *pattern)
     return HasPieces(text, text + left - tail, first, last);
 }
 
-} // namespace wildcard
+} // namespace libstr::wildcard
 
 #endif

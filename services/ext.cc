@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace libstr;
+
 extern "C" {
 
 gid_t ext_GetVornithGid(void)

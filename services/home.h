@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <fcntl.h>
 
-namespace home
+namespace libstr::home
 {
 
 // The path with the home in place of "~"; `room` holds it where it is not `path` itself.  Null, and
@@ -37,6 +37,6 @@ inline int Open(const char *resolved, int flags, mode_t mode = 0)
     return fd;
 }
 
-} // namespace home
+} // namespace libstr::home
 
 #endif

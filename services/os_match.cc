@@ -6,6 +6,8 @@
 
 #include "base/wildcard.h"
 
+using namespace libstr;
+
 extern "C" {
 
 int os_USPatternMatch(const char *string, const char *pattern)

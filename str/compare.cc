@@ -1,97 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The equality engines: two texts, each in a set of its own, hold the same characters or not.
-#include "str/compare_utf8.h"
-#include "str/comparison.h"
-#include "str/utf8.h"
+#include "str/core/comparison.h"
+#include "str/core/fold.h"
+#include "str/core/utf8.h"
 
-namespace
-{
-
-// The walk of the first string, over the list of its segments.
-struct {
-    const CSSegment *list;
-    int count;
-    int index;
-    unsigned int size; // of the segment answered last
-    const char *str;
-} theListWalk;
-
-// The walk of the second, step by step.
-SegmentWalk theStepWalk;
-
-bool TakesPart(uint16_t kind) { return IsText(kind) || kind == CS_SEG_RAW || kind == CS_SEG_END; }
-
-} // namespace
-
-const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
-                                unsigned int *segLen, uint16_t *kind, unsigned int *offset)
-{
-    auto &walk = theListWalk;
-    if (first) {
-        walk = {nullptr, 0, 0, 0, str};
-        walk.list = ccs_GetAllStrs(cs, str, len, &walk.count);
-        *offset = 0;
-    } else {
-        ++walk.index;
-        *offset += walk.size;
-    }
-    while (walk.index < walk.count && !TakesPart(walk.list[walk.index].kind))
-        *offset += walk.list[walk.index++].length;
-    if (walk.index < walk.count) {
-        *kind = walk.list[walk.index].kind;
-        *segLen = walk.size = walk.list[walk.index].length;
-    } else {
-        *kind = CS_SEG_END;
-    }
-    return walk.str + *offset;
-}
-
-const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
-                              unsigned int *segLen, uint16_t *kind, unsigned int *offset)
-{
-    SegmentWalk &walk = theStepWalk;
-    if (first) {
-        walk = WalkSegments(str, cs, len);
-        *offset = 0;
-    }
-    do {
-        *offset += walk.size;
-        NextSegment(&walk);
-    } while (!TakesPart(walk.kind));
-    *kind = walk.kind;
-    *segLen = walk.size;
-    return walk.at;
-}
-
-bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
-{
-    if (kind1 == kind2) {
-        *common = kind1;
-        return true;
-    }
-    if (kind1 == CS_SEG_RAW || kind2 == CS_SEG_RAW)
-        return false;
-    const CSDescriptor cs1 = {kind1, 0};
-    const CSDescriptor cs2 = {kind2, 0};
-    const uint32_t flags1 = ccs_GetCSFlags(&cs1);
-    const uint32_t flags2 = ccs_GetCSFlags(&cs2);
-    if ((flags1 & CS_FLAG_ASCII) != 0 && (flags2 & CS_FLAG_ASCII_SUPERSET) != 0)
-        *common = kind2;
-    else if ((flags2 & CS_FLAG_ASCII) != 0 && (flags1 & CS_FLAG_ASCII_SUPERSET) != 0)
-        *common = kind1;
-    else
-        return false;
-    return true;
-}
-
-const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind)
-{
-    const CSDescriptor cs = {kind, 0};
-    CaseTableRecord *table = nullptr;
-    str_GetTouTable(&cs, &table);
-    return table;
-}
+using namespace libstr;
 
 namespace
 {

@@ -3,11 +3,13 @@
 // Concatenation and search.
 #include <str/concat.h>
 
-#include "str/frame.h"
-#include "str/segments.h"
+#include "str/core/frame.h"
+#include "str/core/segments.h"
 
 #include <climits>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

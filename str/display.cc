@@ -4,13 +4,15 @@
 // single-byte text by bytes, and all other text segment by segment.
 #include <str/display.h>
 
-#include "str/frame.h"
-#include "str/segments.h"
-#include "str/units.h"
-#include "str/utf8.h"
+#include "str/core/frame.h"
+#include "str/core/segments.h"
+#include "str/core/units.h"
+#include "str/core/utf8.h"
 
 #include <cstring>
 #include <iterator>
+
+using namespace libstr;
 
 namespace
 {

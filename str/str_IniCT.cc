@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The registry of case tables: each set's table is compiled or loaded on its first use.
-#include "str/case_record.h"
-#include "str/frame.h"
+#include "str/core/case_record.h"
+#include "str/core/frame.h"
 
 #include <platform/ccs.h>
 #include <platform/lkf.h>
 #include <platform/os.h>
+
+using namespace libstr;
 
 CaseTableRecord *pCaseTabs;
 int32_t NumCaseTabs;

@@ -4,11 +4,13 @@
 //
 // The file may be damaged, so a count is checked before what it counts is allocated, references
 // are never used, and the record names at every moment only blocks that this load has allocated.
-#include "str/case_record.h"
-#include "str/frame.h"
+#include "str/core/case_record.h"
+#include "str/core/frame.h"
 
 #include <platform/mdc.h>
 #include <platform/os.h>
+
+using namespace libstr;
 
 namespace
 {

@@ -2,13 +2,15 @@
 //
 // The work area, in which a server gathers the tables of all sets, and the image of it in shared
 // memory, from which every other process reads them.
-#include "str/case_record.h"
-#include "str/frame.h"
+#include "str/core/case_record.h"
+#include "str/core/frame.h"
 
 #include <platform/os.h>
 
 #include <algorithm>
 #include <cstdio>
+
+using namespace libstr;
 
 char *str_ba;
 

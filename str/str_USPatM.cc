@@ -4,13 +4,15 @@
 #include <str/match.h>
 
 #include "base/wildcard.h"
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <platform/ccs.h>
 #include <platform/os.h>
 
 #include <algorithm>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

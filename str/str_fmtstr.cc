@@ -8,10 +8,10 @@
 // format says, it finds the arguments that it looks for.
 #include <str/format.h>
 
-#include "str/directive.h"
-#include "str/frame.h"
-#include "str/segments.h"
-#include "str/utf8.h"
+#include "str/core/directive.h"
+#include "str/core/frame.h"
+#include "str/core/segments.h"
+#include "str/core/utf8.h"
 
 #include <platform/os.h>
 #include <str/truncate.h>
@@ -22,6 +22,8 @@
 #include <cstdio>
 #include <cstring>
 #include <type_traits>
+
+using namespace libstr;
 
 namespace
 {

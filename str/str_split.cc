@@ -4,14 +4,16 @@
 // in one buffer, so that splitting many texts allocates only when a longer one than ever arrives.
 #include <str/split.h>
 
-#include "str/frame.h"
-#include "str/segments.h"
-#include "str/units.h"
+#include "str/core/frame.h"
+#include "str/core/segments.h"
+#include "str/core/units.h"
 
 #include <platform/os.h>
 
 #include <algorithm>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

@@ -4,7 +4,7 @@
 // told from bytes that are none at every step.
 #include <str/transform.h>
 
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <platform/dstring.h>
 #include <platform/er.h>
@@ -12,6 +12,8 @@
 #include <glib.h>
 
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

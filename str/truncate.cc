@@ -4,12 +4,14 @@
 // stops at the source's NUL, and one memset.
 #include <str/truncate.h>
 
-#include "str/frame.h"
-#include "str/segments.h"
-#include "str/units.h"
-#include "str/utf8.h"
+#include "str/core/frame.h"
+#include "str/core/segments.h"
+#include "str/core/units.h"
+#include "str/core/utf8.h"
 
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

@@ -8,14 +8,11 @@ violations() {
     # Neither the library nor a contract knows the services or the tool.
     grep -rnE '#[[:space:]]*include[[:space:]]*["<]([^">]*/)?(services|tools)/' \
         --include='*.h' --include='*.cc' str platform include || true
-    # What stands in str/ is for str/ alone.
-    local header name
-    for header in str/*.h; do
-        name=${header#str/}
-        [[ ! -e include/str/$name ]] || continue
-        grep -rnE "#[[:space:]]*include[[:space:]]*[\"<]([^\">]*/)?str/${name//./\\.}[\">]" \
-            --include='*.h' --include='*.cc' include platform services tools || true
-    done
+    # What stands in str/core/ is for the library alone.
+    grep -rnE '#[[:space:]]*include[[:space:]]*["<]([^">]*/)?str/core/' \
+        --include='*.h' --include='*.cc' include platform services tools base || true
+    # Exports share by way of str/core/ alone, and it knows none of them.
+    find str -maxdepth 1 -name '*.h'
 }
 
 found=$(violations)

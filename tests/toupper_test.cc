@@ -3,7 +3,7 @@
 // The case tables that are kept in data/toupper: that they are what their generator writes, and
 // that each, compiled, upper-cases what iconv reads in its set as GLib does.
 #include "services/services.h"
-#include "str/reference.h"
+#include "str/core/reference.h"
 #include "tests/support/home.h"
 #include "tests/support/text.h"
 
@@ -15,6 +15,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+using namespace libstr;
 
 namespace
 {

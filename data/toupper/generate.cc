@@ -11,6 +11,8 @@
 #include <map>
 #include <string>
 
+using namespace libstr;
+
 namespace
 {
 

@@ -18,7 +18,7 @@
 #include <bit>
 #include <cstring>
 
-namespace ccs
+namespace libstr::ccs
 {
 namespace
 {
@@ -623,4 +623,4 @@ AnyUnit AnyUnitAt(const SetRow *set, const char *at, size_t avail)
     return {length, !IsControl(byte) || SingleShiftAt(at, avail, true).length == 0};
 }
 
-} // namespace ccs
+} // namespace libstr::ccs

@@ -13,7 +13,7 @@
 
 #include "services/ccs/state.h"
 
-namespace ccs
+namespace libstr::ccs
 {
 
 struct Unit {
@@ -81,6 +81,6 @@ struct AnyUnit {
 };
 AnyUnit AnyUnitAt(const SetRow *set, const char *at, size_t avail);
 
-} // namespace ccs
+} // namespace libstr::ccs
 
 #endif

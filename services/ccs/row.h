@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-namespace ccs
+namespace libstr::ccs
 {
 
 // How a graphic set is designated (ISO 2022): by its size.  `none` for the rows that are no graphic
@@ -53,6 +53,6 @@ inline constexpr uint16_t kIa5 = 6;
 inline constexpr uint16_t kT61 = 103;
 inline constexpr uint16_t kUtf8 = 196;
 
-} // namespace ccs
+} // namespace libstr::ccs
 
 #endif

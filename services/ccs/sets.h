@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <iterator>
 
-namespace ccs
+namespace libstr::ccs
 {
 
 inline constexpr uint8_t kNoRow = 0xFF;
@@ -77,6 +77,6 @@ inline const SetRow *FindSet(uint16_t number)
 
 inline size_t RowOf(const SetRow &set) { return static_cast<size_t>(&set - kSets); }
 
-} // namespace ccs
+} // namespace libstr::ccs
 
 #endif

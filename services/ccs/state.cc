@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace ccs
+namespace libstr::ccs
 {
 namespace
 {
@@ -114,4 +114,4 @@ size_t RestoringEscapes(const State &from, const State &to, char *out)
     return length;
 }
 
-} // namespace ccs
+} // namespace libstr::ccs

@@ -7,7 +7,7 @@
 
 #include "services/ccs/sets.h"
 
-namespace ccs
+namespace libstr::ccs
 {
 
 inline constexpr unsigned char kEsc = 0x1B;
@@ -106,6 +106,6 @@ inline constexpr size_t kMostEscapes = 32;
 // nothing in `to` keeps what it holds.  Returns their length; adds no NUL.
 size_t RestoringEscapes(const State &from, const State &to, char *out);
 
-} // namespace ccs
+} // namespace libstr::ccs
 
 #endif

@@ -12,7 +12,7 @@
 
 #include "services/ccs/row.h"
 
-namespace ccs
+namespace libstr::ccs
 {
 
 inline constexpr uint32_t kAscii = CS_FLAG_ASCII | CS_FLAG_ASCII_SUPERSET;
@@ -89,6 +89,6 @@ inline constexpr SetRow kSets[] = {
 };
 // clang-format on
 
-} // namespace ccs
+} // namespace libstr::ccs
 
 #endif

@@ -3,9 +3,11 @@
 // The protected region, compiled with exactly the library's flags at every level of optimisation:
 // what a body stored before an escape must be there for the handler, whatever the compiler thinks
 // of calls that do not return.
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <cstdio>
+
+using namespace libstr;
 
 namespace
 {

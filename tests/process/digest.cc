@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/process/digest.h"
 
-#include "str/case_record.h"
+#include "str/core/case_record.h"
+
+using namespace libstr;
 
 namespace
 {

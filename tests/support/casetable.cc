@@ -2,7 +2,7 @@
 #include "tests/support/casetable.h"
 
 #include "services/services.h"
-#include "str/reference.h"
+#include "str/core/reference.h"
 
 #include <platform/er.h>
 #include <platform/os.h>
@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

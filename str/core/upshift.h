@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The one-character lookup: how everything that disregards case sees a case table.
-#ifndef STR_UPSHIFT_H
-#define STR_UPSHIFT_H
+#ifndef STR_CORE_UPSHIFT_H
+#define STR_CORE_UPSHIFT_H
 
 #include <str/case.h>
 
-#include "str/bytemap.h"
-#include "str/case_record.h"
+#include "str/core/bytemap.h"
+#include "str/core/case_record.h"
+
+namespace libstr
+{
 
 // A case table as a run of text needs it, its references resolved once.
 struct UpShiftTable {
@@ -39,5 +42,7 @@ inline UpShifted UpShiftOne(UpShiftTable *table, const uint8_t *in, int avail)
     const uint8_t upper = table->map.upper[*in];
     return upper != 0 ? UpShifted{{upper, 0}, 1, 1} : UpShiftByLists(table, in, avail);
 }
+
+} // namespace libstr
 
 #endif

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A map of 256 bytes applied to many bytes at a time.  An entry of 0 has no answer and stops a run.
-#ifndef STR_BYTEMAP_H
-#define STR_BYTEMAP_H
+#ifndef STR_CORE_BYTEMAP_H
+#define STR_CORE_BYTEMAP_H
 
 #include <cstddef>
 #include <cstdint>
+
+namespace libstr
+{
 
 // A byte map and what long runs need to know of it, which the first of them works out.
 struct ByteMap {
@@ -30,5 +33,7 @@ size_t MapBytes(ByteMap *map, const uint8_t *in, size_t length, uint8_t *out);
 
 // How many bytes at the start of `a` and `b`, of `length`, have entries that agree and are not 0.
 size_t MappedAlike(ByteMap *map, const uint8_t *a, const uint8_t *b, size_t length);
+
+} // namespace libstr
 
 #endif

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <iterator>
 
+using namespace libstr;
+
 namespace
 {
 

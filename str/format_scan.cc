@@ -3,11 +3,13 @@
 // The scanner: which arguments a format takes, known before any of them is fetched.
 #include <str/format.h>
 
-#include "str/directive.h"
-#include "str/segments.h"
+#include "str/core/directive.h"
+#include "str/core/segments.h"
 
 #include <algorithm>
 #include <cstring>
+
+using namespace libstr;
 
 char PrintfError;
 

@@ -5,14 +5,14 @@
 // An escape is a siglongjmp to the current error environment, so no frame that it may cross holds
 // an object with a non-trivial destructor: no tracer that traces its exit from a destructor, no
 // guard that puts the environment back.  Both are plain calls instead.
-#ifndef STR_FRAME_H
-#define STR_FRAME_H
+#ifndef STR_CORE_FRAME_H
+#define STR_CORE_FRAME_H
 
 #include <platform/er.h>
 
 #include <type_traits>
 
-namespace frame
+namespace libstr::frame
 {
 
 // An export traces its entry first of all and its exit last of all.  The level is read afresh both
@@ -97,6 +97,6 @@ bool Protect(const char *source, Verdict verdict, Body &&body, Release &&release
     return false;
 }
 
-} // namespace frame
+} // namespace libstr::frame
 
 #endif

@@ -6,10 +6,13 @@
 //     while (NextSegment(&walk)) { ... walk.kind, walk.at, walk.size ... }
 //
 // The service keeps one walk state, so two walks are never interleaved.
-#ifndef STR_SEGMENTS_H
-#define STR_SEGMENTS_H
+#ifndef STR_CORE_SEGMENTS_H
+#define STR_CORE_SEGMENTS_H
 
 #include <platform/ccs.h>
+
+namespace libstr
+{
 
 struct SegmentWalk {
     const CSDescriptor *cs; // of the whole string
@@ -54,5 +57,7 @@ inline bool IsPlainByteSet(const CSDescriptor *cs)
 {
     return (ccs_GetCSFlags(cs) & (CS_FLAG_BYTE | CS_FLAG_T61)) == CS_FLAG_BYTE;
 }
+
+} // namespace libstr
 
 #endif

@@ -4,7 +4,7 @@
 // nothing to look after, and the C library prints.
 #include <str/format.h>
 
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <platform/ccs.h>
 #include <platform/mdc.h>
@@ -12,6 +12,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The case table record as those who fill and read it see it.
-#ifndef STR_CASE_RECORD_H
-#define STR_CASE_RECORD_H
+#ifndef STR_CORE_CASE_RECORD_H
+#define STR_CORE_CASE_RECORD_H
 
 #include <str/casetable.h>
 
-#include "str/reference.h"
+#include "str/core/reference.h"
 
 #include <cstddef>
 #include <cstring>
+
+namespace libstr
+{
 
 // One layout in the file, in the process and in the image, whatever builds it.
 static_assert(sizeof(CaseTableRef) == 4);
@@ -66,5 +69,7 @@ T *AddEntry(CaseTableRef *array, int32_t *capacity, int32_t *used)
     std::memset(entry, 0, sizeof *entry);
     return entry;
 }
+
+} // namespace libstr
 
 #endif

@@ -2,10 +2,13 @@
 //
 // One directive of a format.  The scanner reads from it which arguments there are, the builder what
 // to print; that both read it here is what keeps them in agreement.
-#ifndef STR_DIRECTIVE_H
-#define STR_DIRECTIVE_H
+#ifndef STR_CORE_DIRECTIVE_H
+#define STR_CORE_DIRECTIVE_H
 
 #include <str/format.h>
+
+namespace libstr
+{
 
 // A width or precision that is no argument, or one that is the next argument.
 inline constexpr int kNoArgument = -1;
@@ -97,5 +100,7 @@ inline ArgumentNumbers NumbersBefore(int value, const Directive &directive)
         numbers.width = 0;
     return numbers;
 }
+
+} // namespace libstr
 
 #endif

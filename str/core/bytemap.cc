@@ -5,7 +5,7 @@
 // A row is 16 entries of the map, which one shuffle looks up for 32 bytes.  Most rows of a case
 // table leave all of their bytes as they are and cost nothing, so a map takes as many shuffles as
 // it has rows with letters.
-#include "str/bytemap.h"
+#include "str/core/bytemap.h"
 
 #include <algorithm>
 #include <bit>
@@ -13,6 +13,9 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+
+namespace libstr
+{
 #define STR_VECTOR __attribute__((target("avx2")))
 #endif
 
@@ -148,3 +151,5 @@ size_t MappedAlike(ByteMap *map, const uint8_t *a, const uint8_t *b, size_t leng
     }
     return done;
 }
+
+} // namespace libstr

@@ -4,15 +4,15 @@
 //
 // Where addresses are 4 bytes wide a reference of this process is the address itself; where they
 // are wider it is a place in one table of blocks.  In an attached image it is an offset.
-#ifndef STR_REFERENCE_H
-#define STR_REFERENCE_H
+#ifndef STR_CORE_REFERENCE_H
+#define STR_CORE_REFERENCE_H
 
 #include <str/casetable.h>
 
 #include <cstddef>
 #include <cstdint>
 
-namespace reference
+namespace libstr::reference
 {
 
 // Makes sure that the next Make cannot fail, so that no block is ever without an owner.  Raises
@@ -46,6 +46,6 @@ const T *ResolveForReading(CaseTableRef ref)
     return static_cast<const T *>(array);
 }
 
-} // namespace reference
+} // namespace libstr::reference
 
 #endif

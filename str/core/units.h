@@ -16,8 +16,8 @@
 //         if (offset < limit)
 //             ... the unit at offset, by UnitLength(scan.rule, ...)
 //     }
-#ifndef STR_UNITS_H
-#define STR_UNITS_H
+#ifndef STR_CORE_UNITS_H
+#define STR_CORE_UNITS_H
 
 #include <platform/ccs.h>
 
@@ -25,6 +25,9 @@
 
 #include <algorithm>
 #include <cstdint>
+
+namespace libstr
+{
 
 struct UnitRule {
     const CSDescriptor *cs; // of the segment
@@ -145,5 +148,7 @@ inline void SetLimit(UnitScan *scan, unsigned int limit)
     if (limit < scan->end)
         scan->end = 0; // the block is to be looked at again
 }
+
+} // namespace libstr
 
 #endif

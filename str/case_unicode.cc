@@ -3,7 +3,7 @@
 // Upper case and comparison of text in the universal set, both by way of the conversion service.
 #include <str/case.h>
 
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <platform/cvc.h>
 #include <platform/os.h>
@@ -11,6 +11,8 @@
 #include <glib.h>
 
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

@@ -6,7 +6,7 @@
 // call that does not return, when it can see from here into the body: the handler would then read
 // stale flags, and no warning says so.  So this source stands alone, its function is closed to
 // that analysis, and the library is built with -fno-ipa-modref besides.
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <csetjmp>
 
@@ -16,7 +16,7 @@
 #define STR_OPAQUE __attribute__((noipa))
 #endif
 
-namespace frame
+namespace libstr::frame
 {
 
 STR_OPAQUE bool RunProtected(void (*body)(void *), void *context)
@@ -38,4 +38,4 @@ void PassOn(const char *source, int line)
     siglongjmp(*er_GetCurrEnv(), 1);
 }
 
-} // namespace frame
+} // namespace libstr::frame

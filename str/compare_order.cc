@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The order of two texts, each in a set of its own.
-#include "str/comparison.h"
+#include "str/core/comparison.h"
+
+using namespace libstr;
 
 namespace
 {

@@ -3,12 +3,14 @@
 // The str_strcmp family: the C library's comparison where it means the same, else the engines.
 #include <str/compare.h>
 
-#include "str/frame.h"
-#include "str/utf8.h"
+#include "str/core/frame.h"
+#include "str/core/utf8.h"
 
 #include <platform/ccs.h>
 
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {

@@ -6,7 +6,7 @@
 // form is its characters' folded forms in a row, and equal characters need not be folded to be
 // equal.  Each character that had to be folded is kept with its folded form, since asking GLib costs
 // an allocation.
-#include "str/compare_utf8.h"
+#include "str/core/fold.h"
 
 #include "base/blocks.h"
 
@@ -14,6 +14,9 @@
 
 #include <algorithm>
 #include <cstring>
+
+namespace libstr
+{
 
 namespace
 {
@@ -132,3 +135,5 @@ bool AreAlikeFolded(const char *s1, const char *s2)
         text2.pendingLength -= length;
     }
 }
+
+} // namespace libstr

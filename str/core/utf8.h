@@ -2,10 +2,13 @@
 //
 // UTF-8 text.  GLib does the work; its walkers trust their input, so they are called only on what
 // has been validated, and what is malformed is handled here: byte by byte, up to the NUL.
-#ifndef STR_UTF8_H
-#define STR_UTF8_H
+#ifndef STR_CORE_UTF8_H
+#define STR_CORE_UTF8_H
 
 #include <platform/ccs.h>
+
+namespace libstr
+{
 
 // The one set that the library knows by name.
 inline bool IsUtf8(const CSDescriptor *cs)
@@ -20,5 +23,7 @@ int CountUtf8(const char *str, int maxLen);
 
 // The longest front part of `str` of at most `n` bytes that does not end inside a character.
 unsigned int Utf8Truncation(const char *str, unsigned int n);
+
+} // namespace libstr
 
 #endif

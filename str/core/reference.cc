@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // References where addresses are wider than they: places in a table of blocks, counted from 1.
-#include "str/reference.h"
+#include "str/core/reference.h"
 
 #include <platform/os.h>
 
@@ -31,7 +31,7 @@ void PutFree(CaseTableRef ref)
 
 } // namespace
 
-namespace reference
+namespace libstr::reference
 {
 
 void Reserve()
@@ -73,4 +73,4 @@ void Release(CaseTableRef *ref)
     *ref = 0;
 }
 
-} // namespace reference
+} // namespace libstr::reference

@@ -2,15 +2,18 @@
 //
 // What equality and order of texts share: the walk over both, which sets go together, and the run
 // that disregards case.
-#ifndef STR_COMPARISON_H
-#define STR_COMPARISON_H
+#ifndef STR_CORE_COMPARISON_H
+#define STR_CORE_COMPARISON_H
 
 #include <str/compare.h>
 
-#include "str/segments.h"
-#include "str/upshift.h"
+#include "str/core/segments.h"
+#include "str/core/upshift.h"
 
 #include <algorithm>
+
+namespace libstr
+{
 
 // The segment walkers: the next segment that takes part in a comparison, one of text, of raw bytes,
 // or the end.  With `first` they begin with the string `str`, of `len` bytes or up to its NUL for
@@ -114,5 +117,7 @@ int CompareRunInUpperCase(const char *p1, const char *p2, int avail1, int avail2
         *chars = charLimit - left;
     return 0;
 }
+
+} // namespace libstr
 
 #endif

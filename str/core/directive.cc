@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "str/directive.h"
+#include "str/core/directive.h"
 
 #include <climits>
+
+namespace libstr
+{
 
 namespace
 {
@@ -77,3 +80,5 @@ Directive ReadLongDirective(const char *start, const char *end)
     }
     return directive;
 }
+
+} // namespace libstr

@@ -4,9 +4,11 @@
 #include <str/match.h>
 
 #include "base/wildcard.h"
-#include "str/frame.h"
+#include "str/core/frame.h"
 
 #include <glib.h>
+
+using namespace libstr;
 
 namespace
 {

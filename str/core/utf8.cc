@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "str/utf8.h"
+#include "str/core/utf8.h"
 
 #include <glib.h>
 
 #include <cstring>
+
+namespace libstr
+{
 
 namespace
 {
@@ -62,3 +65,5 @@ unsigned int Utf8Truncation(const char *str, unsigned int n)
             return n - back;
     return n;
 }
+
+} // namespace libstr
