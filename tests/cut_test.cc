@@ -285,7 +285,7 @@ TEST(StrNCpy, CutsUtf8BetweenCharacters)
         {"\xC3\xA9\xC3\xA9", 3, 2},  {"\xC3\xA9\xC3\xA9", 1, 0}, {"a\xF0\x9F\x98\x80", 4, 1},
         {"a\xF0\x9F\x98\x80", 5, 5}, {"\xF0\x9F\x98\x80", 0, 0}, {"a\xE6\x97", 9, 3},
         {"a\xE6\x97", 3, 1},         {"\xE6\x97z", 2, 0},        {"\xE6\x97z", 3, 3},
-        {"\x97\x97\x97\x97", 3, 3},  {"\xFF\xC0z", 2, 2},
+        {"\x97\x97\x97\x97", 3, 3},  {"\xFF\xC0z", 2, 2},        {"a\xE0\x80", 3, 3},
     };
     const CSDescriptor cs = DescriptorOf("UTF8");
     for (const auto &row : rows) {

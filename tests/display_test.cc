@@ -54,6 +54,11 @@ TEST(Utf8DispStrLen, CountsCharacters)
         {"\xE6\x97z", -1, 1, 3, "broken by ASCII"},
         {"\xED\xA0\x80\xC0\x80\xFE", -1, 1, 6, "never part of a character"},
         {"z\xF8\x88", 2, 1, 2, "no character begins so, whatever the limit cuts"},
+        {"\xE0\x80", 2, 1, 2, "... nor so: overlong"},
+        {"\xED\xA0", 2, 1, 2, "... a surrogate"},
+        {"\xF0\x80\x80", 3, 1, 3, "... overlong"},
+        {"\xF4\x90", 2, 1, 2, "... beyond U+10FFFF"},
+        {"\xED\x9F\xBF", 2, 1, 0, "but so: cut off"},
         {"\x97\xE6\x97\xA5", 4, 1, 2, "malformed, then well-formed"},
     };
     for (const auto &row : rows) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/utf8.h"
 
+#include "base/utf8.h"
+
 #include <glib.h>
 
 #include <cstring>
@@ -11,16 +13,7 @@ namespace libstr
 namespace
 {
 
-constexpr int kLongest = 4; // bytes of a character
-
-// A character begins at `at` and is well-formed as far as the `left` bytes reach, but longer.
-bool IsCutByLimit(const char *at, gssize left)
-{
-    constexpr auto incomplete = static_cast<gunichar>(-2);
-    const auto lead = static_cast<guchar>(*at);
-    return lead >= 0xC2 && lead <= 0xF4 && left >= 0 && left < g_utf8_skip[lead] &&
-           g_utf8_get_char_validated(at, left) == incomplete;
-}
+constexpr unsigned int kLongest = 4; // bytes of a character
 
 // The characters of well-formed text: of the bytes of each, one is no continuation byte.  The
 // compiler counts many at a time, where GLib steps from character to character.
@@ -43,12 +36,12 @@ int CountUtf8(const char *str, int maxLen)
         count += CountWellFormed(str, bad);
         if (valid || *bad == '\0')
             break;
-        if (left >= 0)
-            left -= bad - str;
-        if (IsCutByLimit(bad, left))
+        if (left < 0)
+            continue;
+        left -= bad - str;
+        if (utf8::IsCutOff(bad, static_cast<size_t>(left)))
             break;
-        if (left > 0)
-            --left;
+        --left;
     }
     return count;
 }
@@ -61,7 +54,7 @@ unsigned int Utf8Truncation(const char *str, unsigned int n)
     if (length < n)
         return length;
     for (unsigned int back = 1; back < kLongest && back <= n; ++back)
-        if (IsCutByLimit(str + n - back, static_cast<gssize>(back)))
+        if (utf8::IsCutOff(str + n - back, back))
             return n - back;
     return n;
 }
