@@ -26,6 +26,21 @@ inline bool IsCutOff(const char *at, size_t length)
     return length == 1 || g_utf8_validate(completed, static_cast<gssize>(whole), nullptr) != FALSE;
 }
 
+// What `function` (g_utf8_strup, g_utf8_casefold) makes of the `length` bytes of well-formed text at
+// `text`; the caller releases it with g_free.  Such a function looks beyond a length for marks, so it
+// gets a copy that ends with a NUL.
+inline gchar *ChangeCase(gchar *(*function)(const gchar *, gssize), const char *text, size_t length)
+{
+    char room[256];
+    char *const copy = length < sizeof room ? room : static_cast<char *>(g_malloc(length + 1));
+    std::memcpy(copy, text, length);
+    copy[length] = '\0';
+    gchar *const changed = function(copy, -1);
+    if (copy != room)
+        g_free(copy);
+    return changed;
+}
+
 } // namespace libstr::utf8
 
 #endif

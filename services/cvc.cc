@@ -5,8 +5,10 @@
 // buffers stay: opening and allocating takes longer than converting a short text.
 #include <platform/cvc.h>
 
+#include <platform/er.h>
 #include <platform/os.h>
 
+#include "base/utf8.h"
 #include "services/services.h"
 
 #include <glib.h>
@@ -15,6 +17,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+
+using namespace libstr;
 
 namespace
 {
@@ -149,8 +153,11 @@ bool Open(Converter *converter, const char *from, const char *to)
     }
     Close(converter);
     const GIConv opened = g_iconv_open(to, from);
-    if (opened == reinterpret_cast<GIConv>(-1))
+    if (opened == reinterpret_cast<GIConv>(-1)) {
+        if (errno == ENOMEM)
+            er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, "services/cvc", __LINE__);
         return false;
+    }
     *converter = {from, to, opened};
     return true;
 }
@@ -237,7 +244,7 @@ bool Convert(Workspace *workspace, const Set &source, const Set &target, Bytes i
     if (text.text == nullptr || g_utf8_validate(text.text, length, nullptr) == FALSE)
         return false;
     if (target.upper) {
-        HoldUpper(workspace, g_utf8_strup(text.text, length));
+        HoldUpper(workspace, utf8::ChangeCase(g_utf8_strup, text.text, text.length));
         text = {workspace->upper, std::strlen(workspace->upper)};
     }
     const bool converted = FromUtf8(workspace, target, text);

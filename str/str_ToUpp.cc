@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Upper case by case tables: of a character, of a run in one set, of a whole text.
+#include "base/utf8.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
 #include "str/core/upshift.h"
@@ -113,7 +114,7 @@ char *UpperCaseUtf8(const char *str, int length, int *outLen)
     const size_t bytes = LengthOf(str, length);
     if (g_utf8_validate(str, static_cast<gssize>(bytes), nullptr) == FALSE)
         return nullptr;
-    theUtf8Result = g_utf8_strup(str, static_cast<gssize>(bytes));
+    theUtf8Result = utf8::ChangeCase(g_utf8_strup, str, bytes);
     if (theUtf8Result != nullptr)
         *outLen = static_cast<int>(std::strlen(theUtf8Result));
     return theUtf8Result;

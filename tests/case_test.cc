@@ -275,6 +275,7 @@ TEST_F(CaseConversion, OfUtf8IsGLibs)
     EXPECT_EQ(length, 4711);
     EXPECT_EQ(logged, "");
     EXPECT_STREQ(str_ToUpper(cut.c_str(), 5, &length, &cs), "CAF\xC3\x89");
+    EXPECT_STREQ(str_ToUpper("\u0345\u0301", 2, &length, &cs), "\u0399") << "no mark in reach";
     const bool isTurkish = std::setlocale(LC_CTYPE, "tr_TR.UTF-8") != nullptr;
     EXPECT_EQ(Upper("i", cs), isTurkish ? "\xC4\xB0" : "I") << "in the locale of the process";
     std::setlocale(LC_CTYPE, "C");

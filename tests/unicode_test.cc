@@ -29,6 +29,8 @@ const Conversion kConversions[] = {
     {"UCS2", "UCS2UP", "\0a\0\xE9"s, "\0A\0\xC9"s, "the more significant byte first"},
     {"UCS2", "UCS2", "\xFE\xFF\0a"s, "\xFE\xFF\0a"s, "U+FEFF is a character"},
     {"UCS2", "UCS2UP", "\0\xDF\x03\x90"s, "\0S\0S\x03\x99\x03\x08\x03\x01"s, "longer in upper case"},
+    {"UCS2", "UCS2UP", "\x03\x45\x03\x01"s, "\x03\x01\x03\x99"s, "a mark that goes before"},
+    {"UCS2", "UCS2UP", "\x03\x45"s, "\x03\x99"s, "... but not that of the text before"},
     {"UCS2", "UCS2UP", "\xD8\x01\xDC\x28"s, "\xD8\x01\xDC\x00"s, "beyond U+FFFF"},
     {"UCS2", "UCS2,8", "\xD8\x3D\xDE\x00"s, "\xF0\x9F\x98\x80", "a pair is one character"},
     {"UCS2", "UCS2UP,7", "\0a\0\xE9"s, "A+AMk-", "from form to form"},
@@ -85,6 +87,7 @@ TEST(Conversion, GoesByTheForms)
     }
     EXPECT_EQ(Convert("\0a\0b", 3, "UCS2", "UCS2,8"), std::nullopt) << "half a character";
     EXPECT_EQ(Convert("abc", 2, "UCS2,8", "UCS2"), "\0a\0b"s) << "a limit";
+    EXPECT_EQ(Convert("\u0345\u0301", 2, "UCS2,8", "UCS2UP,8"), "\u0399") << "for marks too";
     EXPECT_EQ(Convert(nullptr, -1, "UCS2,8", "UCS2"), std::nullopt);
 }
 
