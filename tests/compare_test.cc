@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <climits>
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -192,6 +194,23 @@ TEST_F(Comparison, FoldsEveryCharacter)
                       folded == Folded(other.c_str(), -1))
                 << c << other;
     }
+}
+
+// Every pair of characters whose low bits are the same, as a cache of them would go by those.
+TEST_F(Comparison, TellsFoldedCharactersApart)
+{
+    const CSDescriptor utf8 = DescriptorOf("UTF8");
+    std::vector<std::pair<std::string, std::string>> sample; // characters and their folded forms
+    for (gunichar c = 'A'; c < 0x30000; c += 512) {
+        char text[7] = {};
+        g_unichar_to_utf8(c, text);
+        if (g_unichar_validate(c))
+            sample.emplace_back(text, Folded(text, -1));
+    }
+    for (const auto &[text1, folded1] : sample)
+        for (const auto &[text2, folded2] : sample)
+            ASSERT_EQ(str_strucasecmp(text1.c_str(), text2.c_str(), &utf8) == 0, folded1 == folded2)
+                << text1 << text2;
 }
 
 // ---- Order ---------------------------------------------------------------------------------

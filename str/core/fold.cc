@@ -9,6 +9,7 @@
 #include "str/core/fold.h"
 
 #include "base/blocks.h"
+#include "base/utf8.h"
 
 #include <glib.h>
 
@@ -34,12 +35,13 @@ struct Folded {
 constexpr size_t kPlaces = 1024;
 Folded theFolded[kPlaces];
 
+// The form of a character, good until another is asked for.
 const Folded *FoldedForm(const char *at, size_t length, gunichar character)
 {
     Folded *const place = &theFolded[character % kPlaces];
     if (place->character == character)
         return place;
-    char *const folded = g_utf8_casefold(at, static_cast<gssize>(length));
+    char *const folded = utf8::ChangeCase(g_utf8_casefold, at, length);
     place->length = static_cast<uint8_t>(std::min(std::strlen(folded), kMostFolded));
     std::memcpy(place->bytes, folded, place->length);
     place->character = character;
@@ -47,17 +49,19 @@ const Folded *FoldedForm(const char *at, size_t length, gunichar character)
     return place;
 }
 
-// A text in folded form: what is left of the form of one character, and the text behind it.
+// A text in folded form: the form of one character, its own copy, and the text after it.
 struct FoldedText {
     const char *at;
     const char *end;
-    const char *pending;
-    size_t pendingLength;
+    Folded form;
+    size_t used; // bytes of the form that are compared
 };
 
-FoldedText Begin(const char *text) { return {text, text + std::strlen(text), nullptr, 0}; }
+FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {}, 0}; }
 
-bool HasEnded(const FoldedText &text) { return text.pendingLength == 0 && text.at == text.end; }
+size_t Pending(const FoldedText &text) { return text.form.length - text.used; }
+
+bool HasEnded(const FoldedText &text) { return Pending(text) == 0 && text.at == text.end; }
 
 // Makes the next character pending.
 void TakeCharacter(FoldedText *text)
@@ -67,14 +71,8 @@ void TakeCharacter(FoldedText *text)
     const bool wellFormed = character < 0x80000000;
     const size_t length =
         wellFormed ? static_cast<size_t>(g_utf8_skip[static_cast<uint8_t>(*text->at)]) : 1;
-    if (wellFormed) {
-        const Folded *const folded = FoldedForm(text->at, length, character);
-        text->pending = folded->bytes;
-        text->pendingLength = folded->length;
-    } else {
-        text->pending = text->at;
-        text->pendingLength = 1;
-    }
+    text->form = wellFormed ? *FoldedForm(text->at, length, character) : Folded{0, 1, {*text->at}};
+    text->used = 0;
     text->at += length;
 }
 
@@ -118,21 +116,19 @@ bool AreAlikeFolded(const char *s1, const char *s2)
     FoldedText text1 = Begin(s1);
     FoldedText text2 = Begin(s2);
     for (;;) {
-        if (text1.pendingLength == 0 && text2.pendingLength == 0)
+        if (Pending(text1) == 0 && Pending(text2) == 0)
             SkipAlike(&text1, &text2);
         if (HasEnded(text1) || HasEnded(text2))
             return HasEnded(text1) && HasEnded(text2);
-        if (text1.pendingLength == 0)
+        if (Pending(text1) == 0)
             TakeCharacter(&text1);
-        if (text2.pendingLength == 0)
+        if (Pending(text2) == 0)
             TakeCharacter(&text2);
-        const size_t length = std::min(text1.pendingLength, text2.pendingLength);
-        if (std::memcmp(text1.pending, text2.pending, length) != 0)
+        const size_t length = std::min(Pending(text1), Pending(text2));
+        if (std::memcmp(text1.form.bytes + text1.used, text2.form.bytes + text2.used, length) != 0)
             return false;
-        text1.pending += length;
-        text1.pendingLength -= length;
-        text2.pending += length;
-        text2.pendingLength -= length;
+        text1.used += length;
+        text2.used += length;
     }
 }
 
