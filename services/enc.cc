@@ -8,12 +8,30 @@
 #include <glib.h>
 
 #include <cstring>
+#include <pthread.h>
 
 namespace
 {
 
-// The thread's decoded bytes.
-GPrivate theBytes = G_PRIVATE_INIT(os_free);
+constexpr char kSource[] = "services/enc";
+
+// The thread's decoded bytes.  A GPrivate would end the process where its key cannot be had.
+pthread_once_t theStart = PTHREAD_ONCE_INIT;
+pthread_key_t theBytes;
+bool theKeyIsMade;
+
+unsigned char *RoomFor(size_t size)
+{
+    pthread_once(&theStart, [] { theKeyIsMade = pthread_key_create(&theBytes, os_free) == 0; });
+    if (!theKeyIsMade)
+        er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
+    void *const bytes = os_realloc(pthread_getspecific(theBytes), size);
+    if (pthread_setspecific(theBytes, bytes) != 0) { // the thread's first bytes alone
+        os_free(bytes);
+        er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
+    }
+    return static_cast<unsigned char *>(bytes);
+}
 
 constexpr int kMalformed = -1;
 
@@ -48,15 +66,12 @@ extern "C" {
 
 const unsigned char *enc_ConvertLongEncodedStr(const char *text, int, int *length)
 {
-    // No byte takes less than a character.
-    auto *const bytes =
-        static_cast<unsigned char *>(os_realloc(g_private_get(&theBytes), std::strlen(text)));
-    g_private_set(&theBytes, bytes);
+    unsigned char *const bytes = RoomFor(std::strlen(text)); // none takes less than a character
     int count = 0;
     for (int used; *text != '\0'; text += used) {
         const int byte = ByteAt(text, &used);
         if (byte == kMalformed)
-            er_TracedEscape(ER_CLASS_LIBRARY, ENC_ESC_MALFORMED, "services/enc", __LINE__);
+            er_TracedEscape(ER_CLASS_LIBRARY, ENC_ESC_MALFORMED, kSource, __LINE__);
         bytes[count++] = static_cast<unsigned char>(byte);
     }
     *length = count;

@@ -23,6 +23,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <numeric>
+#include <pthread.h>
 #include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -511,6 +512,20 @@ TEST(EncodedBytes, FollowTheNotation)
             << text;
         EXPECT_EQ(length, -1);
     }
+}
+
+TEST(EncodedBytes, WithoutAKeyOfThreadsAreAnEscape)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // whatever ran before
+    EXPECT_EXIT(
+        {
+            for (pthread_key_t key; pthread_key_create(&key, nullptr) == 0;) {
+            }
+            int length;
+            std::_Exit(Escaped([&] { enc_ConvertLongEncodedStr("a", ENC_BYTES, &length); }) !=
+                       OS_ESC_MEMORY);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 // ---- Registration of case tables -----------------------------------------------------------
