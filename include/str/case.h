@@ -24,14 +24,15 @@ extern "C" {
  * In a text that switches sets each segment takes the table of its own set, unless the text's set
  * has CS_FLAG_UNIFORM and CS_FLAG_CASE: then the text's own serves all.  Escape sequences and raw
  * bytes stay as they are.  The result may be longer than the text.  UTF-8 is GLib's to upper-case
- * (g_utf8_strup, in the locale of the process).
+ * (g_utf8_strup, in the locale of the process), and nothing beyond `len` bears on it.
  *
- * The result belongs to the library until the next call; the caller does not release it.  One call
- * at a time may run in a process.
+ * The result belongs to the library until the next call of str_ToUpper or str_UpShift; the caller
+ * does not release it, and `str` must not lie in it.  One call at a time may run in a process.
  *
  * Returns null, and leaves `*outLen` as it is, for malformed UTF-8, and when an escape of class 5
- * ended the work, which is logged (23816).  Other escapes go on to the caller's environment; those
- * of class 3, such as OS_ESC_MEMORY, are among them. */
+ * ended the work on other text.  Other escapes go on to the caller's environment; those of class 3,
+ * such as OS_ESC_MEMORY, are among them.  Each escape that ends the work is logged (23816).  For
+ * UTF-8 there is none when memory runs out: GLib then ends the process. */
 char *str_ToUpper(const char *str, int len, int *outLen, const CSDescriptor *cs);
 
 /* ---- One set ------------------------------------------------------------------------------- */
@@ -69,8 +70,9 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
 /* The upper case of the `inLength` bytes at `in`, or up to its NUL (in the two-byte form, a pair of
  * zero bytes) when that is -1.  `*outLen` receives its bytes.
  *
- * Returns null when `in` is malformed or null; the default service then stores 0.  The text belongs
- * to the service, which need not put a NUL behind it, and lasts until the next conversion. */
+ * Returns null when the service gives no text.  The default one gives none, and stores 0, when `in`
+ * is malformed or null, or the result would be longer than INT_MAX bytes.  The text belongs to the
+ * service, which need not put a NUL behind it, and lasts until the next conversion. */
 char *str_ToUpperUni(const char *in, int inLen, int *outLen, int variant);
 
 /* Compares the upper case of two NUL-terminated texts byte by byte, as strcmp does: negative, 0 or

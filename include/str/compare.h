@@ -9,8 +9,9 @@
  * go; raw bytes with raw bytes alone.  Without regard to case characters are compared in upper case
  * where their set has a case table (str/case.h), which may be compiled or loaded for it.
  *
- * Nothing is kept for the caller, and no escape is raised but by a service, and then passes
- * through.  One comparison at a time may run in a process.
+ * Nothing is kept for the caller, and no escape is raised except by a service, and then passes
+ * through.  GLib, which folds the case of UTF-8, ends the process when it cannot have memory for
+ * that.  One comparison at a time may run in a process.
  */
 #ifndef STR_COMPARE_H
 #define STR_COMPARE_H
@@ -57,8 +58,9 @@ int str_strucasenbcmp3(const char *s1, const char *s2, unsigned int bytes1, unsi
 /* The engines behind them: 0 when the texts are equal as far as they are compared, 1 when they
  * differ.  `caseless` not 0 disregards case.
  *
- * To the end, UTF-8 is compared with UTF-8 alone, its case folded by GLib (g_utf8_casefold).  With a
- * limit the case of UTF-8 counts, as it has no case table. */
+ * To the end, UTF-8 is compared with UTF-8 alone, its case folded by GLib (g_utf8_casefold); a byte
+ * of no well-formed character stands for itself.  With a limit the case of UTF-8 counts, as it has
+ * no case table. */
 int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
                        const CSDescriptor *cs2);
 
