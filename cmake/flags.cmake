@@ -3,7 +3,7 @@
 #   str_headers        the include folders of the project
 #   str_warnings       the warnings that our own sources keep to
 #   str_runtime_flags  code that needs no C++ runtime and that escapes may jump over
-#   str_library_flags  str_runtime_flags, and nothing exported but what a header says
+#   str_library_flags  the same, and nothing exported but what a header says
 include(CheckCXXCompilerFlag)
 
 add_library(str_headers INTERFACE)
@@ -46,3 +46,9 @@ add_library(str_library_flags INTERFACE)
 target_link_libraries(str_library_flags INTERFACE str_runtime_flags)
 target_compile_options(str_library_flags INTERFACE
     -fvisibility=hidden -fvisibility-inlines-hidden)
+
+# What makes statics of templates one for the process would keep them global in the archives.
+check_cxx_compiler_flag(-fno-gnu-unique STR_HAVE_NO_GNU_UNIQUE)
+if(STR_HAVE_NO_GNU_UNIQUE)
+    target_compile_options(str_library_flags INTERFACE -fno-gnu-unique)
+endif()

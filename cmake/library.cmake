@@ -1,21 +1,42 @@
 # SPDX-License-Identifier: Apache-2.0
-# str_library(<name> FLAGS <target> MAP <file> SOURCES <file>...)
+# str_library(<name> [WEAK] MAP <file> SOURCES <file>...)
 #
 # Compiles the sources once and makes of them lib<name>.a (target <name>) and lib<name>.so (target
-# <name>_shared), which exports what the version script MAP lists. The shared one is linked as C
-# and depends on what it uses alone, so that the C++ runtime, which it does not use, is no
-# dependency. Services that the library calls stay undefined until the host is linked.
+# <name>_shared), which both export what the version script MAP lists and nothing else; with WEAK,
+# the archive's symbols give way to those of the host. The shared one is linked as C and depends on
+# what it uses alone, so that the C++ runtime, which it does not use, is no dependency. Services
+# that the library calls stay undefined until the host is linked.
+#
+# The objects are never left to the optimiser of the linker, whatever the build asks for: it would
+# make weak symbols strong, inline one service into another though a host may replace either, and
+# look into protected regions, which escapes leave by a jump.
 function(str_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "FLAGS;MAP" "SOURCES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "WEAK" "MAP" "SOURCES")
 
     add_library(${name}_objects OBJECT ${arg_SOURCES})
-    set_target_properties(${name}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    set_target_properties(${name}_objects PROPERTIES
+        POSITION_INDEPENDENT_CODE ON
+        INTERPROCEDURAL_OPTIMIZATION OFF)
+    target_compile_options(${name}_objects PRIVATE -fno-lto)
     target_link_libraries(${name}_objects
-        PRIVATE ${arg_FLAGS} str_warnings str_headers PkgConfig::GLIB)
+        PRIVATE str_library_flags str_warnings str_headers PkgConfig::GLIB)
 
-    add_library(${name} STATIC $<TARGET_OBJECTS:${name}_objects>)
-    add_library(${name}_shared SHARED $<TARGET_OBJECTS:${name}_objects>)
+    # The archive holds one object, whose sections a host may leave out with -Wl,--gc-sections.
+    target_compile_options(${name}_objects PRIVATE -ffunction-sections -fdata-sections)
+    set(combined ${CMAKE_CURRENT_BINARY_DIR}/${name}.o)
+    set(combine ${PROJECT_SOURCE_DIR}/cmake/combine.sh)
+    separate_arguments(flags NATIVE_COMMAND "${CMAKE_CXX_FLAGS}")
+    add_custom_command(OUTPUT ${combined}
+        COMMAND ${CMAKE_COMMAND} -E env OBJCOPY=${CMAKE_OBJCOPY}
+            bash ${combine} ${arg_MAP} $<IF:$<BOOL:${arg_WEAK}>,weak,strong> ${combined}
+            ${CMAKE_CXX_COMPILER} ${flags} -- $<TARGET_OBJECTS:${name}_objects>
+        DEPENDS ${combine} ${arg_MAP} ${name}_objects $<TARGET_OBJECTS:${name}_objects>
+        COMMAND_EXPAND_LISTS VERBATIM)
+    add_library(${name} STATIC ${combined})
+    set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
     target_link_libraries(${name} PUBLIC str_headers PkgConfig::GLIB)
+
+    add_library(${name}_shared SHARED $<TARGET_OBJECTS:${name}_objects>)
     target_link_libraries(${name}_shared PUBLIC str_headers PkgConfig::GLIB)
     target_link_options(${name}_shared PRIVATE
         -Wl,--as-needed -Wl,--version-script=${arg_MAP})

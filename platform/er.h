@@ -4,16 +4,13 @@
  *
  * An escape is how a failure travels: er_TracedEscape records an error as the live escape and
  * jumps to the current environment, a sigjmp_buf in the frame of some enclosing function.  It stays
- * live until er_Accept, er_Clear or er_RestoreStatus ends it.  A function that protects itself
- * does, in this order:
+ * live until er_Accept, er_Clear or er_RestoreStatus ends it.  A function that protects itself has
+ * its work in a function of its own, and what both need in a record:
  *
- *     sigjmp_buf here, *outer = er_SetCurrEnv(&here);
- *     if (sigsetjmp(here, 0) == 0) {
- *         ... the work ...
- *         er_SetCurrEnv(outer);
- *     } else {
- *         er_SetCurrEnv(outer);              first: escapes from the clean-up belong to the caller
- *         ... release what is held ...
+ *     static void Work(void *context) { struct Job *job = context; ... }
+ *
+ *     if (!er_Protect(Work, &job)) {
+ *         ... release what the job still holds ...
  *         er_Accept(ER_CLASS_LIBRARY);       or er_Clear(), or nothing
  *         if (er_GetLive()) {
  *             er_TraceBeforeJump("source", __LINE__);
@@ -21,8 +18,20 @@
  *         }
  *     }
  *
+ * Whatever the work stored before the escape is there.  Do not call sigsetjmp in the function that
+ * handles the escape instead: compilers that see how the work ends leave out what it stored.
+ *
+ * An escape is a jump.  It runs nothing on its way: no destructor of C++ (to jump over one that
+ * does something is undefined), no catch, no unlock.  So what the work holds stands in the record,
+ * and the handler releases it.
+ *
+ * A thread begins without an environment.  An escape that is raised or passed on there ends the
+ * process, with its message on standard error and abort.  Call the library from inside er_Protect
+ * wherever that will not do.
+ *
  * A host replaces any function by linking its own definition; those that share the current
- * environment and the live escape (er_SetCurrEnv to er_RestoreStatus) go together.
+ * environment and the live escape (er_SetCurrEnv to er_RestoreStatus) go together.  er_Protect is not
+ * among them: the default one works over any er_SetCurrEnv, and the library does not call it.
  *
  * Threads: the current environment and the live escape belong to the calling thread; the trace
  * level is one for the process.
@@ -72,7 +81,8 @@ typedef struct er_Status {
 
 /* Writes one trace line.  `text` is the function's name; `marker` is 1 on entry and 0 on exit;
  * lines that the service writes itself, where an escape is raised or passed on, have -1.  The level
- * is the caller's to test. */
+ * is the caller's to test.  The default service hands each line to the sink that the host has set;
+ * without one it writes the line to standard error, when the level is above 9. */
 void er_RealLogProc(int traceClass, const char *text, int marker);
 
 /* ---- Environments and escapes ------------------------------------------------------------- */
@@ -85,13 +95,20 @@ sigjmp_buf *er_SetCurrEnv(sigjmp_buf *env);
 /* The current environment, null for none. */
 sigjmp_buf *er_GetCurrEnv(void);
 
+/* Runs body(context) in an environment of its own.  Returns 1 when the body ran to its end.  Returns
+ * 0 when an escape ended it.  That escape is then still live: er_RecordStatus tells its class and
+ * code, er_Accept or er_Clear ends it.  In both cases the environment of before is current again. */
+int er_Protect(void (*body)(void *), void *context);
+
 /* Raises an escape: records class and code as the live escape, in place of an earlier one, traces
- * the place, and jumps to the current environment, where sigsetjmp answers 1.  With no environment
+ * the place, and jumps to the current environment, where sigsetjmp returns 1.  With no environment
  * installed, the default service writes the message to standard error and aborts. */
 ER_NORETURN void er_TracedEscape(int escapeClass, int code, const char *sourceFile, int line);
 
 /* Traces the place from which a handler passes the live escape on.  The caller then jumps to
- * er_GetCurrEnv() itself. */
+ * er_GetCurrEnv() itself.  With no environment installed there is nowhere to jump to: the default
+ * service does what er_TracedEscape does then.  If another one returns, the library logs that and
+ * aborts. */
 void er_TraceBeforeJump(const char *sourceFile, int line);
 
 /* Ends the live escape if it is of class `escapeClass`; one of another class stays live. */

@@ -9,6 +9,7 @@
 #include <platform/lkf.h>
 #include <platform/os.h>
 
+#include "base/protected.h"
 #include "services/services.h"
 
 #include <array>
@@ -119,14 +120,27 @@ void Log(int32_t code, const char *text)
         std::fprintf(stderr, "libstr: %d: %s\n", static_cast<int>(code), text);
 }
 
+bool TracesAreAskedFor() { return er_SubSystemLoggingLevel > 9; }
+
 void TracePlace(const char *what, const char *sourceFile, int line)
 {
-    if (er_SubSystemLoggingLevel <= 9)
+    if (!TracesAreAskedFor())
         return;
     char text[256];
     std::snprintf(text, sizeof text, "%s %d at %s:%d", what, static_cast<int>(theStatus.code),
                   sourceFile, line);
     er_RealLogProc(ER_TRACE_CALL, text, -1);
+}
+
+// An escape is about to travel: ends the process where it has nowhere to go.
+void RequireEnvironment(const char *sourceFile, int line)
+{
+    if (theEnvironment != nullptr)
+        return;
+    std::fprintf(stderr, "libstr: %d: %s (no error environment, %s:%d)\n",
+                 static_cast<int>(theStatus.code), er_GetCodeText(theStatus.code), sourceFile,
+                 line);
+    std::abort();
 }
 
 } // namespace
@@ -149,7 +163,7 @@ void er_RealLogProc(int traceClass, const char *text, int marker)
 {
     if (theTraceSink != nullptr)
         theTraceSink(traceClass, text, marker);
-    else
+    else if (TracesAreAskedFor())
         std::fprintf(stderr, "libstr: trace %d: %s %s\n", traceClass,
                      marker == 1   ? "enter"
                      : marker == 0 ? "leave"
@@ -166,21 +180,24 @@ sigjmp_buf *er_SetCurrEnv(sigjmp_buf *env)
 
 sigjmp_buf *er_GetCurrEnv(void) { return theEnvironment; }
 
+int er_Protect(void (*body)(void *), void *context)
+{
+    return libstr::RunProtected(body, context, er_SetCurrEnv) ? 1 : 0;
+}
+
 void er_TracedEscape(int escapeClass, int code, const char *sourceFile, int line)
 {
     theStatus = {escapeClass, code, 1};
     TracePlace("escape", sourceFile, line);
-    if (theEnvironment == nullptr) {
-        std::fprintf(stderr, "libstr: %d: %s (no error environment, %s:%d)\n", code,
-                     er_GetCodeText(code), sourceFile, line);
-        std::abort();
-    }
+    RequireEnvironment(sourceFile, line);
     siglongjmp(*theEnvironment, 1);
 }
 
 void er_TraceBeforeJump(const char *sourceFile, int line)
 {
     TracePlace("passing on", sourceFile, line);
+    if (theStatus.live != 0)
+        RequireEnvironment(sourceFile, line);
 }
 
 void er_Accept(int escapeClass)

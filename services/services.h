@@ -6,6 +6,8 @@
 #ifndef SERVICES_SERVICES_H
 #define SERVICES_SERVICES_H
 
+#include <platform/er.h>
+
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -23,7 +25,8 @@ typedef void (*er_TraceSink)(int traceClass, const char *text, int marker);
 typedef void (*er_LogSink)(int code, const char *text);
 
 /* Sends traces (logs) to `sink`, or with a null pointer back to standard error, where they go
- * until a host says otherwise.  One sink serves the whole process; set it before other threads
+ * until a host says otherwise.  A sink gets every trace; on standard error there are none unless
+ * er_SubSystemLoggingLevel is above 9.  One sink serves the whole process; set it before other threads
  * start.  A sink must not raise an escape. */
 void er_SetTraceSink(er_TraceSink sink);
 void er_SetLogSink(er_LogSink sink);

@@ -1,6 +1,56 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_exports.sh LIBRARY LIST: the library exports exactly the names in the list, which is sorted.
+# check_exports.sh LIBRARY_DIR LIST SOURCE_DIR: what the libraries define, shared and archives: the
+# exports in the list, which is sorted, or the services, and no global symbol beside them; and that
+# the services give way to those of a host, however it is compiled and linked.
 set -euo pipefail
 export LC_ALL=C
-diff -u "$2" <(nm -D --defined-only "$1" | awk '{ print $NF }' | sort)
+libraries=$1 list=$2 source=$3
+services='(ccs|er|os|lkf|ext|enc|mdc|cvc|nm|da|t61|dstring)_[A-Za-z0-9_]*|InitTabsDone'
+
+defined() { # LIBRARY
+    local dynamic=-D
+    [[ $1 != *.a ]] || dynamic=
+    nm $dynamic -g --defined-only "$libraries/$1" | awk 'NF == 3 { print $3 }' | sort
+}
+
+for kind in a so; do
+    diff -u "$list" <(defined "libstr.$kind")
+    if defined "libstrservices.$kind" | grep -vxE "$services"; then
+        echo "libstrservices.$kind: defines the symbols above"
+        exit 1
+    fi
+done
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+# shellcheck disable=SC2086 # the flags are lists
+compile() { # OPTION...
+    $CC $CFLAGS "$@" $LDFLAGS
+}
+modes=('' -flto)
+if ! compile -flto -x c - -o "$scratch/empty" <<<'int main(void) { return 0; }' 2>/dev/null; then
+    echo 'this compiler cannot link with -flto: hosts with it are left out'
+    modes=('')
+fi
+
+expected='trace 19 str_dispstrlen 1
+trace 19 escape 1 at host -1
+13 columns, escape 1 of class 100
+trace 19 str_dispstrlen 1
+trace 19 str_ToUpper 1
+trace 19 str_ToUpper 0
+6 columns, "narrow", memory taken'
+for mode in "${modes[@]}"; do
+    for place in -pie -no-pie; do
+        for kind in a so; do
+            # shellcheck disable=SC2046,SC2086
+            compile -std=c11 -O2 $mode -f${place#-} $place -I"$source/include" -I"$source" \
+                "$source/examples/host.c" -o "$scratch/host" \
+                "$libraries/libstr.$kind" "$libraries/libstrservices.$kind" \
+                -Wl,-rpath,"$libraries" $(pkg-config --libs glib-2.0)
+            shown=$("$scratch/host" | sed 's/ host:[0-9]*/ host/')
+            diff -u --label "$mode $place $kind" <(echo "$expected") <(echo "$shown")
+        done
+    done
+done

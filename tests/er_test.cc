@@ -2,6 +2,7 @@
 //
 // The error and trace service, and what the exports trace through it.
 #include "services/services.h"
+#include "tests/support/escape.h"
 
 #include <gtest/gtest.h>
 #include <platform/ccs.h>
@@ -9,7 +10,6 @@
 #include <platform/os.h>
 #include <str/str.h>
 
-#include <csetjmp>
 #include <string>
 #include <thread>
 
@@ -67,14 +67,14 @@ TEST_F(ErService, WidthTracesItsEntryAndExit)
     EXPECT_EQ(traced, "") << "a worker";
 }
 
-// Escapes are jumps, so everything here that they cross is plain.
+void RaiseClass(void *escapeClass)
+{
+    er_TracedEscape(*static_cast<int *>(escapeClass), 23801, "here", 12);
+}
+
 int ClassThatArrives(int raised, int accepted)
 {
-    sigjmp_buf here;
-    sigjmp_buf *const outer = er_SetCurrEnv(&here);
-    if (sigsetjmp(here, 0) == 0)
-        er_TracedEscape(raised, 23801, "here", 12);
-    er_SetCurrEnv(outer);
+    EXPECT_EQ(er_Protect(RaiseClass, &raised), 0);
     er_Accept(accepted);
     const int live = er_GetLive();
     er_Clear();
@@ -109,6 +109,18 @@ TEST_F(ErService, EscapesAreTracedWhereTheyAreRaisedAndPassedOn)
     er_SubSystemLoggingLevel = 9;
     ClassThatArrives(3, 3);
     EXPECT_EQ(traced, "");
+}
+
+TEST_F(ErService, ProtectionPutsTheEnvironmentBack)
+{
+    sigjmp_buf *inside = nullptr;
+    const auto look = [](void *environment) {
+        *static_cast<sigjmp_buf **>(environment) = er_GetCurrEnv();
+    };
+    EXPECT_EQ(er_Protect(look, &inside), 1);
+    EXPECT_NE(inside, nullptr);
+    ClassThatArrives(3, 3);
+    EXPECT_EQ(er_GetCurrEnv(), nullptr);
 }
 
 TEST_F(ErService, EnvironmentsBelongToTheirThread)
@@ -152,25 +164,31 @@ TEST_F(ErService, EveryCodeOfTheLibraryHasAMessage)
 TEST(ErServiceDeathTest, AnEscapeWithoutEnvironmentEndsTheProcess)
 {
     EXPECT_DEATH(er_TracedEscape(3, OS_ESC_MEMORY, "here", 12), "24001: out of memory .*here:12");
+    const auto passOn = [] {
+        int escapeClass = 5;
+        er_Protect(RaiseClass, &escapeClass);
+        er_TraceBeforeJump("there", 34);
+    };
+    EXPECT_DEATH(passOn(), "23801: .*no error environment, there:34");
+}
+
+TEST(ErServiceTraces, AreWrittenWhereTheLevelAsksForThem)
+{
+    testing::internal::CaptureStderr();
+    for (const int level : {9, 10}) {
+        er_SubSystemLoggingLevel = level;
+        er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
+    }
+    er_SubSystemLoggingLevel = 0;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libstr: trace 17: enter told\n");
 }
 
 // Memory that cannot be had is an escape; the block that was to grow is still there.
 TEST(OsService, MemoryFailsAsAnEscape)
 {
-    static void *block;
-    block = os_malloc(0);
+    void *block = os_malloc(0);
     ASSERT_NE(block, nullptr);
-    sigjmp_buf here;
-    sigjmp_buf *const outer = er_SetCurrEnv(&here);
-    volatile int escapes = 0;
-    if (sigsetjmp(here, 0) == 0)
-        block = os_realloc(block, SIZE_MAX / 2 + 1);
-    else
-        escapes = 1;
-    er_SetCurrEnv(outer);
-    EXPECT_EQ(escapes, 1);
-    EXPECT_EQ(er_GetLastCode(), OS_ESC_MEMORY);
-    er_Clear();
+    EXPECT_EQ(Escaped([&] { block = os_realloc(block, SIZE_MAX / 2 + 1); }), OS_ESC_MEMORY);
     block = os_realloc(block, 100);
     os_free(block);
 }

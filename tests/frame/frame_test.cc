@@ -5,6 +5,10 @@
 // of calls that do not return.
 #include "str/core/frame.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 
 using namespace libstr;
@@ -142,7 +146,24 @@ void RegionsNestDeeply(int depth, int &unwound)
         [&] { ++unwound; });
 }
 
+// Passes an escape on from a region around which there is none.
+int HowTheProcessEnds()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        frame::Protect(
+            "tests/frame", frame::Propagate(), [] { Raise(3, 6); }, [] {});
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
 } // namespace
+
+// A service that returns, whether or not there is an environment to jump to.
+extern "C" void er_TraceBeforeJump(const char *, int) {}
 
 int main()
 {
@@ -155,5 +176,6 @@ int main()
         "tests/frame", frame::Accept(3), [&] { RegionsNestDeeply(100, unwound); }, [] {});
     Check(unwound == 101, "every region on the way is unwound once");
     Check(er_GetCurrEnv() == nullptr, "no environment is left behind");
+    Check(HowTheProcessEnds() == SIGABRT, "an escape that has nowhere to go aborts");
     return failures == 0 ? 0 : 1;
 }
