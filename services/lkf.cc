@@ -29,7 +29,7 @@ namespace
 
 constexpr mode_t kEverybody = 0666;
 constexpr int64_t kMillisecond = 1000000; // times are in nanoseconds
-constexpr int64_t kLongestPause = 50 * kMillisecond;
+constexpr int64_t kLongestPause = 8 * kMillisecond;
 constexpr int kMostTries = 100; // to open a file that others make and remove
 constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY; // to open one that is there
 

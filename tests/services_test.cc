@@ -33,7 +33,7 @@ namespace
 {
 
 int theFsyncError;     // what fsync fails with; 0 when it succeeds
-int theFstatError;     // the same of fstat, where the services call it by this name
+int theFstatError;     // the same of fstat, as 64-bit systems call it for large files
 off_t theSyncedLength; // of the file that fsync was called for last
 
 } // namespace
@@ -47,13 +47,11 @@ extern "C" int fsync(int fd)
     return theFsyncError != 0 ? -1 : 0;
 }
 
-#ifdef __LP64__
-extern "C" int fstat(int fd, struct stat *file) noexcept
+extern "C" int fstat64(int fd, struct stat64 *file) noexcept
 {
     errno = theFstatError;
-    return theFstatError != 0 ? -1 : fstatat(fd, "", file, AT_EMPTY_PATH);
+    return theFstatError != 0 ? -1 : fstatat64(fd, "", file, AT_EMPTY_PATH);
 }
-#endif
 
 namespace
 {
@@ -394,8 +392,8 @@ TEST_F(LockFile, VoidHandlesTouchNothing)
     EXPECT_TRUE(IsOpen(next)) << "another's now";
     close(next);
 
-    const int first = Lock(LKF_EXCLUSIVE);
-    lkf_UnLockFile(first);
+    const int first = Lock(LKF_SHARED);
+    close(next); // to be the descriptor of the second
     const int second = Lock(LKF_EXCLUSIVE);
     for (const int nobodys : {first, handle, 0, -1, INT_MAX})
         lkf_UnLockFile(nobodys);
@@ -492,6 +490,8 @@ TEST(ServiceAccount, OwnsTheHome)
     EXPECT_EQ(ext_GetVornithGid(), dir.st_gid);
     EXPECT_EQ(ext_ChownToVornith("~/sys"), 0);
     EXPECT_NE(ext_ChownToVornith("~/none"), 0);
+    EXPECT_EQ(symlink("sys", home.PathOf("link").c_str()), 0);
+    EXPECT_NE(ext_ChownToVornith("~/link"), 0);
     os_SetHome("/none");
     EXPECT_EQ(ext_GetVornithGid(), static_cast<gid_t>(-1));
     EXPECT_NE(ext_ChownToVornith(home.PathOf("sys").c_str()), 0);
