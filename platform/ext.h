@@ -24,7 +24,7 @@ extern "C" {
 gid_t ext_GetVornithGid(void);
 
 /* Gives the file `path` to the service account, owner and group.  "~/" is the home directory of
- * the service (platform/os.h).
+ * the service (platform/os.h).  Fails for a symbolic link, and for a file of several names.
  *
  * Only a privileged process may give files away.  Members of the account's group work on its
  * behalf, though, and the files that they share are writable by that group: where the owner cannot

@@ -24,18 +24,21 @@ extern "C" {
 /* Code of the escape raised here, besides OS_ESC_FILE. */
 #define LKF_ESC_TIMEOUT 24004 /* others hold the lock for too long */
 
-/* Waits until the lock of the file `path` is granted in mode `mode` and answers a handle for
- * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).
+/* Waits until the lock of the file `path` is granted in mode `mode` and returns a handle for
+ * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).  Whoever comes to share
+ * the lock waits while another waits to hold it alone.
  *
  * The file is made where there is none, for everybody to open whatever the file creation mask, and
- * never removed; its contents mean nothing.  For LKF_SHARED the right to read it is enough.  The
+ * never removed; its contents mean nothing.  It is a regular file and no symbolic link.  For
+ * LKF_SHARED the right to read it is enough.  A process that could write nothing in ~/toupper gets the
+ * lock of a file in the home without holding it, where that file cannot be opened or locked.  The
  * end of the process releases the lock, however it ends; a process that it has made does not hold
  * the lock, and the handle is void there.
  *
  * Raises an escape of class ER_CLASS_LIBRARY and then holds nothing: LKF_ESC_TIMEOUT when the lock
  * is not granted in time (30 seconds where a host says nothing else), OS_ESC_FILE when the file
  * cannot be opened or locked, when `mode` is neither of the two, and when the process holds more
- * locks than the service keeps count of (64). */
+ * locks than the service keeps count of (64).  The reason is logged, once until there is another. */
 int lkf_LockFile(int mode, const char *path);
 
 /* Releases the lock; the handle is void afterwards.  Does nothing for a void handle, nor to a

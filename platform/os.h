@@ -12,6 +12,9 @@
  *   replacement any function may.
  * - A path that begins with "~/" lies in the home directory of the service.  Any other path is
  *   taken as it is.
+ * - In the home, where others work too, only regular files are opened, and none that is written by
+ *   way of a symbolic link.  Where a file would be made or else cut to nothing (O_CREAT with O_TRUNC,
+ *   mode "w"), a new one takes the place of whatever has its name.
  * - A signal that interrupts a call is no failure, except while it writes.
  * - Descriptors and streams opened here are closed in a program that the process executes.
  *
@@ -110,8 +113,9 @@ typedef struct os_dirent {
  * OS_ESC_MEMORY. */
 void *os_opendir(const char *path);
 
-/* The next entry, in no given order; null at the end and on an error.  It belongs to the open
- * directory and lasts until the next call for it. */
+/* The next entry, in no given order; null at the end.  It belongs to the open directory and lasts
+ * until the next call for it.  Raises OS_ESC_FILE on an error, so that a directory that cannot be read
+ * never passes for an empty one. */
 os_dirent *os_readdir(void *dir);
 
 /* Closes the directory.  0, or -1 on failure. */

@@ -13,6 +13,7 @@
 #include "services/services.h"
 
 #include <array>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -110,11 +111,38 @@ void PutMessage(Line *line, const char *text, va_list arguments)
     }
 }
 
+// Whether the default sink has said this before, and it stays said.
+bool WasSaid(const char *text)
+{
+    static std::atomic<uint32_t> said[256]; // as hashes
+    uint32_t hash = 2166136261U;            // FNV-1a
+    for (; *text != '\0'; ++text)
+        hash = (hash ^ static_cast<unsigned char>(*text)) * 16777619U;
+    for (std::atomic<uint32_t> &place : said) {
+        uint32_t there = 0;
+        if (place.compare_exchange_strong(there, hash) || there == hash)
+            return there == hash;
+    }
+    return true; // so much that nobody reads more
+}
+
+// Why a set has no table, which each use of it finds out again.
+bool IsReason(int32_t code) { return theStatus.live != 0 && (code == 0 || code == 23803); }
+
 void Log(int32_t code, const char *text)
 {
     if (theLogSink != nullptr)
-        theLogSink(code, text);
-    else if (code == 0)
+        return theLogSink(code, text);
+    Line line{{}, 0};
+    if (IsReason(code)) {
+        for (const char *part :
+             {text, ": ", er_GetCodeText(theStatus.code), " (~ is ", os_GetHome(), ")"})
+            Put(&line, part, std::strlen(part));
+        text = line.text.data();
+        if (WasSaid(text))
+            return;
+    }
+    if (code == 0)
         std::fprintf(stderr, "libstr: %s\n", text);
     else
         std::fprintf(stderr, "libstr: %d: %s\n", static_cast<int>(code), text);

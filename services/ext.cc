@@ -11,6 +11,26 @@
 
 using namespace libstr;
 
+namespace
+{
+
+// Gives what `fd` was opened for to the owner of `dir`, or to its group.  A file of several names may
+// have been put here by one who wants to have it.
+bool Give(int fd, const struct stat &dir)
+{
+    constexpr uid_t kSame = static_cast<uid_t>(-1);
+    struct stat file;
+    if (fstat(fd, &file) != 0 || S_ISLNK(file.st_mode) ||
+        (S_ISREG(file.st_mode) && file.st_nlink != 1))
+        return false;
+    if (fchownat(fd, "", dir.st_uid, dir.st_gid, AT_EMPTY_PATH) == 0)
+        return true;
+    return errno == EPERM &&
+           (fchownat(fd, "", kSame, dir.st_gid, AT_EMPTY_PATH) == 0 || file.st_gid == dir.st_gid);
+}
+
+} // namespace
+
 extern "C" {
 
 gid_t ext_GetVornithGid(void)
@@ -23,14 +43,12 @@ int ext_ChownToVornith(const char *path)
 {
     char room[PATH_MAX];
     const char *const resolved = home::Resolve(path, room);
-    struct stat dir, file;
+    struct stat dir;
     if (resolved == nullptr || stat(os_GetHome(), &dir) != 0)
         return -1;
-    if (chown(resolved, dir.st_uid, dir.st_gid) == 0)
-        return 0;
-    const bool isGiven =
-        errno == EPERM && (chown(resolved, static_cast<uid_t>(-1), dir.st_gid) == 0 ||
-                           (stat(resolved, &file) == 0 && file.st_gid == dir.st_gid));
+    const int fd = home::Open(resolved, O_PATH | O_NOFOLLOW);
+    const bool isGiven = fd >= 0 && Give(fd, dir);
+    close(fd);
     return isGiven ? 0 : -1;
 }
 

@@ -10,15 +10,20 @@
 #include <climits>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace libstr::home
 {
+
+// Whether a path lies in the home.
+inline bool Has(const char *path) { return path[0] == '~' && path[1] == '/'; }
 
 // The path with the home in place of "~"; `room` holds it where it is not `path` itself.  Null, and
 // ENAMETOOLONG in errno, when it is too long.
 inline const char *Resolve(const char *path, char (&room)[PATH_MAX])
 {
-    if (path[0] != '~' || path[1] != '/')
+    if (!Has(path))
         return path;
     const int length = std::snprintf(room, sizeof room, "%s%s", os_GetHome(), path + 1);
     if (length >= 0 && static_cast<size_t>(length) < sizeof room)
@@ -35,6 +40,18 @@ inline int Open(const char *resolved, int flags, mode_t mode = 0)
         fd = open(resolved, flags | O_CLOEXEC, mode);
     while (fd < 0 && errno == EINTR);
     return fd;
+}
+
+// A descriptor of a regular file; what is none is closed: -1, and EINVAL in errno.  A pipe would be
+// waited for, and to use a device may do anything.
+inline int Regular(int fd)
+{
+    struct stat file;
+    if (fd < 0 || (fstat(fd, &file) == 0 && S_ISREG(file.st_mode)))
+        return fd;
+    close(fd);
+    errno = EINVAL;
+    return -1;
 }
 
 } // namespace libstr::home

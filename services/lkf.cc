@@ -3,6 +3,9 @@
 // Lock files.  The locks belong to open file descriptions, not to the process as older ones do,
 // which any close of the file anywhere in the process would release.
 //
+// A lock is a lock of the file's first byte.  The second byte is the turnstile: whoever waits to hold
+// the lock alone holds it, and whoever comes to share the lock waits until nobody does.
+//
 // A child process inherits the descriptors, and with them the locks; it closes its copies at once.
 #include <platform/er.h>
 #include <platform/lkf.h>
@@ -13,6 +16,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <pthread.h>
 #include <sys/stat.h>
@@ -25,8 +29,11 @@ namespace
 
 constexpr mode_t kEverybody = 0666;
 constexpr int64_t kMillisecond = 1000000; // times are in nanoseconds
-constexpr int64_t kLongestPause = 50 * kMillisecond;
+constexpr int64_t kLongestPause = 8 * kMillisecond;
 constexpr int kMostTries = 100; // to open a file that others make and remove
+constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY; // to open one that is there
+
+enum : off_t { kLock, kTurnstile }; // bytes of the file
 
 struct Lock {
     int handle; // 0 where there is none
@@ -35,7 +42,10 @@ struct Lock {
     ino_t ino;
 };
 
+constexpr int kNoLock = INT_MAX; // the handle of those who need none
+
 int thePatience = 30000; // milliseconds
+int theLastReason;       // why a lock could not be had: an escape's code or errno
 
 // The locks held and waited for.  A handle is never given twice, so that a void one finds none.
 pthread_mutex_t theMutex = PTHREAD_MUTEX_INITIALIZER;
@@ -78,11 +88,12 @@ bool IsFileOf(const Lock &lock, const struct stat &file)
     return file.st_dev == lock.dev && file.st_ino == lock.ino;
 }
 
-// Whether the descriptor is still the lock's, and not closed by somebody and given away.
+// Whether the descriptor is still the lock's, and not closed by somebody and given away.  One that
+// cannot be asked is: it would be held for good otherwise.
 bool OwnsDescriptor(const Lock &lock)
 {
     struct stat file;
-    return fstat(lock.fd, &file) == 0 && IsFileOf(lock, file);
+    return fstat(lock.fd, &file) == 0 ? IsFileOf(lock, file) : errno != EBADF;
 }
 
 // The entry of a handle, or with 0 a free one; null when there is none.
@@ -92,6 +103,14 @@ Lock *Find(int handle)
         if (lock.handle == handle)
             return &lock;
     return nullptr;
+}
+
+// A descriptor that is given anew was closed behind its lock's back.
+void Forget(int fd)
+{
+    for (Lock &lock : theLocks)
+        if (lock.handle != 0 && lock.fd == fd)
+            lock = {};
 }
 
 void AbandonAll()
@@ -128,9 +147,9 @@ int Create(const char *path)
 int OpenOrCreate(const char *path, int mode)
 {
     for (int tries = 0; tries < kMostTries; ++tries) {
-        int fd = home::Open(path, O_RDWR);
+        int fd = home::Regular(home::Open(path, O_RDWR | kFlags));
         if (fd < 0 && mode == LKF_SHARED && (errno == EACCES || errno == EPERM || errno == EROFS))
-            fd = home::Open(path, O_RDONLY);
+            fd = home::Regular(home::Open(path, O_RDONLY | kFlags));
         if (fd < 0 && errno == ENOENT)
             fd = Create(path);
         if (fd >= 0 || errno != EEXIST)
@@ -146,12 +165,14 @@ Lock Begin(const char *path, int mode)
     Lock lock{};
     Enter();
     Lock *const place = WatchForks() ? Find(0) : nullptr;
+    errno = ENOLCK;
     lock.fd = place == nullptr ? -1 : OpenOrCreate(path, mode);
     struct stat file;
     if (lock.fd >= 0 && fstat(lock.fd, &file) != 0) {
         close(lock.fd);
     } else if (lock.fd >= 0) {
-        lock.handle = theLastHandle = theLastHandle % INT_MAX + 1;
+        Forget(lock.fd);
+        lock.handle = theLastHandle = theLastHandle % (kNoLock - 1) + 1;
         lock.dev = file.st_dev;
         lock.ino = file.st_ino;
         *place = lock;
@@ -160,12 +181,38 @@ Lock Begin(const char *path, int mode)
     return lock;
 }
 
-bool Set(int fd, int type)
+struct flock Range(int type, off_t byte)
 {
-    struct flock whole = {};
-    whole.l_type = static_cast<short>(type);
-    whole.l_whence = SEEK_SET;
-    return fcntl(fd, F_OFD_SETLK, &whole) == 0;
+    struct flock range = {};
+    range.l_type = static_cast<short>(type);
+    range.l_whence = SEEK_SET;
+    range.l_start = byte;
+    range.l_len = 1;
+    return range;
+}
+
+bool Set(int fd, int type, off_t byte)
+{
+    const struct flock range = Range(type, byte);
+    return fcntl(fd, F_OFD_SETLK, &range) == 0;
+}
+
+// Whether nobody waits to hold the lock alone.
+bool IsTurnstileFree(int fd)
+{
+    struct flock range = Range(F_RDLCK, kTurnstile);
+    if (fcntl(fd, F_OFD_GETLK, &range) != 0)
+        return false;
+    errno = EAGAIN;
+    return range.l_type == F_UNLCK;
+}
+
+// One try; false, and errno, when it fails.  What it got on the way stays for the next one.
+bool Try(int fd, int mode)
+{
+    if (mode == LKF_SHARED)
+        return IsTurnstileFree(fd) && Set(fd, F_RDLCK, kLock);
+    return Set(fd, F_WRLCK, kTurnstile) && Set(fd, F_WRLCK, kLock) && Set(fd, F_UNLCK, kTurnstile);
 }
 
 void End(int handle)
@@ -174,7 +221,8 @@ void End(int handle)
     Lock *const lock = handle > 0 ? Find(handle) : nullptr;
     if (lock != nullptr) {
         if (OwnsDescriptor(*lock)) {
-            Set(lock->fd, F_UNLCK); // a copy of the descriptor may live on elsewhere
+            Set(lock->fd, F_UNLCK, kLock); // a copy of the descriptor may live on elsewhere
+            Set(lock->fd, F_UNLCK, kTurnstile);
             close(lock->fd);
         }
         *lock = {};
@@ -185,8 +233,7 @@ void End(int handle)
 // Waits for the lock; answers 0 or the code of the escape.
 int Acquire(const Lock &lock, int mode, int64_t deadline)
 {
-    const int type = mode == LKF_SHARED ? F_RDLCK : F_WRLCK;
-    for (int64_t pause = kMillisecond; !Set(lock.fd, type);
+    for (int64_t pause = kMillisecond; !Try(lock.fd, mode);
          pause = std::min(2 * pause, kLongestPause)) {
         if (errno != EAGAIN && errno != EACCES && errno != EINTR)
             return OS_ESC_FILE;
@@ -202,7 +249,53 @@ int Acquire(const Lock &lock, int mode, int64_t deadline)
 bool IsInPlace(const Lock &lock, const char *path)
 {
     struct stat file;
-    return stat(path, &file) == 0 && IsFileOf(lock, file);
+    return lstat(path, &file) == 0 ? IsFileOf(lock, file) : errno != ENOENT;
+}
+
+// Waits for the lock; one without a handle, and the code of the escape in `code`, when it cannot be
+// had.
+Lock BeginAndAcquire(const char *path, int mode, int *code)
+{
+    const int64_t deadline = Deadline();
+    for (;;) {
+        const Lock lock = Begin(path, mode);
+        *code = lock.handle == 0 ? OS_ESC_FILE : Acquire(lock, mode, deadline);
+        if (*code == 0 && IsInPlace(lock, path))
+            return lock;
+        const int error = errno;
+        End(lock.handle);
+        errno = error;
+        if (*code == 0 && Now() >= deadline)
+            *code = LKF_ESC_TIMEOUT;
+        if (*code != 0)
+            return {};
+    }
+}
+
+// ---- No lock -------------------------------------------------------------------------------
+
+// Whether this process can write none of the files that a lock in the home protects.
+bool CanOnlyRead(const char *path)
+{
+    char room[PATH_MAX];
+    const char *const tables = home::Resolve("~/toupper", room);
+    return home::Has(path) &&
+           (tables == nullptr || faccessat(AT_FDCWD, tables, W_OK | X_OK, AT_EACCESS) != 0);
+}
+
+// Whoever has no lock tries again at each use: a reason is logged once, until there is another.
+void LogReason(const char *path, int code, int error)
+{
+    const int reason = code == OS_ESC_FILE ? error : code;
+    Enter();
+    const bool isNew = reason != theLastReason;
+    theLastReason = reason;
+    Leave();
+    char text[PATH_MAX + 128];
+    std::snprintf(text, sizeof text, "%s cannot be locked: %s", path,
+                  code == OS_ESC_FILE ? std::strerror(error) : er_GetCodeText(code));
+    if (isNew)
+        er_LogInfo(1, text, 0);
 }
 
 } // namespace
@@ -217,18 +310,15 @@ int lkf_LockFile(int mode, const char *path)
     const char *const resolved = home::Resolve(path, room);
     if (resolved == nullptr || (mode != LKF_SHARED && mode != LKF_EXCLUSIVE))
         Escape(OS_ESC_FILE);
-    const int64_t deadline = Deadline();
-    for (;;) {
-        const Lock lock = Begin(resolved, mode);
-        if (lock.handle == 0)
-            Escape(OS_ESC_FILE);
-        const int code = Acquire(lock, mode, deadline);
-        if (code == 0 && IsInPlace(lock, resolved))
-            return lock.handle;
-        End(lock.handle);
-        if (code != 0 || Now() >= deadline)
-            Escape(code != 0 ? code : LKF_ESC_TIMEOUT);
-    }
+    int code = 0;
+    const Lock lock = BeginAndAcquire(resolved, mode, &code);
+    const int error = errno;
+    if (lock.handle != 0)
+        return lock.handle;
+    if (code == OS_ESC_FILE && CanOnlyRead(path))
+        return kNoLock;
+    LogReason(resolved, code, error);
+    Escape(code);
 }
 
 void lkf_UnLockFile(int handle) { End(handle); }

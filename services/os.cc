@@ -12,7 +12,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
+#include <pthread.h>
 #include <stdio_ext.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,6 +45,95 @@ void *OrEscape(void *block, int line = __builtin_LINE())
 
 // A size of 0 is a block too.
 size_t AtLeastOne(size_t size) { return size == 0 ? 1 : size; }
+
+// ---- The home that is found ----------------------------------------------------------------
+
+// Beside the services; empty where there is none.
+char theInstalledHome[PATH_MAX];
+pthread_once_t theSearch = PTHREAD_ONCE_INIT;
+
+// The file that this code was loaded from, as an absolute path: a shared library, or a program.
+// False where it is not known.
+bool FindOwnFile(char (&path)[PATH_MAX])
+{
+    FILE *const maps = std::fopen("/proc/self/maps", "re");
+    if (maps == nullptr)
+        return false;
+    const auto here = reinterpret_cast<uintptr_t>(&FindOwnFile);
+    unsigned long begin = 0, end = 0;
+    char line[PATH_MAX + 128];
+    while (std::fgets(line, sizeof line, maps) != nullptr)
+        if (std::sscanf(line, "%lx-%lx", &begin, &end) == 2 && begin <= here && here < end)
+            break;
+    std::fclose(maps);
+    const char *const name = std::strchr(line, '/');
+    if (here < begin || here >= end || name == nullptr)
+        return false;
+    mdc_strlcpy(path, name, sizeof path);
+    path[std::strcspn(path, "\n")] = '\0';
+    return true;
+}
+
+bool IsThisProgram(const char *path)
+{
+    char program[PATH_MAX] = "";
+    return readlink("/proc/self/exe", program, sizeof program - 1) > 0 &&
+           std::strcmp(path, program) == 0;
+}
+
+// As the home lies from where libraries are installed, or programs.  Who runs with the rights of
+// another user may have linked the file to a directory of his own.
+void FindInstalledHome()
+{
+    char path[PATH_MAX], home[2 * PATH_MAX];
+    if (getauxval(AT_SECURE) != 0 || !FindOwnFile(path))
+        return;
+    const char *const way = IsThisProgram(path) ? STR_HOME_FROM_PROGRAMS : STR_HOME_FROM_LIBRARIES;
+    *std::strrchr(path, '/') = '\0';
+    std::snprintf(home, sizeof home, "%s/%s", path, way);
+    if (realpath(home, theInstalledHome) == nullptr)
+        theInstalledHome[0] = '\0';
+}
+
+// ---- Opening --------------------------------------------------------------------------------
+
+constexpr int kMostTries = 100; // to make a file where others make one too
+
+// Makes a new file in place of whatever has its name.
+int Replace(const char *resolved, int flags, mode_t mode)
+{
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        const int fd = home::Open(resolved, (flags & ~O_TRUNC) | O_EXCL, mode);
+        if (fd >= 0 || errno != EEXIST || (unlink(resolved) != 0 && errno != ENOENT))
+            return fd;
+    }
+    return -1;
+}
+
+// Others work in the home too.  What is written there follows none of their links; what is read is
+// a file.
+int OpenInHome(const char *resolved, int flags, mode_t mode)
+{
+    if ((flags & (O_CREAT | O_TRUNC | O_EXCL)) == (O_CREAT | O_TRUNC))
+        return Replace(resolved, flags, mode);
+    const int follow = (flags & O_ACCMODE) == O_RDONLY ? 0 : O_NOFOLLOW;
+    return home::Regular(home::Open(resolved, flags | follow | O_NONBLOCK | O_NOCTTY, mode));
+}
+
+// The flags of open for a mode of fopen.
+int FlagsOf(const char *mode)
+{
+    const bool both = std::strchr(mode, '+') != nullptr;
+    const int exclusive = std::strchr(mode, 'x') != nullptr ? O_EXCL : 0;
+    switch (mode[0]) {
+    case 'w':
+        return (both ? O_RDWR : O_WRONLY) | O_CREAT | O_TRUNC | exclusive;
+    case 'a':
+        return (both ? O_RDWR : O_WRONLY) | O_CREAT | O_APPEND | exclusive;
+    default:
+        return both ? O_RDWR : O_RDONLY;
+    }
+}
 
 // ---- Streams -------------------------------------------------------------------------------
 
@@ -134,7 +225,10 @@ const char *os_GetHome(void)
     if (theHome[0] != '\0')
         return theHome;
     const char *const named = secure_getenv("STR_HOME");
-    return named != nullptr && named[0] != '\0' ? named : STR_DEFAULT_HOME;
+    if (named != nullptr && named[0] != '\0')
+        return named;
+    pthread_once(&theSearch, FindInstalledHome);
+    return theInstalledHome[0] != '\0' ? theInstalledHome : STR_DEFAULT_HOME;
 }
 
 void *os_malloc(size_t size) { return OrEscape(std::malloc(AtLeastOne(size))); }
@@ -148,20 +242,7 @@ void os_free(void *block) { std::free(block); }
 
 FILE *os_fopen(const char *path, const char *mode)
 {
-    char room[PATH_MAX];
-    const char *const resolved = home::Resolve(path, room);
-    char closingMode[64]; // with the "e" that closes the stream in other programs
-    const int length = std::snprintf(closingMode, sizeof closingMode, "%.1se%s", mode,
-                                     mode[0] == '\0' ? mode : mode + 1);
-    if (resolved == nullptr || static_cast<size_t>(length) >= sizeof closingMode)
-        EscapeFile();
-    FILE *stream;
-    do
-        stream = std::fopen(resolved, closingMode);
-    while (stream == nullptr && errno == EINTR);
-    if (stream == nullptr)
-        EscapeFile();
-    return Opened(stream);
+    return os_fdopen(os_open(path, FlagsOf(mode), 0666), mode);
 }
 
 char *os_fgets(char *buffer, int size, FILE *stream)
@@ -213,7 +294,10 @@ int os_open(const char *path, int flags, mode_t mode)
 {
     char room[PATH_MAX];
     const char *const resolved = home::Resolve(path, room);
-    const int fd = resolved == nullptr ? -1 : home::Open(resolved, flags, mode);
+    int fd = -1;
+    if (resolved != nullptr)
+        fd =
+            home::Has(path) ? OpenInHome(resolved, flags, mode) : home::Open(resolved, flags, mode);
     if (fd < 0)
         EscapeFile();
     return fd;
@@ -261,7 +345,12 @@ void *os_opendir(const char *path)
 os_dirent *os_readdir(void *dir)
 {
     auto *const directory = static_cast<Directory *>(dir);
-    const dirent *const next = readdir(directory->stream);
+    const dirent *next;
+    do
+        next = (errno = 0, readdir(directory->stream));
+    while (next == nullptr && errno == EINTR);
+    if (next == nullptr && errno != 0)
+        EscapeFile();
     if (next == nullptr)
         return nullptr;
     mdc_strlcpy(directory->entry.name, next->d_name, sizeof directory->entry.name);

@@ -25,8 +25,9 @@ typedef void (*er_TraceSink)(int traceClass, const char *text, int marker);
 typedef void (*er_LogSink)(int code, const char *text);
 
 /* Sends traces (logs) to `sink`, or with a null pointer back to standard error, where they go
- * until a host says otherwise.  A sink gets every trace; on standard error there are none unless
- * er_SubSystemLoggingLevel is above 9.  One sink serves the whole process; set it before other threads
+ * until a host says otherwise.  A sink gets every line.  Standard error gets no traces unless
+ * er_SubSystemLoggingLevel is above 9, and the reason why a set has no case table once, though each
+ * use of the set tries again.  One sink serves the whole process; set it before other threads
  * start.  A sink must not raise an escape. */
 void er_SetTraceSink(er_TraceSink sink);
 void er_SetLogSink(er_LogSink sink);
@@ -42,10 +43,17 @@ int32_t er_GetLastCode(void);
 /* ---- os_: the service home --------------------------------------------------------------- */
 
 /* Makes `dir` the service home of the process: the directory that "~/" stands for at the beginning
- * of a path.  The text is copied; null or an empty text goes back to the default, which is the
- * environment variable STR_HOME where it is set and not empty, else what the services were built
- * with (STR_DEFAULT_HOME).  A program that runs with the rights of another user does not look into
- * the environment.  Set the home before other threads start.
+ * of a path.  The text is copied; null or an empty text goes back to the default, which is the first
+ * of these that there is:
+ *
+ * - the environment variable STR_HOME, where it is not empty;
+ * - the directory that lies from the file of these services (the shared library, or the program that
+ *   they are linked into) as the installed home lies from the libraries (or the programs), where it
+ *   exists: so an installed tree may be moved;
+ * - what the services were built with (STR_DEFAULT_HOME).
+ *
+ * A program that runs with the rights of another user takes the last.  Set the home before other
+ * threads start.
  *
  * Answers 0, or -1 for a text of PATH_MAX bytes or more, which changes nothing. */
 int os_SetHome(const char *dir);

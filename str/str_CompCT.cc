@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <climits>
 
 using namespace libstr;
 
@@ -272,20 +273,50 @@ void ReadRules(FILE *stream, CaseTableRecord *record)
 
 // ---- The compiled file ---------------------------------------------------------------------
 
+// An array is named by its offset in the file: every process writes the same bytes.  `end` is where
+// the arrays before it end.
+CaseTableRef Place(CaseTableRef array, size_t size, size_t *end)
+{
+    if (array == 0)
+        return 0;
+    const size_t offset = *end;
+    *end += size;
+    return static_cast<CaseTableRef>(offset);
+}
+
 void WriteArray(FILE *stream, CaseTableRef array, size_t size)
 {
     if (array != 0)
         os_fwrite(reference::Resolve(array), 1, size, stream);
 }
 
+// `end` is where the lead entries end.
+void WriteLeads(FILE *stream, const CaseTableRecord *record, size_t end)
+{
+    if (record->pLeads == 0)
+        return;
+    LeadEntry leads[UCHAR_MAX + 1]; // a byte has one entry at most
+    const size_t size = ArraySize<LeadEntry>(record->NumLeads);
+    std::memcpy(leads, reference::Resolve(record->pLeads), size);
+    for (int32_t i = 0; i < record->NumLeads; ++i)
+        leads[i].pTrails = Place(leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails), &end);
+    os_fwrite(leads, 1, size, stream);
+}
+
 void WriteCaseTableFile(FILE *stream, const CaseTableRecord *record)
 {
     const CaseTableHeader header = {CASE_TABLE_MAGIC, CASE_TABLE_VERSION, 0, {}};
+    const size_t expansionsSize = ArraySize<PairRule>(record->NumExpansions);
+    CaseTableRecord placed = *record;
+    size_t end = sizeof header + sizeof placed;
+    placed.pByteMap = Place(record->pByteMap, kByteMapSize, &end);
+    placed.pExpansions = Place(record->pExpansions, expansionsSize, &end);
+    placed.pLeads = Place(record->pLeads, ArraySize<LeadEntry>(record->NumLeads), &end);
     os_fwrite(&header, 1, sizeof header, stream);
-    os_fwrite(record, 1, sizeof *record, stream);
+    os_fwrite(&placed, 1, sizeof placed, stream);
     WriteArray(stream, record->pByteMap, kByteMapSize);
-    WriteArray(stream, record->pExpansions, ArraySize<PairRule>(record->NumExpansions));
-    WriteArray(stream, record->pLeads, ArraySize<LeadEntry>(record->NumLeads));
+    WriteArray(stream, record->pExpansions, expansionsSize);
+    WriteLeads(stream, record, end);
     const auto *const leads = reference::Resolve<LeadEntry>(record->pLeads);
     for (int32_t i = 0; i < record->NumLeads; ++i)
         WriteArray(stream, leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails));

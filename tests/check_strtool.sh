@@ -140,7 +140,7 @@ like 2 'strtool: *FORMAT*' printf
 # ---- casetable, init-home: what is wrong is said of file and line, what is there already stays
 home=$(mktemp -d) sources=$(realpath "$samples/../toupper")
 trap 'rm -rf "$home"' EXIT
-row 1 "strtool: $home/toupper: no case table sources here: see --from" \
+row 1 "strtool: $home/toupper: No such file or directory: see --from" \
     init-home --from "$home/toupper" "$home/a"
 like 0 "made $home/a"$'\nmade *\nwrote *'"100.s"$'\n*\nexport STR_HOME='"'$home/a'" \
     init-home --from "$sources" "$home/a/"

@@ -34,6 +34,7 @@ namespace
 {
 
 int theFsyncError;     // what fsync fails with; 0 when it succeeds
+int theFstatError;     // the same of fstat, as 64-bit systems call it for large files
 off_t theSyncedLength; // of the file that fsync was called for last
 
 } // namespace
@@ -45,6 +46,12 @@ extern "C" int fsync(int fd)
     theSyncedLength = fstat(fd, &file) == 0 ? file.st_size : -1;
     errno = theFsyncError;
     return theFsyncError != 0 ? -1 : 0;
+}
+
+extern "C" int fstat64(int fd, struct stat64 *file) noexcept
+{
+    errno = theFstatError;
+    return theFstatError != 0 ? -1 : fstatat64(fd, "", file, AT_EMPTY_PATH);
 }
 
 namespace
@@ -98,12 +105,16 @@ TEST(ServiceHome, WhatCannotBeOpenedIsAnEscapeAndLeavesNothingOpen)
     const TempHome home;
     home.Write("file", "");
     EXPECT_EQ(symlink("nowhere/at/all", home.PathOf("sys/toupper.lk").c_str()), 0);
-    static const std::string longMode(70, 'r');
+    EXPECT_EQ(symlink("file", home.PathOf("link").c_str()), 0);
+    EXPECT_EQ(symlink("/dev/zero", home.PathOf("device").c_str()), 0);
+    EXPECT_EQ(mkfifo(home.PathOf("pipe").c_str(), 0666), 0);
     static const std::string tooLong = "~" + std::string(PATH_MAX, '/'); // cut off, the home
     const std::function<void()> attempts[] = {
         [] { os_fopen("~/none", "r"); },
         [] { os_fopen("~/file", ""); },
-        [] { os_fopen("~/file", longMode.c_str()); },
+        [] { os_fopen("~/link", "a"); },
+        [] { os_fopen("~/device", "r"); },
+        [] { os_open("~/pipe", O_RDWR, 0); },
         [] { os_open("~/none", O_RDONLY, 0); },
         [] { os_fdopen(os_open("~/file", O_RDONLY, 0), "w"); },
         [] { os_opendir("~/file"); },
@@ -113,6 +124,7 @@ TEST(ServiceHome, WhatCannotBeOpenedIsAnEscapeAndLeavesNothingOpen)
         [] { lkf_LockFile(LKF_SHARED, kLock); },
         [] { lkf_LockFile(LKF_SHARED, "~/none/toupper.lk"); },
         [] { lkf_LockFile(LKF_SHARED, "~/sys"); },
+        [] { lkf_LockFile(LKF_SHARED, "~/pipe"); },
     };
     const int next = NextDescriptor();
     for (const auto &attempt : attempts) {
@@ -146,7 +158,7 @@ TEST(OsFiles, AnErrorIsNoEndOfFile)
 {
     const TempHome home;
     static char line[8];
-    FILE *stream = os_fdopen(os_open("~/toupper", O_RDONLY, 0), "r");
+    FILE *stream = os_fopen(home.path().c_str(), "r");
     EXPECT_EQ(fcntl(fileno(stream), F_GETFD), FD_CLOEXEC);
     EXPECT_EQ(Escaped([=] { os_fgets(line, sizeof line, stream); }), OS_ESC_FILE);
     EXPECT_EQ(os_fread(line, 1, sizeof line, stream), 0u);
@@ -253,8 +265,14 @@ TEST(OsFiles, EachOpenDirectoryHasAnEntryOfItsOwn)
     }
     EXPECT_EQ(firstNames, (std::set{"."s, ".."s, longest}));
     EXPECT_EQ(secondNames, (std::set{"."s, ".."s, "toupper.lk"s}));
-    EXPECT_EQ(os_closedir(first), 0);
     EXPECT_EQ(os_closedir(second), 0);
+    EXPECT_EQ(os_closedir(first), 0);
+    const int next = NextDescriptor();
+    static void *closed;
+    closed = os_opendir("~/sys");
+    close(next);
+    EXPECT_EQ(Escaped([] { os_readdir(closed); }), OS_ESC_FILE) << "not an end";
+    os_closedir(closed);
 }
 
 std::string Digits(unsigned long value, int base, int minDigits)
@@ -358,8 +376,10 @@ TEST_F(LockFile, IsTheParentsAloneAndReleasedInEveryCopyOfItsDescriptor)
     EXPECT_EQ(InChild(child), 0) << "the child's own is released";
     EXPECT_FALSE(IsGranted(LKF_EXCLUSIVE));
     const int copy = dup(next);
+    theFstatError = EIO;
     lkf_UnLockFile(handle);
-    EXPECT_TRUE(IsGranted(LKF_EXCLUSIVE));
+    theFstatError = 0;
+    EXPECT_TRUE(IsGranted(LKF_EXCLUSIVE)) << "also where it cannot be seen whose it is";
     close(copy);
 }
 
@@ -368,13 +388,13 @@ TEST_F(LockFile, VoidHandlesTouchNothing)
     const int handle = Lock(LKF_EXCLUSIVE);
     ASSERT_TRUE(IsOpen(next));
     close(next);
-    ASSERT_EQ(os_open("~/sys", O_RDONLY, 0), next);
+    ASSERT_EQ(os_open(home.path().c_str(), O_RDONLY, 0), next);
     lkf_UnLockFile(handle);
     EXPECT_TRUE(IsOpen(next)) << "another's now";
     close(next);
 
-    const int first = Lock(LKF_EXCLUSIVE);
-    lkf_UnLockFile(first);
+    const int first = Lock(LKF_SHARED);
+    close(next); // to be the descriptor of the second
     const int second = Lock(LKF_EXCLUSIVE);
     for (const int nobodys : {first, handle, 0, -1, INT_MAX})
         lkf_UnLockFile(nobodys);
@@ -391,6 +411,16 @@ TEST_F(LockFile, IsWaitedForSoLong)
     const auto begin = steady_clock::now();
     EXPECT_EQ(TryLock(LKF_SHARED), LKF_ESC_TIMEOUT);
     EXPECT_GE(steady_clock::now() - begin, milliseconds(80));
+    static std::string logged;
+    er_SetLogSink([](int, const char *text) { logged += text + "\n"s; });
+    lkf_SetPatience(0);
+    Escaped([] { lkf_LockFile(LKF_SHARED, "~/sys"); }); // another reason, which may be logged
+    logged.clear();
+    for (int time = 0; time < 2; ++time)
+        EXPECT_EQ(TryLock(LKF_SHARED), LKF_ESC_TIMEOUT);
+    er_SetLogSink(nullptr);
+    EXPECT_EQ(logged, home.PathOf("sys/toupper.lk") +
+                          " cannot be locked: " + er_GetCodeText(LKF_ESC_TIMEOUT) + "\n");
     EXPECT_EQ(NextDescriptor(), free);
     EXPECT_STRNE(er_GetCodeText(LKF_ESC_TIMEOUT), er_GetCodeText(-1));
     lkf_UnLockFile(handle);
@@ -398,16 +428,17 @@ TEST_F(LockFile, IsWaitedForSoLong)
 
 TEST_F(LockFile, IsTheOneThatStandsThereWhenItIsGranted)
 {
-    const int handle = Lock(LKF_EXCLUSIVE);
+    const int handle = Lock(LKF_SHARED);
     lkf_SetPatience(-1);
     int granted = 0;
     std::thread waiter([&] { granted = Lock(LKF_EXCLUSIVE); });
     std::this_thread::sleep_for(milliseconds(50));
+    lkf_SetPatience(0);
+    EXPECT_FALSE(IsGranted(LKF_SHARED)) << "whoever waits to be alone comes first";
     home.Write("sys/other", "");
     EXPECT_EQ(os_rename("~/sys/other", kLock), 0);
     lkf_UnLockFile(handle);
     waiter.join();
-    lkf_SetPatience(0);
     EXPECT_FALSE(IsGranted(LKF_SHARED)) << "the new file is not locked";
     lkf_UnLockFile(granted);
 }
@@ -429,13 +460,25 @@ TEST_F(LockFile, IsMadeForEverybodyAndMayBeReadOnlyToShare)
     ASSERT_EQ(stat(path.c_str(), &file), 0);
     EXPECT_EQ(file.st_mode & 07777, 0666u);
     chmod(home.path().c_str(), 0755);
-    chmod(path.c_str(), 0444);
+    // Modes of ~/toupper and of the lock file; what those get who share, and who do not.
+    constexpr mode_t kNone = 07777;
+    const mode_t rows[][4] = {{0777, 0444, 0, 2}, {0777, 0, 2, 2}, {0777, kNone, 2, 2},
+                              {0555, 0444, 0, 0}, {0555, 0, 0, 0}, {0555, kNone, 0, 0}};
     const auto lockAsNobody = [](int mode) {
         BecomeNobody();
         return TryLock(mode) % 100;
     };
-    EXPECT_EQ(InChild([=] { return lockAsNobody(LKF_SHARED); }), 0);
-    EXPECT_EQ(InChild([=] { return lockAsNobody(LKF_EXCLUSIVE); }), OS_ESC_FILE % 100);
+    for (const auto &[tables, lock, shared, exclusive] : rows) {
+        home.Write("sys/toupper.lk", "");
+        chmod(home.PathOf("toupper").c_str(), tables);
+        EXPECT_EQ(lock == kNone ? std::remove(path.c_str()) : chmod(path.c_str(), lock), 0);
+        chmod(home.PathOf("sys").c_str(), 0555);
+        EXPECT_EQ(InChild([=] { return lockAsNobody(LKF_SHARED); }), static_cast<int>(shared))
+            << tables << " " << lock;
+        EXPECT_EQ(InChild([=] { return lockAsNobody(LKF_EXCLUSIVE); }), static_cast<int>(exclusive))
+            << tables << " " << lock;
+        chmod(home.PathOf("sys").c_str(), 0755);
+    }
 }
 
 // ---- ext_ ----------------------------------------------------------------------------------
@@ -448,6 +491,8 @@ TEST(ServiceAccount, OwnsTheHome)
     EXPECT_EQ(ext_GetVornithGid(), dir.st_gid);
     EXPECT_EQ(ext_ChownToVornith("~/sys"), 0);
     EXPECT_NE(ext_ChownToVornith("~/none"), 0);
+    EXPECT_EQ(symlink("sys", home.PathOf("link").c_str()), 0);
+    EXPECT_NE(ext_ChownToVornith("~/link"), 0);
     os_SetHome("/none");
     EXPECT_EQ(ext_GetVornithGid(), static_cast<gid_t>(-1));
     EXPECT_NE(ext_ChownToVornith(home.PathOf("sys").c_str()), 0);

@@ -8,8 +8,10 @@
 #include "services/services.h"
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
 #include <glib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -25,9 +27,12 @@ namespace fs = std::filesystem;
 namespace
 {
 
-// The group works in the home, and what it makes there stays the group's.
+// The group works in the home, and what it makes there stays the group's.  The umask says what
+// others may; the lock is for everybody who comes in.
+constexpr mode_t kOthers = 07;
 constexpr mode_t kDirectoryMode = 02775;
 constexpr mode_t kFileMode = 0664;
+constexpr mode_t kLockMode = 0666;
 
 struct InitHomeOptions {
     std::string home;
@@ -35,40 +40,62 @@ struct InitHomeOptions {
     bool compile = false;
 };
 
-[[noreturn]] void FailWithErrno(const fs::path &path)
+[[noreturn]] void Fail(const fs::path &path, int error)
 {
-    throw FileError(path.string() + ": " + std::strerror(errno));
+    throw FileError(path.string() + ": " + std::strerror(error));
 }
 
 void Say(const char *what, const fs::path &path) { std::printf("%s %s\n", what, path.c_str()); }
 
 // One that is there already keeps its mode.
-void MakeDirectory(const fs::path &directory)
+void MakeDirectory(const fs::path &directory, mode_t mode)
 {
-    if (fs::is_directory(directory))
+    if (mkdir(directory.c_str(), mode) != 0) {
+        const int error = errno;
+        std::error_code unknown;
+        if (!fs::is_directory(directory, unknown))
+            Fail(directory, error == EEXIST ? ENOTDIR : error);
         return;
-    if (mkdir(directory.c_str(), kDirectoryMode) != 0 ||
-        chmod(directory.c_str(), kDirectoryMode) != 0) // whatever the umask
-        FailWithErrno(directory);
+    }
+    if (chmod(directory.c_str(), mode) != 0) // mkdir leaves the group's bit out
+        Fail(directory, errno);
     Say("made", directory);
+}
+
+// So also one whom the home only lets in finds it.  It has its mode from the first moment.
+void MakeLock(const fs::path &lock)
+{
+    const mode_t mask = umask(0);
+    const int fd = open(lock.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kLockMode);
+    const int error = errno;
+    umask(mask);
+    if (fd >= 0) {
+        close(fd);
+        Say("made", lock);
+    } else if (error != EEXIST) {
+        Fail(lock, error);
+    }
 }
 
 std::set<fs::path> SourcesIn(const fs::path &directory)
 {
     std::set<fs::path> sources;
     std::error_code error;
-    for (const fs::directory_entry &entry : fs::directory_iterator(directory, error))
-        if (entry.path().extension() == ".s")
-            sources.insert(entry.path());
-    if (sources.empty())
-        throw FileError(directory.string() + ": no case table sources here: see --from");
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error))
+        if (entry->path().extension() == ".s")
+            sources.insert(entry->path());
+    const std::string why = error ? error.message() : "no case table sources here";
+    if (error || sources.empty())
+        throw FileError(directory.string() + ": " + why + ": see --from");
     return sources;
 }
 
 void Copy(const fs::path &source, const fs::path &target)
 {
     const std::string bytes = ReadFile(source);
-    if (fs::exists(target)) {
+    std::error_code unknown;
+    if (fs::exists(target, unknown)) {
         if (ReadFile(target) != bytes)
             throw FileError(target.string() + ": is there already and is another; left as it is");
         return;
@@ -80,15 +107,14 @@ void Copy(const fs::path &source, const fs::path &target)
         g_error_free(error);
         throw FileError(why);
     }
-    if (chmod(target.c_str(), kFileMode) != 0)
-        FailWithErrno(target);
     Say("wrote", target);
 }
 
 void Compile(const fs::path &source, const fs::path &directory)
 {
     const fs::path compiled = CompiledFile(source, directory);
-    if (fs::exists(compiled)) {
+    std::error_code unknown;
+    if (fs::exists(compiled, unknown)) {
         Say("kept", compiled);
         return;
     }
@@ -109,6 +135,8 @@ int InitHome(const InitHomeOptions &options)
     const fs::path tables = home / "toupper";
     const fs::path from =
         options.from.empty() ? fs::path(os_GetHome()) / "toupper" : fs::path(options.from);
+    const mode_t others = umask(0) & kOthers;
+    umask(others); // the group works here whatever it was
     int status = kDone;
     const auto doing = [&status](const auto &step) {
         try {
@@ -121,7 +149,8 @@ int InitHome(const InitHomeOptions &options)
     doing([&] {
         const std::set<fs::path> sources = SourcesIn(from);
         for (const fs::path &directory : {home, tables, home / "sys"})
-            MakeDirectory(directory);
+            MakeDirectory(directory, kDirectoryMode & ~others);
+        MakeLock(home / "sys" / "toupper.lk");
         for (const fs::path &source : sources)
             doing([&] {
                 Copy(source, tables / source.filename());

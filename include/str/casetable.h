@@ -44,8 +44,8 @@ extern "C" {
 /* ---- The record ---------------------------------------------------------------------------- */
 
 /* Names an array; 0 for none.  In a record of the process it is the library's own business; in the
- * image it is the array's offset in bytes from str_ba; in a file its value means nothing, and the
- * counts say which arrays follow. */
+ * image it is the array's offset in bytes from str_ba; in a file it is the array's offset there, which
+ * makes the file the same whoever compiles it.  Who reads a file goes by the counts alone. */
 typedef uint32_t CaseTableRef;
 
 /* The two-byte characters that begin with one lead byte. */
@@ -153,6 +153,9 @@ typedef uint32_t (*SegmentAlloc)(char *segment, uint32_t size);
 /* Publishing takes these steps, in a server: read all tables, measure them, allocate a segment, copy
  * them into it, release them.  Every process that maps the segment then attaches it.
  *
+ * The first step registers tables that nothing can read until the last: a process that uses these
+ * registrations must not upper-case, nor compare without regard to case, in between.
+ *
  * Reads the table of every set that has a source in ~/toupper into the work area, compiling those
  * that are not yet compiled, and registers it with the service, which gets `companion` and `csTable`
  * as they are.  A table that cannot be read is logged (200) and left out.  Returns 1; 0 when an
@@ -177,7 +180,10 @@ void str_FreeWkArea(void);
 int str_IsDataStale(void);
 
 /* Makes the image at `segment`, where this process has mapped it, the registry.  A registry of the
- * process's own is left behind and not released; from here on none is added. */
+ * process's own is left as it is and not released; from here on no table is added.
+ *
+ * The image is trusted: its offsets and counts are used unchecked.  Who may write to the segment
+ * can make every process that attached it read anywhere. */
 void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment);
 
 #pragma GCC visibility pop

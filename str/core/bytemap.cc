@@ -13,11 +13,11 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+#define STR_VECTOR __attribute__((target("avx2")))
+#endif
 
 namespace libstr
 {
-#define STR_VECTOR __attribute__((target("avx2")))
-#endif
 
 namespace
 {

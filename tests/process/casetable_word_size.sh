@@ -36,12 +36,6 @@ sources() { # HOME
 }
 readonly sets=(6 100 87)
 
-size_told() { # SET DIGESTS
-    local digest
-    digest=$(sed -n "s/^$1 //p" "$2")
-    echo $((52 + ${#digest} / 2))
-}
-
 readonly a=$work/a b=$work/b
 for side in "$a $1" "$b $2"; do
     read -r home program <<<"$side"
@@ -52,22 +46,13 @@ done
 cmp "$a/compiled" "$b/compiled"
 grep -q '^100 .*DF5353C100000000000000140000000200000061C141624200$' "$a/compiled" ||
     fail 'the lists of 100 are not what its source says'
-[[ $(size_told 6 "$a/compiled") == 420 && $(size_told 100 "$a/compiled") == 445 ]] ||
-    fail 'the files of 6 and 100 have other sizes'
 
 for home in "$a" "$b"; do
-    for set in "${sets[@]}"; do
-        [[ $(stat -c %s "$home/toupper/$set.b") == $(size_told "$set" "$a/compiled") ]] ||
-            fail "$home: the file of $set is not what the loader takes"
-    done
     for program in "$1" "$2"; do
         "$program" digest "$home" "${sets[@]}" | cmp - "$a/compiled"
     done
 done
-# The files themselves differ in references alone: of the record, and of the one lead entry.
-{ cmp -l "$a/toupper/100.b" "$b/toupper/100.b" || true; } |
-    awk '!($1 >= 137 && $1 <= 144 || $1 >= 153 && $1 <= 156 || $1 >= 428 && $1 <= 431) { exit 1 }' ||
-    fail 'the files of 100 differ'
+diff -r "$a/toupper" "$b/toupper" || fail 'the files differ'
 
 for home in "$a" "$b"; do
     sources "$home" # a set is published when it has a source
