@@ -11,6 +11,7 @@
 
 #include "services/services.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -85,6 +86,15 @@ void Put(Line *line, const char *bytes, size_t count)
     line->text[line->length] = '\0';
 }
 
+// As much of a text as leaves room for the rest of the message, above all for a number in it.
+void PutText(Line *line, const char *text, const char *rest)
+{
+    constexpr size_t kDigits = 9; // of a number, beyond the two bytes of %d
+    const size_t kept = std::strlen(rest) + (std::strstr(rest, "%d") != nullptr ? kDigits : 0);
+    const size_t room = line->text.size() - 1 - line->length;
+    Put(line, text, std::min(std::strlen(text), room - std::min(room, kept)));
+}
+
 void PutNumber(Line *line, int number)
 {
     char digits[16];
@@ -97,9 +107,8 @@ void PutMessage(Line *line, const char *text, va_list arguments)
 {
     for (const char *at = text; *at != '\0';) {
         if (at[0] == '%' && at[1] == 's') {
-            const char *argument = va_arg(arguments, const char *);
-            Put(line, argument, std::strlen(argument));
             at += 2;
+            PutText(line, va_arg(arguments, const char *), at);
         } else if (at[0] == '%' && at[1] == 'd') {
             PutNumber(line, va_arg(arguments, int));
             at += 2;
