@@ -47,11 +47,9 @@ class Recoder
         if (!fromUtf8.IsOpen())
             throw TextError(std::string("iconv cannot write ") + set.name);
         std::string recoded;
-        fromUtf8.Restart();
         const size_t done = fromUtf8.Convert(text, recoded);
         if (done < text.size())
             throw TextError(WhyNot(text, done, set));
-        fromUtf8.Finish(recoded);
         return recoded;
     }
 
