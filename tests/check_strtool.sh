@@ -206,6 +206,14 @@ cd "$home" || exit 1
 printf 'T C latin1\na=A \\xDF=SS \\xE9 -> \\xC9\nb=B bc=DE bx=bx\n' >1.s
 printf '#%-179d\nT C x\na=A  # note\n' 0 >2.s # its first line is read in three pieces
 printf '\n' >3.s
+printf 'T C x\na=A\0b\n' >5.s
+long=$(printf '%0250d' 0) && long=$PWD/$long/$long/$long/$long/$long # more than a line of the log
+mkdir -p "$long" && cp 2.s "$long"
+ln -s /dev/null null
+(umask 77 && "$strtool" casetable compile 1.s -o mine.b)
+[[ $(stat -c %a mine.b) == 600 ]] || fail 'casetable compile: not as the umask has it'
+row 0 '' casetable compile 1.s -o null
+[[ -c null && -L null ]] || fail 'casetable compile: a device was replaced'
 row 0 '' casetable compile 1.s
 row 0 '1.b: 445 bytes
   version 11
@@ -221,18 +229,21 @@ row 0 '1.b: 445 bytes
       c to DE
     pairs that stay as they are: 1' casetable dump 1.b
 dumped=$shown
-row 1 $'strtool: 2.s:3: the rule has no operator\nstrtool: 3.s:1: the case table source holds no header' \
-    casetable compile -d a 1.s 2.s 3.s
+row 1 "strtool: $long/2.s:3: the rule has no operator
+strtool: 3.s:1: the case table source holds no header
+strtool: 5.s:2: there is a NUL in the line" casetable compile -d a 1.s "$long/2.s" 3.s 5.s
 row 0 "a/$dumped" casetable dump a/1.b
 head -c 444 1.b >cut.b
 { head -c 8 1.b; printf '\1'; tail -c +10 1.b | tr b c; echo; } >odd.b
 row 1 'strtool: cut.b: the compiled case table ends too early
 strtool: odd.b: this is no compiled case table of this version
-strtool: 4.s: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.s
+strtool: Failed to open file “4.b”: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.b
 like 1 $'*\n  odd: cut short: the trails of b, 5 of 6 bytes' casetable dump cut.b
 like 1 '*
   odd: reserved bytes of the header are not 0
   odd: *b*c*' casetable dump odd.b
+{ head -c 144 1.b; printf '\377\377\377\177\126\125\125\125'; tail -c +153 1.b; } >many.b
+like 1 '*cut short: the expansions, * of 4294967298 bytes*' casetable dump many.b
 like 1 $'2.s: *\n  odd: no compiled case table*' casetable dump 2.s
 like 1 'strtool: 1.s/1.b: *' casetable compile 1.s -o 1.s/1.b
 like 2 'strtool: *' casetable compile 1.s 2.s -o 1.b
