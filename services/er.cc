@@ -12,6 +12,9 @@
 #include "base/protected.h"
 #include "services/services.h"
 
+#include <glib.h>
+
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdarg>
@@ -87,6 +90,15 @@ void Put(Line *line, const char *bytes, size_t count)
     line->text[line->length] = '\0';
 }
 
+// As much of a text as leaves room for the rest of the message, above all for a number in it.
+void PutText(Line *line, const char *text, const char *rest)
+{
+    constexpr size_t kDigits = 9; // of a number, beyond the two bytes of %d
+    const size_t kept = std::strlen(rest) + (std::strstr(rest, "%d") != nullptr ? kDigits : 0);
+    const size_t room = line->text.size() - 1 - line->length;
+    Put(line, text, std::min(std::strlen(text), room - std::min(room, kept)));
+}
+
 void PutNumber(Line *line, int number)
 {
     char digits[16];
@@ -99,9 +111,8 @@ void PutMessage(Line *line, const char *text, va_list arguments)
 {
     for (const char *at = text; *at != '\0';) {
         if (at[0] == '%' && at[1] == 's') {
-            const char *argument = va_arg(arguments, const char *);
-            Put(line, argument, std::strlen(argument));
             at += 2;
+            PutText(line, va_arg(arguments, const char *), at);
         } else if (at[0] == '%' && at[1] == 'd') {
             PutNumber(line, va_arg(arguments, int));
             at += 2;
@@ -114,10 +125,8 @@ void PutMessage(Line *line, const char *text, va_list arguments)
 // Whether the default sink has said this before, and it stays said.
 bool WasSaid(const char *text)
 {
-    static std::atomic<uint32_t> said[256]; // as hashes
-    uint32_t hash = 2166136261U;            // FNV-1a
-    for (; *text != '\0'; ++text)
-        hash = (hash ^ static_cast<unsigned char>(*text)) * 16777619U;
+    static std::atomic<uint32_t> said[256]; // by their hashes
+    const uint32_t hash = g_str_hash(text) | 1; // 0 is a free place
     for (std::atomic<uint32_t> &place : said) {
         uint32_t there = 0;
         if (place.compare_exchange_strong(there, hash) || there == hash)

@@ -35,13 +35,20 @@ like 0 'strtool [0-9]*.[0-9]*' --version
 like 0 '*inspect*' --help
 like 0 '*--charset*' width --help
 like 2 'strtool: *--help*'
-like 2 'strtool: *' nosuchverb
+for family in '' casetable; do like 2 "strtool: 'nosuch'*" $family nosuch a; done
 like 2 'strtool: *' width --nosuch
 like 2 'strtool: *' inspect --color=blue a
 like 2 "strtool: *'klingon'*strtool sets*" width --charset klingon a
 for bad in '\q' '\x4' '\xg0' 'end\'; do like 2 'strtool: *backslash*' width good "$bad"; done
 "$strtool" sets >/dev/full 2>/dev/null
 [[ $? == 1 ]] || fail 'a full device must give 1'
+for verb in width 'truncate --bytes 1' 'split --all --columns 1' 'find a' upper 'match y' transform inspect; do
+    # shellcheck disable=SC2086 # words
+    message=$(yes | timeout 10 "$strtool" $verb 2>&1 >/dev/full)
+    [[ $? == 1 && $message == 'strtool: standard output: '* ]] || fail "$verb goes on without its output"
+done
+"$strtool" cmp a a >/dev/full 2>&1
+[[ $? == 2 ]] || fail 'cmp cannot tell on a full device'
 like 0 '*87 *JIS X 0208 * 2 * ESC $ B *case*' sets
 
 # ---- width
@@ -58,7 +65,7 @@ row 0 '' width
 input='ab\n\nlong\\e\r'
 row 0 $'2\n0\n7' width
 input='ab\0cd\nx'
-row 0 $'strtool: line 1 ends at the NUL in it\n2\n1' width --charset ia5
+row 1 $'strtool: line 1: byte 3 is NUL, which no text can hold\n1' width --charset ia5
 input=
 
 # ---- inspect: text, escapes and raw bytes, what can be decoded
@@ -123,7 +130,12 @@ row 0 $'a&lt;e\eAc' transform --replace '<=&lt;' --replace é=e --escape ^ --dro
 row 0 $'(a<b)=x[y' transform --prefix --replace '<=[' '(a<b)=x<y' ''
 row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
 like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
-for bad in '' '<' =x '\xFF=a' '\x00=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
+for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
+
+for bad in 'width a\x00b' 'find \x00 a' 'match a\x00b a' 'transform --drop a\x00b a' 'printf a\x00b'; do
+    # shellcheck disable=SC2086 # words
+    like 1 'strtool: *byte [12] is NUL*' $bad
+done
 
 # ---- printf
 row 0 $'x=7\ny=abc' printf 'x=%d\ny=%s' 7 abc
@@ -156,6 +168,9 @@ export STR_HOME=$home/a
 row 0 $'A\e$B#A\e(B\\' upper "${jp[@]}" 'a\e$B#a\e(B\\'
 row 0 $'\xC2E\n\xE9' upper --charset t.61 '\xC2e' '\xF9'
 row 0 'É ß' upper --charset iso-8859-1 --utf8-in --utf8-out 'é ß'
+{ yes a | head -n 50000; mv "$home"/{a,b}; echo a; } | "$strtool" upper --charset ia5 >/dev/null 2>&1 ||
+    fail 'upper: a table is looked up more than once'
+mv "$home"/{b,a}
 STR_HOME=$home/none
 row 1 $'STRASSE É\nstrtool: text 2: this is no well-formed UTF-8' upper 'straße é' '\xE9'
 like 1 $'strtool: text 1: *JIS X 0208*'"$home/none"$'*init-home*STR_HOME*' \
@@ -173,13 +188,14 @@ row 1 '>' cmp --order 'b' '[B]'
 row 0 = cmp --ignore-case --charset t.61 --charset2 iso-8859-1 'stra\e(Bsse' STRASSE
 row 0 = cmp --ignore-case --order "${jp[@]}" --utf8-in Ａａz ａＡZ
 row 0 = cmp --ignore-case 'STRASSE É' 'straße é'
-like 2 'strtool: text 1: *é*' cmp --utf8-in --charset ia5 é e
+like 2 'strtool: text 2: *é*' cmp --utf8-in --charset ia5 e é
 like 2 'strtool: *' cmp a
 printf 'a\nB\n' >"$home/lines1"
 printf 'A\nb\nc\n' >"$home/lines2"
 row 1 $'=\n=\n<' cmp --lines --ignore-case --order --charset ia5 "$home"/lines{1,2}
 row 1 $'!=\n!=\n!=' cmp --lines "$home"/lines{1,2}
-like 2 "strtool: $home/lines3: *" cmp --lines "$home"/lines{1,3}
+row 2 "strtool: $home: Is a directory"$'\n'"strtool: $home/lines3: No such file or directory" \
+    cmp --lines "$home"{,/lines3}
 row 0 = cmp-names '/C=GB/S=Smith/' 'C=gb; S=SMITH' --attributes C,S
 row 1 '>' cmp-names '/C=GB/S=b/' '/C=GB/S=a/' --attributes C,S
 row 1 '<' cmp-names 'S=a; S=\xE1' 'S=b; S=\xE1' --charset utf8 --attributes S
@@ -190,6 +206,14 @@ cd "$home" || exit 1
 printf 'T C latin1\na=A \\xDF=SS \\xE9 -> \\xC9\nb=B bc=DE bx=bx\n' >1.s
 printf '#%-179d\nT C x\na=A  # note\n' 0 >2.s # its first line is read in three pieces
 printf '\n' >3.s
+printf 'T C x\na=A\0b\n' >5.s
+long=$(printf '%0250d' 0) && long=$PWD/$long/$long/$long/$long/$long # more than a line of the log
+mkdir -p "$long" && cp 2.s "$long"
+ln -s /dev/null null
+(umask 77 && "$strtool" casetable compile 1.s -o mine.b)
+[[ $(stat -c %a mine.b) == 600 ]] || fail 'casetable compile: not as the umask has it'
+row 0 '' casetable compile 1.s -o null
+[[ -c null && -L null ]] || fail 'casetable compile: a device was replaced'
 row 0 '' casetable compile 1.s
 row 0 '1.b: 445 bytes
   version 11
@@ -205,18 +229,21 @@ row 0 '1.b: 445 bytes
       c to DE
     pairs that stay as they are: 1' casetable dump 1.b
 dumped=$shown
-row 1 $'strtool: 2.s:3: the rule has no operator\nstrtool: 3.s:1: the case table source holds no header' \
-    casetable compile -d a 1.s 2.s 3.s
+row 1 "strtool: $long/2.s:3: the rule has no operator
+strtool: 3.s:1: the case table source holds no header
+strtool: 5.s:2: there is a NUL in the line" casetable compile -d a 1.s "$long/2.s" 3.s 5.s
 row 0 "a/$dumped" casetable dump a/1.b
 head -c 444 1.b >cut.b
 { head -c 8 1.b; printf '\1'; tail -c +10 1.b | tr b c; echo; } >odd.b
 row 1 'strtool: cut.b: the compiled case table ends too early
 strtool: odd.b: this is no compiled case table of this version
-strtool: 4.s: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.s
+strtool: Failed to open file “4.b”: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.b
 like 1 $'*\n  odd: cut short: the trails of b, 5 of 6 bytes' casetable dump cut.b
 like 1 '*
   odd: reserved bytes of the header are not 0
   odd: *b*c*' casetable dump odd.b
+{ head -c 144 1.b; printf '\377\377\377\177\126\125\125\125'; tail -c +153 1.b; } >many.b
+like 1 '*cut short: the expansions, * of 4294967298 bytes*' casetable dump many.b
 like 1 $'2.s: *\n  odd: no compiled case table*' casetable dump 2.s
 like 1 'strtool: 1.s/1.b: *' casetable compile 1.s -o 1.s/1.b
 like 2 'strtool: *' casetable compile 1.s 2.s -o 1.b

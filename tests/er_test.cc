@@ -10,6 +10,7 @@
 #include <platform/os.h>
 #include <str/str.h>
 
+#include <climits>
 #include <string>
 #include <thread>
 
@@ -149,8 +150,9 @@ TEST_F(ErService, MessagesTakeTheirArguments)
                       "99999: no message for this code\n"
                       "0: 100%s sure\n");
     logged.clear();
-    er_LogMsg(3, 117, 200, std::string(5000, 'x').c_str(), 0);
-    EXPECT_EQ(logged.size(), 1023 + std::string("200: \n").size()) << "a long line is cut";
+    er_EnhLogMsg(3, 3, 23803, "%s%d", std::string(5000, 'x').c_str(), INT_MIN, 0);
+    EXPECT_EQ(logged.size(), 1023 + std::string("23803: \n").size()) << "a long name is cut";
+    EXPECT_TRUE(logged.ends_with(": line -2147483648\n")) << logged;
 }
 
 TEST_F(ErService, EveryCodeOfTheLibraryHasAMessage)

@@ -36,6 +36,49 @@ namespace
     throw FileError(file.string() + ": " + why);
 }
 
+std::string Words(GError *error)
+{
+    const std::string words = error->message;
+    g_error_free(error);
+    return words;
+}
+
+// ---- Writing -------------------------------------------------------------------------------
+
+// Writes to whatever is there: a device, a pipe, what a link leads to.
+void WriteInto(const fs::path &file, const std::string &bytes)
+{
+    std::FILE *const stream = std::fopen(file.c_str(), "we");
+    bool isWritten = stream != nullptr;
+    if (isWritten) {
+        isWritten = std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+        isWritten = std::fclose(stream) == 0 && isWritten;
+    }
+    if (!isWritten)
+        Fail(file, std::strerror(errno));
+}
+
+// Makes a regular file, which appears when it is complete, in place of an earlier one.
+void Replace(const fs::path &file, const std::string &bytes)
+{
+    constexpr int kMode = 0666; // less what the umask takes
+    GError *error = nullptr;
+    if (g_file_set_contents_full(file.c_str(), bytes.data(), static_cast<gssize>(bytes.size()),
+                                 G_FILE_SET_CONTENTS_CONSISTENT, kMode, &error) == FALSE)
+        Fail(file, Words(error));
+}
+
+void WriteFile(const fs::path &file, const std::string &bytes)
+{
+    std::error_code ignored;
+    if (!fs::exists(fs::symlink_status(file, ignored)))
+        Replace(file, bytes);
+    else if (fs::is_regular_file(file, ignored))
+        Replace(fs::canonical(file, ignored), bytes);
+    else
+        WriteInto(file, bytes);
+}
+
 // ---- What the library says -----------------------------------------------------------------
 
 // The line that its message about a source ends with; 0 while there is none.
@@ -52,7 +95,7 @@ void TakeLog(int code, const char *text)
     std::from_chars(digits, end, theFailedLine);
 }
 
-// Calls the library, which logs to us in the meantime.  Answers what the call answers.
+// Calls the library, which logs to us in the meantime.  Returns what the call returns.
 int Listening(const std::function<int()> &call)
 {
     theFailedLine = 0;
@@ -62,14 +105,13 @@ int Listening(const std::function<int()> &call)
     return result;
 }
 
-// The line of the file in which the library's `piece` lies: it reads long lines in pieces.
-int LineOfPiece(const fs::path &file, int piece)
+// The line of the source in which the library's `piece` lies: it reads long lines in pieces.
+int LineOfPiece(std::string_view source, int piece)
 {
     constexpr size_t kPiece = 80;
-    const std::string text = ReadFile(file);
     int line = 0;
-    for (size_t at = 0, pieces = 0; at < text.size() && pieces < static_cast<size_t>(piece);) {
-        const size_t newline = std::min(text.find('\n', at), text.size() - 1);
+    for (size_t at = 0, pieces = 0; at < source.size() && pieces < static_cast<size_t>(piece);) {
+        const size_t newline = std::min(source.find('\n', at), source.size() - 1);
         pieces += (newline - at) / kPiece + 1;
         at = newline + 1;
         ++line;
@@ -77,93 +119,116 @@ int LineOfPiece(const fs::path &file, int piece)
     return line;
 }
 
-[[noreturn]] void FailAsSaid(const fs::path &file)
+[[noreturn]] void FailAtLine(const fs::path &file, long line, const std::string &why)
+{
+    throw FileError(file.string() + ":" + std::to_string(line) + ": " + why);
+}
+
+[[noreturn]] void FailAsSaid(const fs::path &file, std::string_view bytes)
 {
     const std::string why = er_GetCodeText(er_GetLastCode());
     if (theFailedLine == 0)
         Fail(file, why);
-    throw FileError(file.string() + ":" + std::to_string(LineOfPiece(file, theFailedLine)) + ": " +
-                    why);
+    FailAtLine(file, LineOfPiece(bytes, theFailedLine), why);
 }
 
-// ---- Homes of our own ----------------------------------------------------------------------
+// ---- Files that the library reads and writes -----------------------------------------------
 
-// A service home on the file system of a file to be made, of this process's group: the library
-// writes compiled files by way of its home, for the group of the service account alone.
-class TemporaryHome
+// A service home of this process's group, with a copy of a file: the library reads any file there,
+// a pipe too, under a name that is short enough for its messages, and may write there.
+class Workplace
 {
   public:
-    explicit TemporaryHome(const fs::path &beside)
-        : path((fs::absolute(beside).parent_path() / ".casetable-XXXXXX").string())
-    {
-        if (mkdtemp(path.data()) == nullptr)
-            Fail(beside, std::strerror(errno));
-        // The directory around it may have passed its own group on.
-        [[maybe_unused]] const int given = chown(path.c_str(), static_cast<uid_t>(-1), getegid());
-        std::error_code error;
-        fs::create_directory(fs::path(path) / "toupper", error);
-        os_SetHome(path.c_str());
-    }
-    ~TemporaryHome()
+    static constexpr char kGiven[] = "~/given";
+    static constexpr char kCompiled[] = "~/compiled";
+
+    explicit Workplace(const std::string &given) : Workplace() { WriteInto(home / "given", given); }
+    ~Workplace()
     {
         os_SetHome(nullptr);
-        std::error_code error;
-        fs::remove_all(path, error);
+        std::error_code ignored;
+        fs::remove_all(home, ignored);
     }
-    TemporaryHome(const TemporaryHome &) = delete;
-    TemporaryHome &operator=(const TemporaryHome &) = delete;
+    Workplace(const Workplace &) = delete;
+    Workplace &operator=(const Workplace &) = delete;
 
-    fs::path CompiledFile() const { return fs::path(path) / "compiled"; }
+    std::string Compiled() const
+    {
+        if (!fs::exists(home / "compiled")) // the library does not say so
+            Fail(home, er_GetCodeText(er_GetLastCode()));
+        return ReadFile(home / "compiled");
+    }
 
   private:
-    std::string path;
-};
+    Workplace()
+    {
+        GError *error = nullptr;
+        gchar *const made = g_dir_make_tmp("casetable-XXXXXX", &error);
+        if (made == nullptr)
+            throw FileError(Words(error));
+        home = made;
+        g_free(made);
+        // The directory around it may have passed its own group on.
+        [[maybe_unused]] const int given = chown(home.c_str(), static_cast<uid_t>(-1), getegid());
+        std::error_code ignored;
+        fs::create_directory(home / "toupper", ignored);
+        os_SetHome(home.c_str());
+    }
 
-// No home: nothing is written.
-struct NoHome {
-    NoHome() { os_SetHome("/dev/null/none"); }
-    ~NoHome() { os_SetHome(nullptr); }
-    NoHome(const NoHome &) = delete;
-    NoHome &operator=(const NoHome &) = delete;
+    fs::path home;
 };
 
 // ---- Compiling and checking ----------------------------------------------------------------
 
-void CompileTo(const fs::path &source, const fs::path &compiled)
+// The library would drop what follows a NUL in its line.
+void RefuseNulIn(const fs::path &file, std::string_view source)
 {
+    const std::string_view before = source.substr(0, source.find('\0'));
+    if (before.size() < source.size())
+        FailAtLine(file, std::count(before.begin(), before.end(), '\n') + 1,
+                   "there is a NUL in the line");
+}
+
+// What the source compiles to.
+std::string CompileSource(const fs::path &file, const std::string &source)
+{
+    RefuseNulIn(file, source);
+    const Workplace place(source);
     CaseTableRecord record = {};
-    // A path of ours that begins with ~/ is not the library's.
-    const std::string from = fs::absolute(source).string(), to = compiled.string();
-    if (Listening([&] { return str_CompileCaseTable(from.c_str(), to.c_str(), &record); }) == 0)
-        FailAsSaid(source);
+    if (Listening([&] { return str_CompileCaseTable(place.kGiven, place.kCompiled, &record); }) ==
+        0)
+        FailAsSaid(file, source);
+    str_FreeCTEntry(&record);
+    return place.Compiled();
+}
+
+void Load(const fs::path &file, const std::string &compiled)
+{
+    const Workplace place(compiled);
+    CaseTableRecord record = {};
+    if (Listening([&] { return str_LoadCaseTable(place.kGiven, &record); }) == 0)
+        FailAsSaid(file, compiled);
     str_FreeCTEntry(&record);
 }
 
-void Load(const fs::path &compiled)
-{
-    CaseTableRecord record = {};
-    const std::string from = fs::absolute(compiled).string();
-    if (Listening([&] { return str_LoadCaseTable(from.c_str(), &record); }) == 0)
-        FailAsSaid(compiled);
-    str_FreeCTEntry(&record);
-}
-
-bool IsCompiled(const fs::path &file)
+bool IsCompiled(const fs::path &file, std::string_view bytes)
 {
     const uint32_t magic = GUINT32_TO_LE(CASE_TABLE_MAGIC);
-    return file.extension() == ".b" || ReadFile(file).starts_with(std::string_view(
+    return file.extension() == ".b" || bytes.starts_with(std::string_view(
                                            reinterpret_cast<const char *>(&magic), sizeof magic));
 }
 
-void Check(const fs::path &file)
+bool Check(const fs::path &file)
 {
-    if (IsCompiled(file))
-        return Load(file);
-    const NoHome none;
-    CompileTo(file, "/dev/null/none");
+    const std::string bytes = ReadFile(file);
+    if (IsCompiled(file, bytes))
+        Load(file, bytes);
+    else
+        CompileSource(file, bytes);
+    return true;
 }
 
-// Does it to each file; answers the exit code.
+// Does it to each file; returns the exit code.
 int ForEachFile(const std::vector<std::string> &files,
                 const std::function<bool(const fs::path &)> &act)
 {
@@ -227,17 +292,13 @@ void AddFileVerb(CLI::App &family, const char *name, const char *description, co
 
 std::string ReadFile(const fs::path &file)
 {
-    std::FILE *stream = std::fopen(file.c_str(), "rbe");
-    if (stream == nullptr)
-        Fail(file, std::strerror(errno));
-    std::string bytes;
-    char buffer[4096];
-    for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, stream)) > 0;)
-        bytes.append(buffer, count);
-    const int error = std::ferror(stream) != 0 ? errno : 0;
-    std::fclose(stream);
-    if (error != 0)
-        Fail(file, std::strerror(error));
+    gchar *contents;
+    gsize size;
+    GError *error = nullptr;
+    if (g_file_get_contents(file.c_str(), &contents, &size, &error) == FALSE)
+        throw FileError(Words(error)); // which name the file
+    std::string bytes(contents, size);
+    g_free(contents);
     return bytes;
 }
 
@@ -248,14 +309,7 @@ fs::path CompiledFile(const fs::path &source, const fs::path &directory)
 
 void CompileTable(const fs::path &source, const fs::path &compiled)
 {
-    const TemporaryHome home(compiled);
-    CompileTo(source, home.CompiledFile());
-    if (!fs::exists(home.CompiledFile())) // the library does not say so
-        Fail(compiled, er_GetCodeText(er_GetLastCode()));
-    std::error_code error;
-    fs::rename(home.CompiledFile(), compiled, error);
-    if (error)
-        Fail(compiled, error.message());
+    WriteFile(compiled, CompileSource(source, ReadFile(source)));
 }
 
 void AddCaseTable(CLI::App &app, int &status)
@@ -263,13 +317,8 @@ void AddCaseTable(CLI::App &app, int &status)
     CLI::App *family = app.add_subcommand("casetable", "Compile, check and show case tables")
                            ->require_subcommand(1);
     AddCompile(*family, status);
-    AddFileVerb(
-        *family, "check", "Say what is wrong with sources or compiled files", "The files",
-        [](const fs::path &file) {
-            Check(file);
-            return true;
-        },
-        status);
+    AddFileVerb(*family, "check", "Say what is wrong with sources or compiled files", "The files",
+                Check, status);
     AddFileVerb(*family, "dump", "Show compiled files, and what is odd about them",
                 "The compiled files", DumpTable, status);
 }

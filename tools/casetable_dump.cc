@@ -4,6 +4,7 @@
 // that the library refuses.
 #include "tools/casetable.h"
 #include "tools/show.h"
+#include "tools/stream.h"
 
 #include <str/casetable.h>
 
@@ -13,7 +14,6 @@
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -22,10 +22,6 @@ namespace strtool
 {
 namespace
 {
-
-constexpr size_t kByteMapSize = 256;
-constexpr size_t kRuleSize = 3;
-constexpr int32_t kMostEntries = 32767;
 
 using ByteSet = std::bitset<256>;
 
@@ -94,7 +90,7 @@ class Dump
   public:
     explicit Dump(std::string_view bytes) : file(bytes) {}
 
-    // Reads it all and shows it.  Answers false when something is odd.
+    // Reads it all and shows it.  Returns false when something is odd.
     bool Show(const std::string &name)
     {
         Line(0, name + ": " + std::to_string(file.size()) + " bytes");
@@ -102,7 +98,7 @@ class Dump
             Odd(std::to_string(file.size() - at) + " bytes follow the end");
         for (const std::string &what : oddities)
             Line(1, "odd: " + what);
-        std::fwrite(text.data(), 1, text.size(), stdout);
+        Put(text);
         return oddities.empty();
     }
 
@@ -114,9 +110,11 @@ class Dump
     void Odd(const std::string &what) { oddities.push_back(what); }
 
     // The next `size` bytes, or those that are left.
-    std::string_view Take(size_t size, const std::string &what)
+    std::string_view Take(uint64_t size, const std::string &what)
     {
-        const std::string_view taken = file.substr(at, size);
+        const std::string_view left = file.substr(at);
+        const std::string_view taken =
+            left.substr(0, static_cast<size_t>(std::min<uint64_t>(size, left.size())));
         at += taken.size();
         if (taken.size() < size && isWhole) {
             Odd("cut short: " + what + ", " + std::to_string(taken.size()) + " of " +
@@ -149,7 +147,7 @@ class Dump
         return true;
     }
 
-    // Answers whether the file was read up to where it is to end.
+    // Returns whether the file was read up to where it is to end.
     bool Record()
     {
         const std::string_view record = Take(sizeof(CaseTableRecord), "the record");
@@ -159,7 +157,7 @@ class Dump
         ExpectZero(
             record.substr(offsetof(CaseTableRecord, reserved), sizeof CaseTableRecord::reserved),
             "the record");
-        const std::string_view map = Take(kByteMapSize, "the byte map");
+        const std::string_view map = Take(CASE_TABLE_MAP_SIZE, "the byte map");
         if (!isWhole)
             return false;
         Map(map);
@@ -190,7 +188,7 @@ class Dump
     {
         std::vector<Rule> changes;
         ByteSet byRules;
-        for (size_t byte = 1; byte < kByteMapSize; ++byte) {
+        for (size_t byte = 1; byte < map.size(); ++byte) {
             const uint8_t upper = ByteAt(map, byte);
             byRules[byte] = upper == 0;
             if (upper != 0 && upper != byte)
@@ -203,7 +201,7 @@ class Dump
     }
 
     struct Counted {
-        size_t count;
+        uint64_t count; // what it says, whether or not there can be so many
         std::string text;
     };
 
@@ -212,22 +210,22 @@ class Dump
     {
         const int32_t capacity = IntAt(bytes, offset);
         const int32_t count = IntAt(bytes, offset + sizeof capacity);
-        if (count < 0 || count > kMostEntries || count > capacity)
+        if (count < 0 || count > CASE_TABLE_MOST_ENTRIES || count > capacity)
             Odd(what + ": " + std::to_string(count) + " in use with room for " +
                 std::to_string(capacity));
-        return {static_cast<size_t>(std::max(count, 0)),
+        return {static_cast<uint64_t>(std::max(count, 0)),
                 std::to_string(count) + ", room for " + std::to_string(capacity)};
     }
 
     // The next `count` entries of three bytes, as far as they are there.
-    std::vector<Rule> Rules(size_t count, const std::string &what)
+    std::vector<Rule> Rules(uint64_t count, const std::string &what)
     {
-        const std::string_view bytes = Take(count * kRuleSize, what);
+        const std::string_view bytes = Take(count * CASE_TABLE_RULE_SIZE, what);
         std::vector<Rule> rules;
         ByteSet seen, again;
-        for (size_t i = 0; i + kRuleSize <= bytes.size(); i += kRuleSize) {
+        for (size_t i = 0; i + CASE_TABLE_RULE_SIZE <= bytes.size(); i += CASE_TABLE_RULE_SIZE) {
             const uint8_t byte = ByteAt(bytes, i);
-            rules.push_back({byte, std::string(bytes.substr(i + 1, kRuleSize - 1))});
+            rules.push_back({byte, std::string(bytes.substr(i + 1, CASE_TABLE_RULE_SIZE - 1))});
             again[byte] = again[byte] || seen[byte];
             seen.set(byte);
         }
@@ -285,7 +283,7 @@ class Dump
         return leads;
     }
 
-    // Answers how many of its pairs are their own upper case: they are not listed.
+    // Returns how many of its pairs are their own upper case: they are not listed.
     size_t ShowLead(const Lead &lead, const std::string &trailCount)
     {
         std::vector<Rule> changes = lead.trails;
@@ -311,7 +309,7 @@ class Dump
             expanded.set(rule.byte);
         for (const Lead &lead : leads)
             led.set(lead.byte);
-        for (size_t i = 1; i < kByteMapSize; ++i) {
+        for (size_t i = 1; i < map.size(); ++i) {
             const std::string byte = Visible(static_cast<uint8_t>(i));
             const bool isMapped = ByteAt(map, i) != 0;
             if (isMapped && (expanded[i] || led[i]))

@@ -15,17 +15,16 @@ namespace strtool
 namespace
 {
 
-constexpr size_t kMostEscapes = 81; // bytes that a join may take
-
 std::string Joined(const std::vector<std::string> &texts, const CSDescriptor &cs)
 {
-    size_t room = 1; // for the NUL
-    for (const std::string &text : texts)
-        room += text.size() + kMostEscapes;
-    std::vector<char> joined(room);
-    for (const std::string &text : texts)
-        str_strcat(joined.data(), text.c_str(), &cs);
-    return joined.data();
+    std::string joined;
+    for (const std::string &text : texts) {
+        int length;
+        if (const char *escapes = str_GetEscapes(joined.c_str(), text.c_str(), &cs, &length))
+            joined += escapes;
+        joined += text;
+    }
+    return joined;
 }
 
 // All of the texts or nothing.

@@ -10,9 +10,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 
 namespace strtool
@@ -33,17 +30,19 @@ struct Input {
     CSDescriptor cs;
 };
 
-// The text, or the lines of the file, that was given; adds to `status` what went wrong.
-std::vector<Input> InputsOf(const CmpOptions &options, const std::string &given,
-                            const std::string &charset, int &status)
+// The first or second text that was given, or the lines of that file; adds to `status` what went
+// wrong.
+std::vector<Input> InputsOf(const CmpOptions &options, size_t number, int &status)
 {
+    const std::string &given = number == 1 ? options.text1 : options.text2;
     TextOptions one;
-    one.charset = charset;
+    one.charset = number == 1 || options.charset2.empty() ? options.charset : options.charset2;
     one.utf8In = options.utf8In;
-    if (!options.lines)
+    one.firstNumber = number;
+    if (options.lines)
+        one.file = given;
+    else
         one.arguments = {given};
-    else if (std::freopen(given.c_str(), "r", stdin) == nullptr)
-        throw UsageError(given + ": " + std::strerror(errno));
     std::vector<Input> inputs;
     status |= ForEachText(one, [&](const std::string &text, const CSDescriptor &cs) {
         if (options.ignoreCase)
@@ -66,9 +65,8 @@ int CompareTexts(const Input &a, const Input &b, const CmpOptions &options)
 int Cmp(const CmpOptions &options)
 {
     int status = kDone;
-    const std::string &charset2 = options.charset2.empty() ? options.charset : options.charset2;
-    const auto inputs1 = InputsOf(options, options.text1, options.charset, status);
-    const auto inputs2 = InputsOf(options, options.text2, charset2, status);
+    const auto inputs1 = InputsOf(options, 1, status);
+    const auto inputs2 = InputsOf(options, 2, status);
     if (status != kDone)
         return kMisused; // there is nothing to compare with
     const size_t count = std::max(inputs1.size(), inputs2.size());
@@ -77,9 +75,10 @@ int Cmp(const CmpOptions &options)
         const int order = both                 ? CompareTexts(inputs1[i], inputs2[i], options)
                           : i < inputs1.size() ? 1
                                                : -1;
-        std::puts(order == 0 ? "=" : !options.order ? "!=" : order < 0 ? "<" : ">");
+        Put(order == 0 ? "=\n" : !options.order ? "!=\n" : order < 0 ? "<\n" : ">\n");
         status |= order == 0 ? kDone : kFailed;
     }
+    Flush();
     return status;
 }
 
@@ -106,7 +105,10 @@ void AddCmp(CLI::App &app, int &status)
     verb->add_flag("--utf8-in", options->utf8In,
                    "The texts are written in UTF-8: convert them first");
     verb->footer("Ends with 0 where they are equal, 1 where they differ, 2 where it cannot tell.");
-    verb->callback([options, &status] { status = Cmp(*options); });
+    verb->callback([options, &status] {
+        status = kMisused; // until it can tell
+        status = Cmp(*options);
+    });
 }
 
 } // namespace strtool

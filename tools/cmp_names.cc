@@ -9,7 +9,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <memory>
 
 namespace strtool
@@ -27,16 +26,12 @@ struct NamesOptions {
 int CompareNames(const NamesOptions &options)
 {
     const std::string name1 = Unescape(options.name1), name2 = Unescape(options.name2);
-    try {
-        for (const char *set : {"IA5", "T.61"})
-            DemandTables(name1 + name2, DescriptorOf(FindSet(set)));
-    } catch (const TextError &error) {
-        Complain(error.what());
-        return kMisused; // there is nothing to compare by
-    }
+    for (const char *set : {"IA5", "T.61"})
+        DemandTables(name1 + name2, DescriptorOf(FindSet(set)));
     const int order = str_cmpORName(name1.c_str(), name2.c_str(), options.charset.c_str(),
                                     options.anyCharset ? 1 : 0, options.attributes.c_str());
-    std::puts(order == 0 ? "=" : order < 0 ? "<" : ">");
+    Put(order == 0 ? "=\n" : order < 0 ? "<\n" : ">\n");
+    Flush();
     return order == 0 ? kDone : kFailed;
 }
 
@@ -60,7 +55,10 @@ void AddCmpNames(CLI::App &app, int &status)
         ->capture_default_str();
     verb->add_flag("--any-charset", options->anyCharset, "Values in any set count");
     verb->footer("Ends with 0 where they are equal, 1 where they differ, 2 where it cannot tell.");
-    verb->callback([options, &status] { status = CompareNames(*options); });
+    verb->callback([options, &status] {
+        status = kMisused; // until it can tell
+        status = CompareNames(*options);
+    });
 }
 
 } // namespace strtool

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// iconv, with as much room for its output as it takes.
+// GLib's iconv, kept open.
 #ifndef TOOLS_CONVERT_H
 #define TOOLS_CONVERT_H
 
-#include <iconv.h>
+#include <glib.h>
 
 #include <string>
 #include <string_view>
@@ -23,16 +23,13 @@ class Converter
 
     bool IsOpen() const;
 
-    // The three need an open converter.
-    // Goes back to the initial state of both codes.
-    void Restart();
-    // Appends what `bytes` convert to, and answers how many did: fewer where one does not.
+    // Appends what all of `bytes` convert to, from the initial states of both codes and back to that
+    // of the output.  Returns how many bytes convert; if there are more, nothing is appended.  Needs
+    // an open converter.
     size_t Convert(std::string_view bytes, std::string &out);
-    // Appends what brings the output back to its initial state.
-    void Finish(std::string &out);
 
   private:
-    iconv_t handle;
+    GIConv handle;
 };
 
 } // namespace strtool

@@ -58,6 +58,12 @@ bool Fail(std::string &text)
 
 } // namespace
 
+bool Decoder::Way::Append(const std::string &codes, std::string &text) const
+{
+    const std::string bytes = designation + codes;
+    return converter->Convert(bytes, text) == bytes.size();
+}
+
 Decoder::Way Decoder::FindWay(const CSDescriptor &segCs)
 {
     const uint32_t flags = ccs_GetCSFlags(&segCs);
@@ -98,16 +104,15 @@ bool Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs, std::str
             code = static_cast<char>(code & 0x7F);
         }
 
-    bool isKnown = true;
-    way.converter->Restart();
-    way.converter->Convert(way.designation, text);
-    for (size_t at = 0;;) {
-        at += way.converter->Convert(std::string_view(codes).substr(at), text);
-        if (at >= codes.size())
-            return isKnown;
-        isKnown = Fail(text);
-        at += UnitAt(codes, at, segCs).length;
+    if (way.Append(codes, text))
+        return true;
+    for (size_t at = 0; at < codes.size();) { // the characters that are known, at least
+        const std::string unit = codes.substr(at, UnitAt(codes, at, segCs).length);
+        if (!way.Append(unit, text))
+            Fail(text);
+        at += unit.size();
     }
+    return false;
 }
 
 } // namespace strtool

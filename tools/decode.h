@@ -32,6 +32,9 @@ class Decoder
         std::unique_ptr<Converter> converter; // null: in no way
         std::string designation;              // not empty: the set designated, in seven bits
         bool isByteSet;
+
+        // Appends what the codes mean; false when not all of them are known.
+        bool Append(const std::string &codes, std::string &text) const;
     };
     static Way FindWay(const CSDescriptor &segCs);
 

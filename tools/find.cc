@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <memory>
 
 namespace strtool
@@ -27,7 +26,7 @@ int Find(const FindOptions &options)
     const int status = ForEachText(options, [&](const std::string &text, const CSDescriptor &cs) {
         const char *found = str_strchr(text.c_str(), wanted, &cs);
         foundInAll = foundInAll && found != nullptr;
-        std::puts(found != nullptr ? std::to_string(found - text.c_str()).c_str() : "-");
+        Put((found != nullptr ? std::to_string(found - text.c_str()) : "-") + '\n');
     });
     return foundInAll ? status : kFailed;
 }

@@ -119,6 +119,8 @@ void Compile(const fs::path &source, const fs::path &directory)
         return;
     }
     CompileTable(source, compiled);
+    if (chmod(compiled.c_str(), kFileMode) != 0) // whatever the umask
+        FailWithErrno(compiled);
     Say("compiled", compiled);
 }
 

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 
 namespace strtool
 {
@@ -47,11 +48,9 @@ class Recoder
         if (!fromUtf8.IsOpen())
             throw TextError(std::string("iconv cannot write ") + set.name);
         std::string recoded;
-        fromUtf8.Restart();
         const size_t done = fromUtf8.Convert(text, recoded);
         if (done < text.size())
             throw TextError(WhyNot(text, done, set));
-        fromUtf8.Finish(recoded);
         return recoded;
     }
 
@@ -59,6 +58,42 @@ class Recoder
     ccs_SetInfo set;
     Converter fromUtf8;
 };
+
+std::string UnescapeBytes(std::string_view written)
+{
+    std::string bytes;
+    for (size_t at = 0; at < written.size(); ++at) {
+        if (written[at] != '\\') {
+            bytes += written[at];
+            continue;
+        }
+        const char kind = ++at < written.size() ? written[at] : '\0';
+        const int high = HexDigit(written, at + 1);
+        const int low = HexDigit(written, at + 2);
+        if (kind == 'e')
+            bytes += '\x1B';
+        else if (kind == 'n')
+            bytes += '\n';
+        else if (kind == 't')
+            bytes += '\t';
+        else if (kind == '\\')
+            bytes += '\\';
+        else if (kind == 'x' && high >= 0 && low >= 0) {
+            bytes += static_cast<char>(high << 4 | low);
+            at += 2;
+        } else
+            throw UsageError("'" + std::string(written) +
+                             "': a backslash stands before xHH, e, n, t or another backslash");
+    }
+    return bytes;
+}
+
+// The library would drop what follows a NUL.
+void RefuseNul(std::string_view text)
+{
+    if (const size_t nul = text.find('\0'); nul != text.npos)
+        throw TextError("byte " + std::to_string(nul + 1) + " is NUL, which no text can hold");
+}
 
 // What becomes of one text on its way to the verb.
 class Feed
@@ -72,18 +107,22 @@ class Feed
     }
 
     // `name` is what the text is called in messages.
-    void Take(std::string text, const std::string &name)
+    void Take(const std::string &text, const std::string &name)
     {
-        if (const size_t nul = text.find('\0'); nul != std::string::npos) {
-            Complain(name + " ends at the NUL in it");
-            text.resize(nul);
-        }
         try {
+            RefuseNul(text);
             handle(recoder ? recoder->Recode(text) : text, cs);
         } catch (const TextError &error) {
             Complain(name + ": " + error.what());
             status = kFailed;
         }
+    }
+
+    // A file, for the reason in errno.
+    void Fail(const std::string &file)
+    {
+        Complain(file + ": " + std::strerror(errno));
+        status = kFailed;
     }
 
     int status = kDone;
@@ -94,31 +133,46 @@ class Feed
     std::optional<Recoder> recoder;
 };
 
-void TakeArguments(const std::vector<std::string> &arguments, Feed &feed)
+void TakeArguments(const TextOptions &options, Feed &feed)
 {
+    const std::vector<std::string> &arguments = options.arguments;
     // All of them first: a misuse shows before any output.
     std::vector<std::string> texts;
-    std::transform(arguments.begin(), arguments.end(), std::back_inserter(texts), Unescape);
+    std::transform(arguments.begin(), arguments.end(), std::back_inserter(texts), UnescapeBytes);
     for (size_t i = 0; i < texts.size(); ++i)
-        feed.Take(std::move(texts[i]), "text " + std::to_string(i + 1));
+        feed.Take(texts[i], "text " + std::to_string(options.firstNumber + i));
 }
 
-void TakeLines(std::FILE *file, Feed &feed)
-{
-    char *line = nullptr;
+// The line that was read last.
+struct Line {
+    ~Line() { std::free(bytes); }
+
+    char *bytes = nullptr;
     size_t room = 0;
+};
+
+// The lines of `file`; `prefix` stands before their names in messages.
+void TakeLines(std::FILE *stream, const std::string &file, const std::string &prefix, Feed &feed)
+{
+    Line line;
     ssize_t length;
-    for (size_t number = 1; (length = getline(&line, &room, file)) >= 0; ++number) {
-        std::string text(line, static_cast<size_t>(length));
+    for (size_t number = 1; (length = getline(&line.bytes, &line.room, stream)) >= 0; ++number) {
+        std::string_view text(line.bytes, static_cast<size_t>(length));
         if (text.ends_with('\n'))
-            text.pop_back();
-        feed.Take(std::move(text), "line " + std::to_string(number));
+            text.remove_suffix(1);
+        feed.Take(std::string(text), prefix + "line " + std::to_string(number));
     }
-    if (!std::feof(file)) {
-        Complain(std::string("standard input: ") + std::strerror(errno));
-        feed.status = kFailed;
-    }
-    std::free(line);
+    if (!std::feof(stream))
+        feed.Fail(file);
+}
+
+void TakeFile(const std::string &file, Feed &feed)
+{
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(file.c_str(), "re"),
+                                                                  std::fclose);
+    if (stream == nullptr)
+        return feed.Fail(file);
+    TakeLines(stream.get(), file, file + ": ", feed);
 }
 
 } // namespace
@@ -196,29 +250,11 @@ CSDescriptor DescriptorOf(const ccs_SetInfo &set) { return {set.number, set.escM
 
 std::string Unescape(std::string_view written)
 {
-    std::string bytes;
-    for (size_t at = 0; at < written.size(); ++at) {
-        if (written[at] != '\\') {
-            bytes += written[at];
-            continue;
-        }
-        const char kind = ++at < written.size() ? written[at] : '\0';
-        const int high = HexDigit(written, at + 1);
-        const int low = HexDigit(written, at + 2);
-        if (kind == 'e')
-            bytes += '\x1B';
-        else if (kind == 'n')
-            bytes += '\n';
-        else if (kind == 't')
-            bytes += '\t';
-        else if (kind == '\\')
-            bytes += '\\';
-        else if (kind == 'x' && high >= 0 && low >= 0) {
-            bytes += static_cast<char>(high << 4 | low);
-            at += 2;
-        } else
-            throw UsageError("'" + std::string(written) +
-                             "': a backslash stands before xHH, e, n, t or another backslash");
+    std::string bytes = UnescapeBytes(written);
+    try {
+        RefuseNul(bytes);
+    } catch (const TextError &error) {
+        throw TextError("'" + std::string(written) + "': " + error.what());
     }
     return bytes;
 }
@@ -236,19 +272,15 @@ std::string FromUtf8(const std::string &text, const ccs_SetInfo &set)
     return Recoder(set).Recode(text);
 }
 
-void Complain(const std::string &what)
-{
-    std::fflush(stdout); // so that the two stay in order where they go to one place
-    std::fprintf(stderr, "strtool: %s\n", what.c_str());
-}
-
 int ForEachText(const TextOptions &options, const TextHandler &handle)
 {
     Feed feed(options, handle);
-    if (options.arguments.empty())
-        TakeLines(stdin, feed);
+    if (options.file)
+        TakeFile(*options.file, feed);
+    else if (options.arguments.empty())
+        TakeLines(stdin, "standard input", "", feed);
     else
-        TakeArguments(options.arguments, feed);
+        TakeArguments(options, feed);
     return feed.status;
 }
 

@@ -5,6 +5,8 @@
 #ifndef TOOLS_INPUT_H
 #define TOOLS_INPUT_H
 
+#include "tools/stream.h"
+
 #include "services/services.h"
 
 #include <str/charset.h>
@@ -44,6 +46,8 @@ struct TextOptions {
     bool utf8In = false;
     bool utf8Out = false; // for the verbs that put out texts
     std::vector<std::string> arguments;
+    size_t firstNumber = 1;          // of the arguments, in messages
+    std::optional<std::string> file; // whose lines are the texts, if not standard input
 };
 
 // Declares TEXT...
@@ -65,7 +69,7 @@ ccs_SetInfo FindSet(const std::string &name);
 // The descriptor of a string in the set.
 CSDescriptor DescriptorOf(const ccs_SetInfo &set);
 
-// Decodes \xHH, \e, \n, \t and \\.
+// Decodes \xHH, \e, \n, \t and \\.  Throws a TextError for a NUL.
 std::string Unescape(std::string_view written);
 
 // The only byte of what is written, by its value as a signed char.
@@ -74,11 +78,8 @@ int OneByte(const std::string &written);
 // The UTF-8 `text` in the set; throws a TextError where there is none.
 std::string FromUtf8(const std::string &text, const ccs_SetInfo &set);
 
-// Says on standard error what is wrong.
-void Complain(const std::string &what);
-
-// Hands over the bytes of every text, none of them NUL; answers the exit code.  A text that cannot
-// be had in its set is left out, with a message; so is one that `handle` throws a TextError for.
+// Hands over the bytes of every text; returns the exit code.  A text that holds a NUL or cannot be
+// had in its set is left out, with a message; so is one that `handle` throws a TextError for.
 using TextHandler = std::function<void(const std::string &text, const CSDescriptor &cs)>;
 int ForEachText(const TextOptions &options, const TextHandler &handle);
 

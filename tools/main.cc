@@ -6,9 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace
@@ -16,9 +15,17 @@ namespace
 
 using namespace strtool;
 
-int Run(int argc, char **argv)
+// Names the word that is no verb, of which CLI11 says only that a verb is required.
+std::string WhyNot(const CLI::App &app, const CLI::ParseError &error)
 {
-    int status = kDone;
+    const std::vector<std::string> strange = app.remaining(true);
+    if (error.get_name() != "RequiredError" || strange.empty())
+        return error.what();
+    return "'" + strange.front() + "' is not known here";
+}
+
+void Run(int argc, char **argv, int &status)
+{
     er_SetTraceSink([](int, const char *, int) {}); // for those who look into the library
     CLI::App app{"Shows, measures, cuts and joins text in many coded character sets.", "strtool"};
     app.set_version_flag("--version", "strtool " STRTOOL_VERSION);
@@ -43,33 +50,25 @@ int Run(int argc, char **argv)
     } catch (const CLI::Success &asked) {
         app.exit(asked); // prints the help or the version
     } catch (const CLI::ParseError &error) {
-        throw UsageError(error.what());
+        throw UsageError(WhyNot(app, error));
     }
-    return status;
-}
-
-// What is still in the buffer may not reach its file either.
-int Close(int status)
-{
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
-        return status;
-    const std::string why = std::strerror(errno);
-    Complain("standard output: " + why);
-    return kFailed;
+    Flush(); // what is still in the buffer may not reach its file either
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    int status = kDone; // as far as a verb has come
     try {
-        return Close(Run(argc, argv));
+        Run(argc, argv, status);
+        return status;
     } catch (const UsageError &error) {
         Complain(error.what());
         std::fputs("Try 'strtool --help'.\n", stderr);
         return kMisused;
     } catch (const std::exception &error) {
         Complain(error.what());
-        return kFailed;
+        return std::max(status, kFailed);
     }
 }

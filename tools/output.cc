@@ -5,8 +5,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
-
 namespace strtool
 {
 
@@ -26,7 +24,7 @@ void Output::Print(const std::vector<std::string> &texts, const CSDescriptor &cs
             lines += text;
         lines += '\n';
     }
-    std::fwrite(lines.data(), 1, lines.size(), stdout);
+    Put(lines);
 }
 
 // Segment by segment: the whole of a text that switches sets need not be a code of iconv.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/show.h"
 
+#include "tools/stream.h"
+
 #include <str/display.h>
 
 #include <CLI/CLI.hpp>
@@ -131,7 +133,7 @@ void Row::Put(std::string_view text, Color color)
 void Row::Print()
 {
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    strtool::Put(line);
     line.clear();
     blanks = 0;
 }

@@ -9,7 +9,6 @@
 #include <CLI/CLI.hpp>
 #include <glib.h>
 
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <optional>
@@ -83,8 +82,7 @@ int Transform(const TransformOptions &options)
     return ForEachText(options, [&](const std::string &text, const CSDescriptor &) {
         if (const std::optional<size_t> bad = BadByte(text))
             throw TextError("byte " + std::to_string(*bad + 1) + " begins no UTF-8 character");
-        const std::string line = rules.Transform(text) + '\n';
-        std::fwrite(line.data(), 1, line.size(), stdout);
+        Put(rules.Transform(text) + '\n');
     });
 }
 

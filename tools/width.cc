@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <memory>
 
 namespace strtool
@@ -21,7 +20,7 @@ void AddWidth(CLI::App &app, int &status)
     AddTextOptions(*verb, *options);
     verb->callback([options, &status] {
         status = ForEachText(*options, [](const std::string &text, const CSDescriptor &cs) {
-            std::printf("%u\n", str_dispstrlen(text.c_str(), &cs));
+            Put(std::to_string(str_dispstrlen(text.c_str(), &cs)) + '\n');
         });
     });
 }

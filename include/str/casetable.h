@@ -83,6 +83,9 @@ typedef struct CaseTableHeader {
 
 #define CASE_TABLE_MAGIC 12345678
 #define CASE_TABLE_VERSION 11
+#define CASE_TABLE_MAP_SIZE 256       /* bytes of the byte map */
+#define CASE_TABLE_RULE_SIZE 3        /* bytes of an expansion and of a trail */
+#define CASE_TABLE_MOST_ENTRIES 32767 /* elements of an array */
 
 /* The registry: the first record and their number.  Records move when one is added. */
 extern CaseTableRecord *pCaseTabs;

@@ -43,10 +43,11 @@ struct PairRule {
     uint8_t byte;
     uint8_t upper[2];
 };
-static_assert(sizeof(PairRule) == 3);
+static_assert(sizeof(PairRule) == CASE_TABLE_RULE_SIZE);
 
-inline constexpr size_t kByteMapSize = 256;
-inline constexpr int32_t kMostEntries = 32767; // of any array: an index is a signed 16-bit number
+inline constexpr size_t kByteMapSize = CASE_TABLE_MAP_SIZE;
+// Of any array: an index is a signed 16-bit number.
+inline constexpr int32_t kMostEntries = CASE_TABLE_MOST_ENTRIES;
 
 // The bytes of an array of a record; 0 for a count that is none.
 template <class T>
