@@ -24,9 +24,9 @@ bool IsCutByLimit(const char *at, gssize left)
 
 // The characters of well-formed text: of the bytes of each, one is no continuation byte.  The
 // compiler counts many at a time, where GLib steps from character to character.
-int CountWellFormed(const char *str, const char *end)
+size_t CountWellFormed(const char *str, const char *end)
 {
-    int count = 0;
+    size_t count = 0;
     for (; str < end; ++str)
         count += static_cast<signed char>(*str) >= static_cast<signed char>(0xC0);
     return count;
@@ -34,9 +34,9 @@ int CountWellFormed(const char *str, const char *end)
 
 } // namespace
 
-int CountUtf8(const char *str, int maxLen)
+size_t CountUtf8(const char *str, int maxLen)
 {
-    int count = 0;
+    size_t count = 0;
     gssize left = maxLen < 0 ? -1 : maxLen;
     for (const char *bad = str;; str = bad + 1, ++count) {
         const bool valid = g_utf8_validate(str, left, &bad);
