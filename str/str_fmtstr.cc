@@ -179,8 +179,9 @@ constexpr int kMostRounds = 8; // more are for the most malformed of texts, of w
 // sequence, in either half, in any set and in UTF-8.
 constexpr char kSequels[][5] = {"~~~~", "\xBF\xBF\xBF\xBF", "\x80\x80\x80\x80"};
 
-// The bytes at the front of `n` that hold no part of a longer character or escape sequence, whatever
-// comes after them.  They are walked in a copy, in the print buffer, as nothing after them is read.
+// The bytes at the front of `n` that hold no part of a longer character or escape sequence,
+// whatever comes after them.  They are walked in a copy, in the print buffer, as nothing after them
+// is read.
 unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 {
     MakeRoom(*build, n + sizeof *kSequels);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sizes are counted without loss.  Where an interface has a smaller type for its answer, a size that
-// it cannot say is refused in the same way as memory that cannot be had.
+// Sizes are counted without loss.  Where an interface has a smaller type for its answer, a size
+// that it cannot say is refused in the same way as memory that cannot be had.
 #ifndef STR_CORE_SIZES_H
 #define STR_CORE_SIZES_H
 
