@@ -207,8 +207,8 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
 }
 
 // The bytes of a string that are kept when it is cut after `n` bytes, of which none is a NUL: whole
-// characters, and the escape sequences before them.
-unsigned int KeptBytes(Build *build, const char *string, unsigned int n)
+// characters, and the escape sequences before them.  Out of line, as most strings are not cut.
+[[gnu::noinline]] unsigned int KeptBytes(Build *build, const char *string, unsigned int n)
 {
     if (IsUtf8(build->cs))
         return Utf8Truncation(string, n);

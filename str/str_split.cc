@@ -100,10 +100,15 @@ bool EndsAt(const UnitRule &rule, const char *seg, unsigned int control, unsigne
     return control == offset || ccs_GetCtrlLen(seg + control, offset - control, rule.cs) >= 1;
 }
 
-// The place after a unit; one that reaches beyond the segment ends with it.
-unsigned int Past(unsigned int offset, int length, unsigned int segLen)
+// Moves over a unit.  False at the end of the segment, where a unit that reaches beyond it ends too.
+bool Pass(unsigned int *offset, int length, unsigned int segLen)
 {
-    return offset + std::min(static_cast<unsigned int>(length), segLen - offset);
+    if (static_cast<unsigned int>(length) >= segLen - *offset) {
+        *offset = segLen;
+        return false;
+    }
+    *offset += static_cast<unsigned int>(length);
+    return true;
 }
 
 const char *CountChars(const char *seg, unsigned int segLen, int budget, int *used,
@@ -124,9 +129,8 @@ const char *CountChars(const char *seg, unsigned int segLen, int budget, int *us
             break;
         const Displayed unit = UnitAt(scan.rule, seg + offset, segLen - offset);
         count += unit.counts;
-        if (unit.length < 1)
+        if (unit.length < 1 || !Pass(&offset, unit.length, segLen))
             break;
-        offset = Past(offset, unit.length, segLen);
     }
     *used = count;
     frame::TraceExit("str_CountSSDispChars");
@@ -158,10 +162,12 @@ const char *CountBytes(const char *seg, unsigned int segLen, int budget, int *us
             offset = control;
         if (!fits || unit.length < 1)
             break;
-        const unsigned int next = Past(offset, unit.length, segLen);
-        control = IsControl(seg[offset]) && !unit.counts ? offset : next;
+        const bool isControl = IsControl(seg[offset]) && !unit.counts;
+        control = offset;
         bytes += unit.counts ? unit.length : 0;
-        offset = next;
+        if (!Pass(&offset, unit.length, segLen))
+            break;
+        control = isControl ? control : offset;
     }
     *used = bytes;
     frame::TraceExit("str_CountSSDispBytes");
