@@ -60,6 +60,14 @@ void AppendEscapes(char *dst, const char *src, const CSDescriptor *cs)
         std::strcat(dst, escapes);
 }
 
+// The first of so many bytes, all of them of the text, whose value as a signed char is `ch`.
+char *FindByte(const char *seg, int ch, size_t size)
+{
+    if (ch < SCHAR_MIN || ch > SCHAR_MAX)
+        return nullptr;
+    return static_cast<char *>(const_cast<void *>(std::memchr(seg, ch, size)));
+}
+
 } // namespace
 
 const char *str_GetEscapes(const char *dst, const char *src, const CSDescriptor *cs, int *escLen)
@@ -100,14 +108,13 @@ char *str_strchr(const char *str, int ch, const CSDescriptor *cs)
     SegmentWalk walk = WalkSegments(str, cs);
     while (found == nullptr && NextSegment(&walk))
         if (IsText(walk.kind) && (allText || IsAscii(walk.kind, cs)))
-            found = str_dostrchr(walk.at, ch, walk.size);
+            found = FindByte(walk.at, ch, walk.size);
     frame::TraceExit("str_strchr");
     return found;
 }
 
 char *str_dostrchr(const char *seg, int ch, unsigned int len)
 {
-    if (ch < SCHAR_MIN || ch > SCHAR_MAX)
-        return nullptr;
-    return static_cast<char *>(const_cast<void *>(std::memchr(seg, ch, len)));
+    const size_t before = strnlen(seg, len);
+    return FindByte(seg, ch, before < len ? before + 1 : before); // the NUL can be found
 }

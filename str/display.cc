@@ -6,6 +6,7 @@
 
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sizes.h"
 #include "str/core/units.h"
 #include "str/core/utf8.h"
 
@@ -16,6 +17,8 @@ using namespace libstr;
 
 namespace
 {
+
+constexpr char kSource[] = "str/str_split"; // of all that measures and cuts
 
 // Segments shorter than this are counted unit by unit: blocks of bytes do not pay.
 constexpr unsigned int kShort = 8;
@@ -37,7 +40,7 @@ unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int se
         // The service is given the whole segment's length: a NUL ends a unit before that does.
         const int length = UnitLength(rule, seg + offset, segLen);
         columns += IsDisplayed(seg[offset]);
-        if (length < 1)
+        if (length < 1 || static_cast<unsigned int>(length) >= segLen - offset)
             break;
         offset += static_cast<unsigned int>(length);
     }
@@ -63,10 +66,10 @@ const UnitRule &RuleFor(RuleCache *cache, uint16_t kind, const CSDescriptor *cs)
     return entry.rule;
 }
 
-unsigned int WalkedWidth(const char *str, const CSDescriptor *cs)
+uint64_t WalkedWidth(const char *str, const CSDescriptor *cs)
 {
     RuleCache cache = {};
-    unsigned int columns = 0;
+    uint64_t columns = 0;
     SegmentWalk walk = WalkSegments(str, cs);
     while (NextSegment(&walk)) {
         if (IsIgnored(walk.kind))
@@ -79,9 +82,9 @@ unsigned int WalkedWidth(const char *str, const CSDescriptor *cs)
     return columns;
 }
 
-int CountByte(const char *str, char byte)
+size_t CountByte(const char *str, char byte)
 {
-    int count = 0;
+    size_t count = 0;
     for (; *str != '\0'; ++str)
         count += *str == byte;
     return count;
@@ -96,24 +99,25 @@ unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
     if (IsUtf8(cs))
         columns = static_cast<unsigned int>(str_utf8DispStrLen(str, -1, 1));
     else if (IsPlainByteSet(cs) && cs->escMode == 0)
-        return static_cast<unsigned int>(std::strlen(str)); // the common case: no exit trace
+        return Fit<unsigned int>(kSource, std::strlen(str)); // the common case: no exit trace
     else
-        columns = WalkedWidth(str, cs);
+        columns = Fit<unsigned int>(kSource, WalkedWidth(str, cs));
     frame::TraceExit("str_dispstrlen");
     return columns;
 }
 
 int str_GetDispLen(const char *seg, unsigned int segLen, const CSDescriptor *segCs)
 {
-    return static_cast<int>(SegmentWidth(UnitRuleOf(segCs), seg, segLen));
+    return Fit<int>(kSource, SegmentWidth(UnitRuleOf(segCs), seg, BeforeNul(seg, segLen)));
 }
 
 int str_utf8DispStrLen(const char *str, int maxLen, int countEsc)
 {
     frame::TraceEntry("str_utf8DispStrLen");
-    int columns = CountUtf8(str, maxLen);
+    auto columns = static_cast<int64_t>(CountUtf8(str, maxLen));
     if (countEsc == 0)
-        columns -= CountByte(str, '\x1B');
+        columns -= static_cast<int64_t>(CountByte(str, '\x1B'));
+    const int result = Fit<int>(kSource, columns);
     frame::TraceExit("str_utf8DispStrLen");
-    return columns;
+    return result;
 }

@@ -11,10 +11,10 @@
 #include "str/core/directive.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/truncation.h"
 #include "str/core/utf8.h"
 
 #include <platform/os.h>
-#include <str/truncate.h>
 
 #include <algorithm>
 #include <charconv>
@@ -168,15 +168,60 @@ Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
         return kNothing;
     int escLen = 0;
     const char *escapes = ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &escLen);
-    if (escapes == nullptr)
+    if (escapes == nullptr || escLen < 0)
         return kNothing;
     return {escapes, static_cast<size_t>(escLen)};
 }
 
-// The bytes of the whole characters at the front of a string that is cut after `n` bytes.
-unsigned int KeptBytes(const char *string, unsigned int n, const CSDescriptor *cs)
+constexpr int kMostRounds = 8; // more are for the most malformed of texts, of which nothing is kept
+
+// What may come after the bytes of a cut string: bytes that complete a character or an escape
+// sequence, in either half, in any set and in UTF-8.
+constexpr char kSequels[][5] = {"~~~~", "\xBF\xBF\xBF\xBF", "\x80\x80\x80\x80"};
+
+// The bytes at the front of `n` that hold no part of a longer character or escape sequence,
+// whatever comes after them.  They are walked in a copy, in the print buffer, as nothing after them
+// is read.
+unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 {
-    return IsUtf8(cs) ? Utf8Truncation(string, n) : str_truncstrlen(string, n, cs);
+    MakeRoom(*build, n + sizeof *kSequels);
+    char *const copy = theBuffer + build->length;
+    std::memcpy(copy, string, n);
+    unsigned int whole = n;
+    for (const auto &sequel : kSequels) {
+        std::memcpy(copy + n, sequel, sizeof sequel);
+        whole = std::min(whole, WalkedTruncation(copy, n, build->cs));
+    }
+    return whole;
+}
+
+// The bytes up to the end of the last character.
+unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDescriptor *cs)
+{
+    unsigned int bytes = 0;
+    SegmentWalk walk = WalkSegments(string, cs, static_cast<int>(n));
+    while (NextSegment(&walk))
+        if (!IsIgnored(walk.kind))
+            bytes = static_cast<unsigned int>(walk.at - string) + walk.size;
+    return std::min(bytes, n);
+}
+
+// The bytes of a string that are kept when it is cut after `n` bytes, of which none is a NUL: whole
+// characters, and the escape sequences before them.  Out of line, as most strings are not cut.
+[[gnu::noinline]] unsigned int KeptBytes(Build *build, const char *string, unsigned int n)
+{
+    if (IsUtf8(build->cs))
+        return Utf8Truncation(string, n);
+    if (IsPlainByteSet(build->cs))
+        return n;
+    for (int round = 0; round < kMostRounds; ++round) {
+        const unsigned int kept =
+            BytesToLastCharacter(string, WholeBytes(build, string, n), build->cs);
+        if (kept == n)
+            return n;
+        n = kept; // where it ends now, what follows may complete something too
+    }
+    return 0;
 }
 
 void AppendString(Build *build, const char *string, const Layout &layout)
@@ -187,7 +232,7 @@ void AppendString(Build *build, const char *string, const Layout &layout)
     size_t size = layout.precision < 0 ? std::strlen(string) : strnlen(string, limit);
     int walked = -1;
     if (layout.precision >= 0 && size == limit) {
-        size = KeptBytes(string, limit, build->cs);
+        size = KeptBytes(build, string, limit);
         walked = static_cast<int>(size);
     }
     AppendPadded(build, layout, {string, size}, EscapesAfter(string, walked, build->cs));

@@ -6,6 +6,7 @@
 
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/truncation.h"
 #include "str/core/units.h"
 #include "str/core/utf8.h"
 
@@ -15,26 +16,6 @@ using namespace libstr;
 
 namespace
 {
-
-unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescriptor *cs)
-{
-    unsigned int kept = 0;
-    SegmentWalk walk = WalkSegments(src, cs);
-    while (NextSegment(&walk)) {
-        const unsigned int room = n - kept;
-        if (room >= walk.size) {
-            kept += walk.size;
-            continue;
-        }
-        if (IsIgnored(walk.kind))
-            return kept;
-        if (walk.kind == CS_SEG_RAW)
-            return n;
-        const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
-        return kept + str_FindTruncPt(walk.at, room, &segCs);
-    }
-    return kept;
-}
 
 void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 {
@@ -57,19 +38,7 @@ unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor
 
 unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescriptor *segCs)
 {
-    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, room);
-    unsigned int taken = 0;
-    while (taken < room) {
-        taken += PlainBytes(&scan, taken);
-        if (taken >= room)
-            break;
-        const unsigned int avail = room - taken;
-        const int length = UnitLength(scan.rule, seg + taken, avail);
-        if (length < 1 || static_cast<unsigned int>(length) > avail)
-            break;
-        taken += static_cast<unsigned int>(length);
-    }
-    return taken;
+    return SegmentTruncation(seg, BeforeNul(seg, room), segCs);
 }
 
 char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescriptor *cs,

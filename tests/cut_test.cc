@@ -276,6 +276,26 @@ TEST(Search, FindsCharactersAndNotTheirBytes)
     EXPECT_EQ(str_dostrchr("ab", 'b', 1), nullptr) << "behind the length";
 }
 
+TEST(Segments, EndAtTheNul)
+{
+    for (const std::string_view bytes : {"\x46\x7C\x46\x7C"sv, "\x46\x7C\x46"sv, ""sv})
+        for (const unsigned int beyond : {1U, 20U, UINT_MAX / 2}) {
+            const Guarded text(bytes);
+            const CSDescriptor cs = {87, 1};
+            const auto size = static_cast<unsigned int>(bytes.size());
+            const int characters = static_cast<int>(size + 1) / 2;
+            int chars, used;
+            EXPECT_EQ(str_FindTruncPt(text.c_str(), size + beyond, &cs), size / 2 * 2);
+            EXPECT_EQ(str_GetDispLen(text.c_str(), size + beyond, &cs), characters);
+            str_CountSSDispChars(text.c_str(), size + beyond, 99, &chars, &cs);
+            EXPECT_EQ(chars, characters);
+            str_CountSSDispBytes(text.c_str(), size + beyond, 99, &used, &cs);
+            EXPECT_EQ(used, 2 * characters);
+            EXPECT_EQ(str_dostrchr(text.c_str(), 'x', size + beyond), nullptr);
+            EXPECT_EQ(str_dostrchr(text.c_str(), 0, size + beyond), text.c_str() + size);
+        }
+}
+
 TEST(StrNCpy, CutsUtf8BetweenCharacters)
 {
     const struct {

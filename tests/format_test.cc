@@ -3,6 +3,8 @@
 // Formatting with the default services: what printf prints, in every set; what becomes of formats
 // that are malformed; and that what stands behind an argument reads as written.
 #include "tests/support/guarded.h"
+#include "tests/support/random_text.h"
+#include "tests/support/reader.h"
 #include "tests/support/samples.h"
 #include "tests/support/text.h"
 
@@ -18,6 +20,7 @@
 #include <cstring>
 #include <numeric>
 #include <random>
+#include <sstream>
 #include <vector>
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
@@ -195,20 +198,20 @@ TEST(Print, TextBehindAnArgumentReadsAsWritten)
     for (const Sample &sample : kSamples) {
         const CSDescriptor cs = DescriptorOf(sample.set);
         const char *iconvName = IconvNameOf(sample);
-        if ((ccs_GetCSFlags(&cs) & CS_FLAG_ESCAPES) == 0 || iconvName == nullptr)
+        if (iconvName == nullptr)
             continue;
         const std::string whole(sample.bytes);
         for (unsigned int n = 0; n <= whole.size(); ++n) {
             const std::string cut = whole.substr(0, str_truncstrlen(whole.c_str(), n, &cs));
             const std::u32string read = Decode(iconvName, cut).value();
-            // An escape sequence that nothing follows is not noticed.
+            std::vector<std::string> prints = {
+                Printed(sample.set, "<%d %.*s> %s", 1, n, whole.c_str(), "end")};
+            // An escape sequence that nothing follows is not noticed in a text that is not cut here.
             const std::string segments = SegmentsOf(cs, cut.c_str());
-            if (segments[segments.rfind(' ') + 1] == '-' &&
-                Decode(iconvName, cut + "!!") != read + U"!!")
-                continue;
-            for (const std::string &printed :
-                 {Printed(sample.set, "<%d %s> %s", 1, cut.c_str(), "end"),
-                  Printed(sample.set, "<%d %.*s> %s", 1, n, whole.c_str(), "end")})
+            if (segments[segments.rfind(' ') + 1] != '-' ||
+                Decode(iconvName, cut + "!!") == read + U"!!")
+                prints.push_back(Printed(sample.set, "<%d %s> %s", 1, cut.c_str(), "end"));
+            for (const std::string &printed : prints)
                 ASSERT_EQ(Decode(iconvName, printed), U"<1 " + read + U"> end")
                     << testing::PrintToString(printed);
         }
@@ -219,6 +222,58 @@ TEST(Print, TextBehindAnArgumentReadsAsWritten)
                       "\xE6\x97\xA5"),
               "\xC3\xA9|\xE6\x97\xA5|    |")
         << "no character is cut";
+}
+
+bool HoldsAscii(uint16_t kind)
+{
+    const CSDescriptor cs = {kind, 0};
+    return (ccs_GetCSFlags(&cs) & CS_FLAG_ASCII_SUPERSET) != 0;
+}
+
+// What a text says: the bytes of its characters, each with its kind.  ASCII is alike in all sets
+// that hold it.
+using Characters = std::vector<std::pair<uint16_t, char>>;
+
+Characters Said(const char *set, const std::string &text)
+{
+    Characters said;
+    std::istringstream segments(ReadSlowly(set, text));
+    size_t at = 0;
+    for (std::string segment; segments >> segment;) {
+        const auto kind = static_cast<uint16_t>(std::atoi(segment.c_str()));
+        const size_t end = at + std::stoul(segment.substr(segment.find('x') + 1));
+        for (; at < end; ++at)
+            if (segment[0] != '-')
+                said.emplace_back(HoldsAscii(kind) && text[at] >= 0 ? 6 : kind, text[at]);
+    }
+    return said;
+}
+
+TEST(Print, AStringThatIsCutReadsAsItsWholeCharacters)
+{
+    for (int round = 0; round < 20000; ++round) {
+        const char *const sets[] = {"ISO-2022-JP", "ISO-2022-KR", "T.61"}, *set = sets[Below(3)];
+        const CSDescriptor cs = DescriptorOf(set);
+        const std::string text = ::RandomText(theRandom, 8).c_str(); // up to a NUL
+        const unsigned int n = Below(static_cast<unsigned int>(text.size() + 1));
+        const GuardedRoom slice(n); // nothing after it may be read
+        std::copy_n(text.begin(), n, slice.data());
+        std::string printed(512, '\0');
+        str_simplesprintf(&cs, printed.data(), "[%.*s] done", n, slice.data());
+        const Characters said = Said(set, printed.c_str()), all = Said(set, text);
+        const size_t kept = said.size() - strlen("[] done");
+        if (const auto &[kind, byte] = said[kept]; byte < 0 && HoldsAscii(kind))
+            continue; // the other half may hold another set, and the kind does not say so
+        const std::string where = std::string(set) + " " + std::to_string(n) + " of " +
+                                  testing::PrintToString(text) + " gives " +
+                                  testing::PrintToString(printed.c_str());
+        ASSERT_LE(kept, all.size()) << where;
+        Characters expected = Said(set, "[");
+        expected.insert(expected.end(), all.begin(), all.begin() + static_cast<ptrdiff_t>(kept));
+        const Characters rest = Said(set, "] done");
+        expected.insert(expected.end(), rest.begin(), rest.end());
+        ASSERT_EQ(said, expected) << where;
+    }
 }
 
 // ---- The table -------------------------------------------------------------------------------

@@ -2,13 +2,24 @@
 /*
  * Formatting: printf for texts that switch sets.
  *
- * Directives are looked for only in segments of sets that hold ASCII at its codes, so that a byte
- * 0x25 inside another character is never taken for a '%'.  Where a string argument ends in another
- * set than that, it is followed by the escape sequences that bring the format's own set back.  What
- * counts is its last character, as in str/concat.h.
+ * Directives are looked for only in segments of sets that hold ASCII at its codes
+ * (CS_FLAG_ASCII_SUPERSET), so that a byte 0x25 inside another character is never taken for a '%'.
  *
- * A directive is '%', a position with '$', flags (- + space # 0 '), width, precision, size (h, hh, l
- * or L) and a conversion, of which only '%' and the conversion have to be there:
+ * In a set with CS_FLAG_ESCAPES, a string argument is followed by the escape sequences that switch
+ * back to the beginning of such a text, in ASCII, when its last segment is of raw bytes or of a set
+ * that does not hold ASCII.  The kind of the last segment decides.  A string that ends in a bare
+ * escape sequence, such as one that str_strlcpy has cut, counts as one of the set that ccs_GetCP
+ * tells: with the default services ASCII, so nothing follows it, and what comes next may be read in
+ * the wrong set.
+ *
+ * A precision cuts a string after so many bytes, none of which may then be a NUL; bytes after them
+ * are not read, so the string need not end there.  What is kept is whole characters only: a
+ * character or escape sequence that the cut may have gone through is left out, and so are escape
+ * sequences that are left without a character after them.  What follows is decided by what is kept.
+ * In a plain single-byte set (CS_FLAG_BYTE without CS_FLAG_T61) every byte is kept.
+ *
+ * A directive is '%', a position with '$', flags (- + space # 0 '), width, precision, size (h, hh,
+ * l or L) and a conversion, of which only '%' and the conversion have to be there:
  *
  *     d i o u x X    an int, with h a short, with l a long
  *     c              an int, printed as one byte; 0 prints nothing
@@ -18,25 +29,25 @@
  *     n              a pointer; prints nothing, and nothing is written through it
  *     %              no argument; the directive is text, so that %% prints both signs
  *
- * All print what printf prints, but that the precision of a string, which is in bytes, cuts no
- * character and no escape sequence.  Other bytes in a directive are passed over: p, a, F, j, z, t
- * and q are no conversions and no sizes, and ll is l.
+ * Except for what is said here, all print what printf prints.  Other bytes in a directive are
+ * passed over: p, a, F, j, z, t and q are not conversions or sizes, and ll is l.
  *
- * Arguments are numbered from 1 to 49.  A directive without a position takes the number behind that
+ * Arguments are numbered from 1 to 49.  A directive without a position takes the number after that
  * of the directive before it, and each '*' in it one more, before the value; %% takes a number too,
  * which no argument has.  A position is one character: its code less that of '0' is the number.  A
- * '*' followed by such a character and '$' takes the argument of that number.  A '$' behind a
+ * '*' followed by such a character and '$' takes the argument of that number.  A '$' after a
  * conversion is text, as in "%d$".
  *
- * A directive is printed as it stands, as text,
+ * A directive is printed as it is, as text,
  *   - when it has a number outside 1 to 49: PrintfError tells of it;
  *   - when its segment ends before its conversion: PrintfError tells of it;
  *   - when a later directive has a value of the same number;
  *   - when one of its arguments is taken for another type too.
  *
- * All strings are NUL-terminated.  The text is built in a buffer of the library, which the next call
- * that prints, by anyone, overwrites and which is never released.  It grows to twice the longest
- * format and to the longest text so far.  One call at a time may print in a process.
+ * Formats, and strings that no precision cuts, are NUL-terminated.  The text is built in a buffer
+ * of the library, which the next call that prints, by anyone, overwrites and which is never
+ * released.  It grows to twice the longest format and to the longest text so far.  One call at a
+ * time may print in a process.
  */
 #ifndef STR_FORMAT_H
 #define STR_FORMAT_H
@@ -83,25 +94,26 @@ typedef struct ParameterRecord {
 extern char PrintfError;
 
 /* Scans `format`, whose segments are the `count` records that ccs_GetAllStrs lists, the last one
- * included, and describes its arguments in `table`, which has STR_PARAMETERS records.  Answers the
+ * included, and describes its arguments in `table`, which has STR_PARAMETERS records.  Returns the
  * highest number that an argument has, 0 for none; records beyond it are not all written.  Where a
  * number is taken more than once, the last time counts.  The table points into the format and lasts
- * as long as that.  Keeps nothing; raises no escape but of the service. */
+ * as long as that.  Keeps nothing.  The library raises no escape here; one that a service raises
+ * passes through. */
 uint16_t str_GetParams(const CSDescriptor *cs, const char *format, const CSSegment *segments,
                        int count, ParameterRecord *table);
 
-/* The text of `format` with the directives of `table` replaced by their arguments.  `table` and
- * `maxParam` are what str_GetParams made of this very format.  The arrays have a value for every
- * argument, at its number and in the array of its type (STRING is a pointer too); all other
+/* Builds the text of `format` with the directives of `table` replaced by their arguments.  `table`
+ * and `maxParam` are what str_GetParams made of this very format.  The arrays have a value for
+ * every argument, at its number and in the array of its type (STRING is a pointer too); all other
  * entries need not be filled in.
  *
- * Answers the text, in the buffer of the library, and its bytes without the NUL in `*outLen`; null
- * and 0 when there is none.
+ * Returns the text, in the buffer of the library, and stores its bytes without the NUL in
+ * `*outLen`; null and 0 when there is none.
  *
- * When memory cannot be had, which includes a text of INT_MAX bytes and a value that the C library
- * cannot format, that escape, of class 3, ends here, and so does one of the services that look at
- * the strings: the answer is the text up to the directive where it arose.  An escape of another
- * class goes on to the caller's environment. */
+ * When memory cannot be had, which includes a text of nearly INT_MAX bytes and a value that the C
+ * library cannot format, that escape, of class 3, ends here, and so does one of the services that
+ * look at the strings: the result is the text up to the directive where it arose.  An escape of
+ * another class goes on to the caller's environment. */
 char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char *format,
                         const ParameterRecord *table, int maxParam, const short *shorts,
                         const int *ints, const long *longs, const float *floats,
@@ -110,8 +122,8 @@ char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char
 
 /* Print to a stream, to standard output, and to `dest`, which has room for the text and its NUL.
  * The arguments follow the format in the order of their numbers; a number that no directive has
- * takes none.  Answer the bytes printed, without the NUL.  -1 when the stream did not take all of
- * them, and when there are none; `dest` is then untouched.
+ * takes none.  Return the bytes printed, without the NUL; -1 when the stream did not take all of
+ * them, and when there are none: `dest` is then untouched.
  *
  * In a set where every byte is a character (CS_FLAG_BYTE), str_simplefprintf is vfprintf and
  * str_simplesprintf is vsprintf, with all that their formats can say and do.

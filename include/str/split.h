@@ -7,9 +7,12 @@
  * a raw run, and a line feed.  Escape sequences, other control functions and DEL count nothing.
  * No split falls inside a character or an escape sequence.
  *
- * The two parts stand in one buffer of the library, which the next split by anyone overwrites and
+ * The two parts are in one buffer of the library, which the next split by anyone overwrites and
  * which the caller must not release: copy what is to be kept.  It grows to the longest text split
  * so far.  One split at a time may run in a process.
+ *
+ * Sizes are counted without loss.  Where a part has more bytes than its length can say (UINT_MAX,
+ * with the escape sequences), this is as if memory for it could not be had.
  */
 #ifndef STR_SPLIT_H
 #define STR_SPLIT_H
@@ -33,8 +36,8 @@ extern "C" {
  * or less, nothing displayed, or not even the first character within a limit of bytes.
  *
  * When memory for the parts cannot be had, logs 23816; that escape, of class 3, ends here, and the
- * function returns the buffer as it was (null when there is none yet) without writing through the
- * pointers.  An escape of another class, or of the services that walk the text, goes on to the
+ * function returns the buffer as it was (null when there is none yet) and writes nothing through
+ * the pointers.  An escape of another class, or of the services that walk the text, goes on to the
  * caller's environment. */
 char *str_SplitByDispLen(const char *str, int limit, char **second, unsigned int *firstLen,
                          unsigned int *secondLen, const CSDescriptor *cs);
@@ -45,13 +48,16 @@ char *str_SplitByDispBytes(const char *str, int limit, char **second, unsigned i
 char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned int *firstLen,
                   unsigned int *secondLen, const CSDescriptor *cs);
 
-/* Where str_DoSplit would split, in bytes from the start of `str`; 0 for nowhere, the length of
- * `str` when all of it fits.  Always walks the text. */
+/* Returns where str_DoSplit would split, in bytes from the start of `str`; 0 for nowhere, the
+ * length of `str` when all of it fits.  Always walks the text.  A place beyond INT_MAX raises
+ * OS_ESC_MEMORY, of class 3; str_DoSplit itself splits there. */
 int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor *cs);
 
 /* Counts the displayed characters, or their bytes, of one text segment of `segLen` bytes up to
  * `budget`; `*used` receives the count.  Returns the place in the segment where the budget was used
- * up, or before the character that no longer fitted; null when the segment ended before that. */
+ * up, or before the character that no longer fitted (and before its single shift, if it has one);
+ * null when the segment ended before that, or where the length of a unit cannot be told.  A NUL
+ * ends the segment; nothing after it is read. */
 const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budget, int *used,
                                  const CSDescriptor *segCs);
 const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budget, int *used,

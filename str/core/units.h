@@ -25,9 +25,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace libstr
 {
+
+// The bytes of a segment that a caller gives are those before the NUL: it ends every text.
+inline unsigned int BeforeNul(const char *seg, unsigned int size)
+{
+    return static_cast<unsigned int>(strnlen(seg, size));
+}
 
 struct UnitRule {
     const CSDescriptor *cs; // of the segment

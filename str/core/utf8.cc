@@ -5,6 +5,7 @@
 
 #include <glib.h>
 
+#include <climits>
 #include <cstring>
 
 namespace libstr
@@ -16,24 +17,33 @@ namespace
 constexpr unsigned int kLongest = 4; // bytes of a character
 
 // The characters of well-formed text: of the bytes of each, one is no continuation byte.  The
-// compiler counts many at a time, where GLib steps from character to character.
-int CountWellFormed(const char *str, const char *end)
+// compiler counts many at a time, where GLib steps from character to character.  Of INT_MAX bytes at
+// most.
+unsigned int CountWellFormed(const char *str, const char *end)
 {
-    int count = 0;
+    unsigned int count = 0; // the smaller it is, the more of them are counted at a time
     for (; str < end; ++str)
         count += static_cast<signed char>(*str) >= static_cast<signed char>(0xC0);
     return count;
 }
 
+[[gnu::noinline]] size_t CountLong(const char *str, const char *end)
+{
+    size_t count = 0;
+    for (; end - str > INT_MAX; str += INT_MAX)
+        count += CountWellFormed(str, str + INT_MAX);
+    return count + CountWellFormed(str, end);
+}
+
 } // namespace
 
-int CountUtf8(const char *str, int maxLen)
+size_t CountUtf8(const char *str, int maxLen)
 {
-    int count = 0;
+    size_t count = 0;
     gssize left = maxLen < 0 ? -1 : maxLen;
     for (const char *bad = str;; str = bad + 1, ++count) {
         const bool valid = g_utf8_validate(str, left, &bad);
-        count += CountWellFormed(str, bad);
+        count += bad - str <= INT_MAX ? CountWellFormed(str, bad) : CountLong(str, bad);
         if (valid || *bad == '\0')
             break;
         if (left < 0)

@@ -7,6 +7,8 @@
 
 #include <platform/ccs.h>
 
+#include <cstddef>
+
 namespace libstr
 {
 
@@ -19,7 +21,7 @@ inline bool IsUtf8(const CSDescriptor *cs)
 
 // The characters in the first `maxLen` bytes of `str`, or up to its NUL when `maxLen` is negative.
 // A character cut by the limit is not counted; a byte of no well-formed character counts as one.
-int CountUtf8(const char *str, int maxLen);
+size_t CountUtf8(const char *str, int maxLen);
 
 // The longest front part of `str` of at most `n` bytes that does not end inside a character.
 unsigned int Utf8Truncation(const char *str, unsigned int n);

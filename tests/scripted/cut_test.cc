@@ -10,7 +10,10 @@
 
 #include <gtest/gtest.h>
 #include <platform/er.h>
+#include <platform/os.h>
 #include <str/str.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace
 {
@@ -81,6 +84,7 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
         {{escape, {kPairSet, 4}}, "\x1B$Babcd", 0, 1, 5, "a character is one"},
         {{{kPairSet, 4}}, "abcd", 1, 3, 2, "a character that does not fit"},
         {{{kPairSet, 4}}, "abcd", 1, 1, 0, "... not even the first"},
+        {{{kPairSet, 3}}, "\nab", 1, 2, 1, "... behind a line feed, of which nobody asks"},
         {{{kPairSet, 6}}, "ab  cd", 0, 3, 4, "spaces between longer characters"},
         {{{kPairSet, 6}}, "ab  cd", 1, 4, 4, "... one byte each"},
         {{{CS_SEG_RAW, 10}}, "0123456789", 0, 4, 4, "a raw byte counts one"},
@@ -101,6 +105,7 @@ TEST(ScriptedSplit, FindsItsPointByTheKindsOfSegments)
     // clang-format on
     for (const auto &row : rows) {
         script = Sets(row.segments);
+        script.control = [](const char *at, auto) { return *at == '\n' ? 0 : 1; };
         const Guarded text(row.bytes);
         EXPECT_EQ(str_FindSplitPoint(text.c_str(), row.mode, row.limit, &kCs), row.splitPoint)
             << row.why;
@@ -199,6 +204,57 @@ TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
     scripted::files.callsLeft = 0;
     script.segments = {{kByteSet, 4}};
     EXPECT_STREQ(TrySplit("efgh", 3).second, "h") << "a shorter text needs no memory";
+}
+
+// A text of so many bytes over the same few pages of memory, again and again.
+class LongText
+{
+  public:
+    explicit LongText(size_t size) : mapped_((size / kPiece + 1) * kPiece)
+    {
+        const int fd = memfd_create("text", 0);
+        const std::string piece(kPiece, 'x');
+        EXPECT_EQ(write(fd, piece.data(), kPiece), ssize_t{kPiece});
+        void *const room = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        text_ = static_cast<char *>(room);
+        for (size_t at = 0; at < mapped_; at += kPiece)
+            mmap(text_ + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, fd, 0);
+        close(fd);
+        text_[size] = '\0';
+    }
+    ~LongText() { munmap(text_, mapped_); }
+    LongText(const LongText &) = delete;
+    LongText &operator=(const LongText &) = delete;
+
+    const char *c_str() const { return text_; }
+
+  private:
+    static constexpr size_t kPiece = 1 << 21;
+    size_t mapped_;
+    char *text_;
+};
+
+TEST_F(ScriptedEscapes, TextsOf4GiBAreRefusedWhereTheyCannotBeAnswered)
+{
+    if (sizeof(size_t) == 4)
+        GTEST_SKIP() << "no room for them";
+    const LongText text(size_t{UINT32_MAX} + 100);
+    TrySplit("abcd", 2);
+    script.flags[kCode] = CS_FLAG_BYTE;
+    const Outcome outcome = TrySplit(text.c_str(), 10, {kCode, 0});
+    EXPECT_STREQ(outcome.first, "ab") << "as it was";
+    EXPECT_EQ(outcome.firstLen, 4711U);
+    EXPECT_EQ(logged, "23816 ") << "the rest has more bytes than can be said";
+    scripted::files.escapeClass = 3;
+    scripted::files.callsLeft = 0;
+    TrySplit(text.c_str() + 182, 100, {kCode, 0});
+    EXPECT_EQ(scripted::held.asked, size_t{UINT32_MAX} + 1) << "more than 32 bits can say";
+    scripted::files.escapeClass = 0;
+
+    script = Sets({{CS_SEG_IGNORE, 1U << 31}, {kByteSet, 5}});
+    EXPECT_EQ(Escaped([&] { str_FindSplitPoint(text.c_str(), 0, 2, &kCs); }), OS_ESC_MEMORY);
+    script = Sets({{CS_SEG_RAW, UINT32_MAX}, {CS_SEG_RAW, 1}});
+    EXPECT_EQ(Escaped([&] { str_dispstrlen(text.c_str(), &kCs); }), OS_ESC_MEMORY);
 }
 
 TEST_F(ScriptedEscapes, ASplitSwallowsItsClassAndPassesOthersOn)

@@ -89,10 +89,16 @@ void *NewBlock(void *old, size_t size)
 
 extern "C" {
 
-void *os_malloc(size_t size) { return (MayFail(__func__), NewBlock(nullptr, size)); }
+void *os_malloc(size_t size)
+{
+    held.asked = size;
+    MayFail(__func__);
+    return NewBlock(nullptr, size);
+}
 
 void *os_realloc(void *block, size_t size)
 {
+    held.asked = size;
     MayFail(__func__);
     void *const moved = NewBlock(block, size);
     os_free(block);

@@ -36,6 +36,7 @@ struct Files {
 struct Held {
     std::map<void *, size_t> blocks; // and their sizes
     std::set<void *> open;           // streams and directories
+    size_t asked = 0;                // bytes of the block asked for last
 };
 
 extern Files files; // a test begins with fresh ones
