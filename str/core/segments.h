@@ -11,6 +11,8 @@
 
 #include <platform/ccs.h>
 
+#include <algorithm>
+
 namespace libstr
 {
 
@@ -32,8 +34,9 @@ inline SegmentWalk WalkSegments(const char *text, const CSDescriptor *cs, int le
 inline bool NextSegment(SegmentWalk *walk)
 {
     walk->at += walk->size;
-    if (walk->length >= 0)
-        walk->length -= static_cast<int>(walk->size);
+    if (walk->length >= 0) // and stays so, whatever size a service answered
+        walk->length -=
+            static_cast<int>(std::min(walk->size, static_cast<unsigned int>(walk->length)));
     auto *next = walk->begun ? ccs_GetNextStr : ccs_Get1stStr;
     walk->begun = true;
     walk->kind = next(walk->cs, walk->at, walk->length, &walk->size);
