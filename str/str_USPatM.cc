@@ -3,6 +3,7 @@
 // Matching of segmented text: bytes are equal only where their sets are equivalent.
 #include <str/match.h>
 
+#include "base/two_way.h"
 #include "base/wildcard.h"
 #include "str/core/frame.h"
 
@@ -98,10 +99,14 @@ bool IsUniformSuperset(uint32_t flags)
     return (flags & both) == both;
 }
 
+bool AreEquivalent(uint16_t a, uint16_t b)
+{
+    return str_EquivTypes(static_cast<int16_t>(a), static_cast<int16_t>(b)) != 0;
+}
+
 bool AreEquivalent(const Position &a, const Position &b)
 {
-    return str_EquivTypes(static_cast<int16_t>(a.record->kind),
-                          static_cast<int16_t>(b.record->kind)) != 0;
+    return AreEquivalent(a.record->kind, b.record->kind);
 }
 
 // ---- One piece -----------------------------------------------------------------------------
@@ -117,19 +122,17 @@ Bytes RestOf(const Position &at)
     return {at.record->text + at.offset, at.record->length - at.offset};
 }
 
-// The bytes of the piece that stand in the pattern's record.
-Bytes PartOf(const Position &pattern)
+// How many of the next `most` bytes in the pattern's record are the piece's.
+size_t PieceBytes(const Bytes &pattern, size_t most)
 {
-    const Bytes rest = RestOf(pattern);
-    const void *us = std::memchr(rest.at, kUs, rest.count);
-    return us == nullptr
-               ? rest
-               : Bytes{rest.at, static_cast<size_t>(static_cast<const char *>(us) - rest.at)};
+    const size_t count = std::min(pattern.count, most);
+    const void *us = std::memchr(pattern.at, kUs, count);
+    return us == nullptr ? count : static_cast<size_t>(static_cast<const char *>(us) - pattern.at);
 }
 
 enum class Mode { whole, prefix }; // must the string end with the piece
 
-// Moves both positions behind the piece, or none when it does not stand there.
+// Moves both positions to the end of the piece.  False, and neither moved, when it is not there.
 bool MatchPiece(Position *string, Position *pattern, Mode mode)
 {
     Position s = *string, p = *pattern;
@@ -139,9 +142,9 @@ bool MatchPiece(Position *string, Position *pattern, Mode mode)
     while (!stringOver && !pieceOver) {
         if (!AreEquivalent(s, p))
             return false;
-        const Bytes text = RestOf(s), part = PartOf(p);
-        const size_t count = std::min(text.count, part.count);
-        if (std::memcmp(text.at, part.at, count) != 0)
+        const Bytes text = RestOf(s), wanted = RestOf(p);
+        const size_t count = PieceBytes(wanted, text.count);
+        if (std::memcmp(text.at, wanted.at, count) != 0)
             return false;
         Advance(&s, static_cast<unsigned int>(count));
         Advance(&p, static_cast<unsigned int>(count));
@@ -157,83 +160,133 @@ bool MatchPiece(Position *string, Position *pattern, Mode mode)
 
 // ---- The search for a piece ----------------------------------------------------------------
 
-// What goes by the sets is asked late, since most places fail by their bytes; but before a second
-// place is compared, or a text that nearly has the piece everywhere would be compared everywhere.
-
-// Takes the piece when it stands at `place`: moves both positions behind it.
-bool TakePiece(Position place, Position *string, Position *pattern)
+// The kind of the whole piece; CS_SEG_END when it has several, CS_SEG_RAW when it holds raw bytes,
+// which match nothing.
+uint16_t SoleKind(Position pattern)
 {
-    if (!MatchPiece(&place, pattern, Mode::prefix))
+    uint16_t kind = pattern.record->kind;
+    while (!EndsPiece(pattern)) {
+        if (pattern.record->kind == CS_SEG_RAW)
+            return CS_SEG_RAW;
+        if (pattern.record->kind != kind)
+            kind = CS_SEG_END;
+        const Bytes rest = RestOf(pattern);
+        Advance(&pattern, static_cast<unsigned int>(PieceBytes(rest, rest.count)));
+    }
+    return kind;
+}
+
+// A number for the kind, the same for equivalent kinds.  Equivalence does not pass from set to set:
+// each of two sets may be equivalent to ASCII, and they not to each other.  When the piece is all of
+// one kind, only the kinds equivalent to that one have its number.  When it is not, such two sets
+// have the same number, and who finds the piece by the numbers has to compare the kinds.
+uint32_t FamilyOf(uint16_t kind, uint16_t soleKind)
+{
+    constexpr uint32_t ascii = CS_SEG_END;
+    if (soleKind != CS_SEG_END)
+        return AreEquivalent(kind, soleKind) ? ascii : kind;
+    const uint32_t flags = FlagsOf(kind);
+    return IsAscii(flags) || IsUniformSuperset(flags) ? ascii : kind;
+}
+
+// Reads a list as symbols for twoway::Find: bytes with the families of their kinds.
+class Reader
+{
+  public:
+    Reader(const Position &start, uint16_t pieceKind) : at(start), soleKind(pieceKind) { Enter(); }
+
+    const Position &At() const { return at; }
+    bool IsEnd() const { return ::IsEnd(at); }
+    uint32_t Symbol() const
+    {
+        return family | static_cast<unsigned char>(at.record->text[at.offset]);
+    }
+
+    void Skip(size_t count)
+    {
+        while (!IsEnd() && count >= RestOf(at).count) {
+            count -= RestOf(at).count;
+            NextRecord();
+        }
+        at.offset += static_cast<unsigned int>(count);
+    }
+
+    size_t Seek(uint32_t symbol)
+    {
+        size_t passed = 0;
+        for (; !IsEnd(); NextRecord()) {
+            const Bytes rest = RestOf(at);
+            if (family == (symbol & ~0xFFU))
+                if (const void *found =
+                        std::memchr(rest.at, static_cast<int>(symbol & 0xFF), rest.count)) {
+                    const auto count =
+                        static_cast<size_t>(static_cast<const char *>(found) - rest.at);
+                    at.offset += static_cast<unsigned int>(count);
+                    return passed + count;
+                }
+            passed += rest.count;
+        }
+        return passed;
+    }
+
+    void NextRecord()
+    {
+        at = {at.record + 1, 0};
+        Enter();
+    }
+
+  private:
+    void Enter()
+    {
+        Advance(&at, 0);
+        if (!IsEnd())
+            family = FamilyOf(at.record->kind, soleKind) << 8;
+    }
+
+    Position at;
+    uint16_t soleKind;
+    uint32_t family = 0; // above the bits of a byte
+};
+
+struct PieceReader : Reader {
+    using Reader::Reader;
+    bool IsEnd() const { return EndsPiece(At()); }
+};
+
+// Takes the piece when it is at `place`: moves both positions to its end.
+bool TakePiece(const Reader &place, Position *string, Position *pattern)
+{
+    Position s = place.At();
+    if (!MatchPiece(&s, pattern, Mode::prefix))
         return false;
-    *string = place;
+    *string = s;
     return true;
 }
 
-// The piece goes on in a segment of its own, with which the string's record cannot be compared: it
-// can stand only where its part ends with the record.
-bool LeavesRecord(const Position &string, Position pattern, Bytes part)
-{
-    Advance(&pattern, static_cast<unsigned int>(part.count));
-    return !EndsPiece(pattern) && !AreEquivalent(string, pattern);
-}
-
-// Takes the piece at the first place in the record, from the position on, where all of the part
-// stands.  When there is none, moves the string to where no such place is left.
-bool FindInside(Position *string, Position *pattern, Bytes part)
-{
-    const uint32_t length = string->record->length;
-    while (string->offset < length) {
-        const Bytes rest = RestOf(*string);
-        const char *found = wildcard::Find(rest.at, rest.count, part.at, part.count);
-        if (found == nullptr)
-            return false;
-        string->offset += static_cast<unsigned int>(found - rest.at);
-        if (TakePiece(*string, string, pattern))
-            return true;
-        ++string->offset;
-        if (length > part.count && LeavesRecord(*string, *pattern, part))
-            string->offset =
-                std::max(string->offset, length - static_cast<unsigned int>(part.count));
-    }
-    return false;
-}
-
-// The same where the record ends with some first bytes of the part and the next one goes on.
-bool FindAcross(Position *string, Position *pattern, Bytes part)
-{
-    const Bytes rest = RestOf(*string);
-    Position next = *string;
-    Advance(&next, static_cast<unsigned int>(rest.count));
-    size_t left = std::min(rest.count, part.count - std::min<size_t>(part.count, 1));
-    while (left > 0) {
-        const char *const end = rest.at + rest.count;
-        const void *first = std::memchr(end - left, *part.at, left);
-        if (first == nullptr)
-            return false;
-        left = static_cast<size_t>(end - static_cast<const char *>(first));
-        if (std::memcmp(first, part.at, left) == 0) {
-            if (IsEnd(next) || !AreEquivalent(next, *pattern))
-                return false;
-            const auto offset = string->record->length - static_cast<unsigned int>(left);
-            if (TakePiece({string->record, offset}, string, pattern))
-                return true;
-        }
-        --left;
-    }
-    return false;
-}
-
-// Takes the piece at the leftmost place at or behind the string's position.
+// Takes the piece at the leftmost place from the string's position on.  An empty piece needs a byte
+// there, of an equivalent set.  Most searches end at one of the first places where the piece may
+// begin, so these are tried one by one.  The search for the others divides the piece first.
 bool FindPiece(Position *string, Position *pattern)
 {
-    const Bytes part = PartOf(*pattern);
-    for (Position s = *string; !IsEnd(s); s = {s.record + 1, 0})
-        if (AreEquivalent(s, *pattern) &&
-            (FindInside(&s, pattern, part) || FindAcross(&s, pattern, part))) {
-            *string = s;
-            return true;
-        }
-    return false;
+    constexpr int firstPlaces = 16;
+    Position start = *pattern;
+    Advance(&start, 0);
+    const PieceReader piece(start, start.record->kind);
+    Reader place(*string, start.record->kind);
+    const auto take = [=](const Reader &at) { return TakePiece(at, string, pattern); };
+    if (piece.IsEnd()) {
+        while (!place.IsEnd() && !take(place))
+            place.NextRecord();
+        return !place.IsEnd();
+    }
+    for (int tried = 0; tried < firstPlaces; ++tried, place.Skip(1)) {
+        place.Seek(piece.Symbol());
+        if (place.IsEnd() || take(place))
+            return !place.IsEnd();
+    }
+    const uint16_t soleKind = SoleKind(start);
+    return soleKind != CS_SEG_RAW &&
+           twoway::Find(Reader(place.At(), soleKind), PieceReader(start, soleKind), take);
 }
 
 // ---- The pattern ---------------------------------------------------------------------------
@@ -266,7 +319,7 @@ struct List {
     int count; // the one at the end included
 };
 
-// The head piece is matched already; each of the middle ones is taken where it stands first.
+// The head is matched already.  Each middle piece is taken at its leftmost place.
 bool MatchMiddle(Position *string, Position *pattern)
 {
     Position s = *string, p = *pattern;
@@ -283,8 +336,8 @@ bool MatchMiddle(Position *string, Position *pattern)
     return found;
 }
 
-// The tail, behind the US at `pattern` if there is one, against the end of the string; it must not
-// begin before `free`.
+// Compares the tail, after the US at `pattern` if there is one, with the end of the string.  It must
+// not begin before `free`.
 bool MatchTail(const List &string, const Position &free, Position *pattern)
 {
     Position p = *pattern;
@@ -339,7 +392,7 @@ List Segments(const CSDescriptor *cs, const char *text)
 
 bool IsUsable(const List &list) { return list.records != nullptr && list.count >= 2; }
 
-// The string's segments, in the array; not usable when there are none or no memory.
+// The string's segments, in the array; not usable when there is no list or no memory.
 List KeptSegments(const CSDescriptor *cs, const char *string)
 {
     const List list = Segments(cs, string);

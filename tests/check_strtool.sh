@@ -118,6 +118,17 @@ row 0 $'A\e$B$"$$\e(BB\nA*B' match "${jp[@]}" --wildcard '*' 'A*B'
 row 0 $'AあいB' match "${jp[@]}" --utf8-pattern --utf8-out '\x1Fあ\x1F'
 row 0 $'お' match "${jp[@]}" --utf8-out --wildcard '*' '\e$B$*\e(B'
 row 1 '' match "${jp[@]}" --wildcard '*' '*A'
+row 0 '#$' match --charset 'JIS X 0208' --wildcard '$' '#$' '##' '#$'
+texts=({▲,△,あ,い}{▲,△,あ,い}{,▲,△,あ,い}) # 0x2222, 0x2224, 0x2422, 0x2424
+input=$(printf '%s\\n' "${texts[@]}")
+for pattern in \*{▲,△,あ,い}{,▲,△,あ,い}{,\*,\*い\*,\*\*△}; do
+    # shellcheck disable=SC2053 # a pattern
+    matching=$(for text in "${texts[@]}"; do [[ $text != $pattern ]] || echo "$text"; done)
+    for set in iso-2022-jp euc-jp; do
+        row $((${#matching} == 0)) "$matching" match --charset $set --utf8-in --utf8-out \
+            --wildcard '*' "$pattern"
+    done
+done
 input=
 row 0 $'aé\nbé' match --wildcard '%' '%é' aé bé xe
 row 0 é match --charset iso-8859-1 --utf8-in --utf8-out '\x1Fé' é e

@@ -2,14 +2,18 @@
 //
 // strtool match: the texts that match a pattern.
 #include "tools/output.h"
+#include "tools/segment.h"
+#include "tools/show.h"
 #include "tools/verbs.h"
 
 #include <platform/ccs.h>
-#include <str/concat.h>
+#include <platform/os.h>
 #include <str/match.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace strtool
@@ -24,11 +28,48 @@ struct MatchOptions : TextOptions {
     bool utf8Pattern = false;
 };
 
-// The pattern in the set, with US for the wildcard where that is a character by itself.
+// Hands over every character and control of the text, and the kind of its segment.
+using UnitHandler = std::function<void(uint16_t kind, std::string_view unit)>;
+void ForEachUnit(const std::string &text, const CSDescriptor &cs, const UnitHandler &handle)
+{
+    int count;
+    const CSSegment *segment = ccs_GetRealStrs(&cs, text.c_str(), -1, &count);
+    for (; segment->kind != CS_SEG_END; ++segment) {
+        const CSDescriptor segCs = {segment->kind, cs.escMode};
+        for (std::string_view rest = BytesOf(*segment); !rest.empty();) {
+            int length = 0;
+            ccs_GetNextCharLen(rest.data(), static_cast<int>(rest.size()), &length, &segCs);
+            const auto size = static_cast<size_t>(std::max(length, 1));
+            handle(segment->kind, rest.substr(0, size));
+            rest.remove_prefix(size);
+        }
+    }
+}
+
+uint32_t FlagsOf(uint16_t kind)
+{
+    const CSDescriptor cs = {kind, 0};
+    return ccs_GetCSFlags(&cs);
+}
+
+bool IsAscii(uint16_t kind) { return (FlagsOf(kind) & CS_FLAG_ASCII) != 0; }
+
+// Puts US for the wildcard, where that is a character of ASCII or of the text's own set.
+void PutUs(std::string &pattern, char wildcard, const CSDescriptor &cs)
+{
+    const bool anyKind = (FlagsOf(cs.csNum) & CS_FLAG_BYTE) != 0;
+    ForEachUnit(pattern, cs, [&](uint16_t kind, std::string_view unit) {
+        if (unit == std::string_view(&wildcard, 1) &&
+            (anyKind || kind == cs.csNum || IsAscii(kind)))
+            pattern[static_cast<size_t>(unit.data() - pattern.data())] = kUs;
+    });
+}
+
+// The pattern in the set, with US for the wildcard.  Of those that follow each other one is left, as
+// the library wants a byte for the second.
 std::string PatternOf(const MatchOptions &options)
 {
     const ccs_SetInfo set = FindSet(options.charset);
-    const CSDescriptor cs = DescriptorOf(set);
     std::string pattern = Unescape(options.pattern).c_str(); // up to a NUL
     try {
         if (options.utf8In || options.utf8Pattern)
@@ -36,19 +77,35 @@ std::string PatternOf(const MatchOptions &options)
     } catch (const TextError &error) {
         throw UsageError(std::string("PATTERN: ") + error.what());
     }
-    if (options.wildcard.empty())
-        return pattern;
-    const int wildcard = OneByte(options.wildcard);
-    while (char *at = str_strchr(pattern.data(), wildcard, &cs))
-        *at = kUs;
+    if (!options.wildcard.empty())
+        PutUs(pattern, static_cast<char>(OneByte(options.wildcard)), DescriptorOf(set));
+    const auto bothUs = [](char a, char b) { return a == kUs && b == kUs; };
+    pattern.erase(std::unique(pattern.begin(), pattern.end(), bothUs), pattern.end());
     return pattern;
 }
 
+// The text with its characters and their sets spelled out, so that no piece of it stands in another
+// but as whole characters.  US stays as it is.
+std::string Spell(const std::string &text, const CSDescriptor &cs)
+{
+    std::string spelled;
+    ForEachUnit(text, cs, [&spelled](uint16_t kind, std::string_view unit) {
+        if (unit.front() == kUs)
+            spelled += kUs;
+        else
+            spelled += "\x01" + (IsAscii(kind) ? "ASCII" : std::to_string(kind)) + ':' +
+                       VisibleBytes(unit) + "\x02";
+    });
+    return spelled;
+}
+
+// The library compares bytes: what it finds may begin or end inside a character.
 bool Matches(const std::string &text, const std::string &pattern, const CSDescriptor &cs)
 {
     if (std::string_view(ccs_GetCSName(&cs)) == "UTF8")
         return str_utf8USPatternMatch(text.c_str(), pattern.c_str()) != 0;
-    return str_USPatternMatch(text.c_str(), pattern.c_str(), &cs) != 0;
+    return str_USPatternMatch(text.c_str(), pattern.c_str(), &cs) != 0 &&
+           os_USPatternMatch(Spell(text, cs).c_str(), Spell(pattern, cs).c_str()) != 0;
 }
 
 int Match(const MatchOptions &options)
