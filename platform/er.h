@@ -107,8 +107,8 @@ ER_NORETURN void er_TracedEscape(int escapeClass, int code, const char *sourceFi
 
 /* Traces the place from which a handler passes the live escape on.  The caller then jumps to
  * er_GetCurrEnv() itself.  With no environment installed there is nowhere to jump to: the default
- * service does what er_TracedEscape does then.  If another one returns, the library logs that and
- * aborts. */
+ * service does what er_TracedEscape does then.  If another one returns, the library says so on
+ * standard error and aborts. */
 void er_TraceBeforeJump(const char *sourceFile, int line);
 
 /* Ends the live escape if it is of class `escapeClass`; one of another class stays live. */

@@ -125,7 +125,7 @@ void PutMessage(Line *line, const char *text, va_list arguments)
 // Whether the default sink has said this before, and it stays said.
 bool WasSaid(const char *text)
 {
-    static std::atomic<uint32_t> said[256]; // by their hashes
+    static std::atomic<uint32_t> said[256];     // by their hashes
     const uint32_t hash = g_str_hash(text) | 1; // 0 is a free place
     for (std::atomic<uint32_t> &place : said) {
         uint32_t there = 0;

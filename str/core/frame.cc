@@ -3,6 +3,7 @@
 
 #include "base/protected.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace libstr::frame
@@ -20,7 +21,7 @@ void PassOn(const char *source, int line)
     er_TraceBeforeJump(source, line);
     sigjmp_buf *const environment = er_GetCurrEnv();
     if (environment == nullptr) { // where the default service does not return from the trace
-        er_LogInfo(1, "an escape is passed on where no error environment is installed", 0);
+        std::fputs("libstr: an escape is passed on, and there is no error environment\n", stderr);
         std::abort();
     }
     siglongjmp(*environment, 1);
