@@ -30,6 +30,8 @@ size_t Converter::Convert(std::string_view bytes, std::string &out)
     g_iconv(handle, nullptr, nullptr, nullptr, nullptr); // an earlier one may have stopped halfway
     gchar *const converted = g_convert_with_iconv(bytes.data(), static_cast<gssize>(bytes.size()),
                                                   handle, &done, &written, nullptr);
+    if (converted == nullptr && done == bytes.size())
+        done = 0; // all of it was read, but with replacements
     if (converted != nullptr && done == bytes.size())
         out.append(converted, written);
     g_free(converted);
