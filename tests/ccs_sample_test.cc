@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Sample text for every set of the table, read by the service and, independently, by iconv.
+#include "services/ccs/sets.h"
 #include "services/services.h"
 #include "tests/support/guarded.h"
 #include "tests/support/samples.h"
@@ -13,30 +14,33 @@
 #include <algorithm>
 #include <map>
 
+using namespace libstr;
+
 namespace
 {
 
-// How iconv reads the bytes of one kind alone, and whether their top bits are to be set first.
-struct Reading {
-    const char *iconv;
-    bool setTopBits;
-};
-const std::map<uint16_t, Reading> kReadings = {
-    {6, {"ASCII", false}},        {14, {"ISO646-JP", false}},    {100, {"ISO-8859-1", false}},
-    {101, {"ISO-8859-2", false}}, {144, {"ISO-8859-5", false}},  {126, {"ISO-8859-7", false}},
-    {148, {"ISO-8859-9", false}}, {203, {"ISO-8859-15", false}}, {103, {"T.61-8BIT", false}},
-    {42, {"EUC-JP", true}},       {87, {"EUC-JP", true}},        {149, {"EUC-KR", true}},
-    {58, {"EUC-CN", true}},       {196, {"UTF-8", false}},       {13, {"EUC-JP", false}},
-    {159, {"EUC-JP", false}},
-};
-
-std::u32string ReadAlone(uint16_t kind, std::string bytes)
+// What the characters of one kind, and the controls between them, are by themselves.
+std::u32string ReadAlone(uint16_t kind, const std::string &bytes)
 {
-    const Reading &reading = kReadings.at(kind);
-    if (reading.setTopBits)
-        for (char &byte : bytes)
-            byte = static_cast<char>(byte | '\x80');
-    return Decode(reading.iconv, bytes).value_or(U"(unreadable)");
+    const ccs::SetRow &set = *ccs::FindSet(kind);
+    const CSDescriptor cs = {kind, 1};
+    std::u32string text;
+    int length = 0;
+    for (size_t at = 0; at < bytes.size(); at += static_cast<size_t>(length)) {
+        const int avail = static_cast<int>(bytes.size() - at);
+        if (ccs_GetNextCharLen(bytes.data() + at, avail, &length, &cs) == 0)
+            continue; // a single shift
+        std::string code = bytes.substr(at, static_cast<size_t>(length));
+        if (static_cast<unsigned char>(code[0] & 0x7F) <= 0x20 || code[0] == 0x7F) {
+            text += static_cast<unsigned char>(code[0]); // which has one meaning in all sets
+            continue;
+        }
+        for (char &byte : code)
+            byte = static_cast<char>(static_cast<unsigned char>(byte) | set.reading.bits);
+        const char *const iconv = set.iconv == nullptr ? set.reading.code : set.iconv;
+        text += Decode(iconv, set.reading.before + code).value_or(U"(unreadable)");
+    }
+    return text;
 }
 
 TEST(SampleText, DividesAndMeasures)

@@ -2,7 +2,7 @@
 //
 // The case tables that are kept in data/toupper: that they are what their generator writes, and
 // that each, compiled, upper-cases what iconv reads in its set as GLib does.
-#include "services/services.h"
+#include "services/ccs/sets.h"
 #include "str/core/reference.h"
 #include "tests/support/home.h"
 #include "tests/support/text.h"
@@ -37,25 +37,18 @@ TEST(ToUpperData, IsWhatItsGeneratorWrites)
 // How the codes of a set read in a code of iconv: behind `prefix`, with `top` set in each byte.
 struct Reading {
     const char *iconv;
-    unsigned bytes = 1;
-    unsigned top = 0;
-    unsigned last = 0xFF; // the last byte that is of the set
-    const char *prefix = "";
+    unsigned bytes;
+    unsigned top;
+    unsigned last; // the last byte that is of the set
+    const char *prefix;
 };
 
-// clang-format off
-const std::map<uint16_t, Reading> kReadings = {
-    {6, {"ASCII"}}, {14, {"ISO646-JP"}}, {13, {"SHIFT_JIS"}}, {102, {"T.61-8BIT", 1, 0, 0x7F}}, {103, {"T.61-8BIT"}},
-    {100, {"ISO-8859-1"}}, {1100, {"ISO-8859-1", 1, 0x80, 0x7F}},
-    {101, {"ISO-8859-2"}}, {1101, {"ISO-8859-2", 1, 0x80, 0x7F}},
-    {144, {"ISO-8859-5"}}, {1144, {"ISO-8859-5", 1, 0x80, 0x7F}},
-    {126, {"ISO-8859-7"}}, {1126, {"ISO-8859-7", 1, 0x80, 0x7F}},
-    {148, {"ISO-8859-9"}}, {1148, {"ISO-8859-9", 1, 0x80, 0x7F}},
-    {203, {"ISO-8859-15"}}, {1203, {"ISO-8859-15", 1, 0x80, 0x7F}},
-    {42, {"EUC-JP", 2, 0x80}}, {87, {"EUC-JP", 2, 0x80}}, {159, {"EUC-JP", 2, 0x80, 0xFF, "\x8F"}},
-    {149, {"EUC-KR", 2, 0x80}}, {58, {"EUC-CN", 2, 0x80}},
-};
-// clang-format on
+Reading ReadingOf(const ccs::SetRow &set)
+{
+    const ccs::Reading &alone = set.reading;
+    return {set.iconv == nullptr ? alone.code : set.iconv, set.bytes, alone.bits,
+            set.right == 0 ? 0x7FU : 0xFFU, alone.before};
+}
 
 std::string Byte(size_t value) { return std::string(1, static_cast<char>(value)); }
 
@@ -133,16 +126,16 @@ std::string UpperOf(const Rules &rules, const std::string &text)
     return upper;
 }
 
-void CheckTableOf(uint16_t set)
+void CheckTableOf(const ccs::SetRow &set)
 {
     const TempHome home;
-    const std::string source = kSources + std::to_string(set) + ".s";
+    const std::string source = kSources + std::to_string(set.number) + ".s";
     CaseTableRecord record = {};
     ASSERT_EQ(str_CompileCaseTable(source.c_str(), "~/toupper/table", &record), 1);
     const Rules rules = RulesOf(record);
     str_FreeCTEntry(&record);
 
-    const Reading &reading = kReadings.at(set);
+    const Reading reading = ReadingOf(set);
     const std::vector<std::string> codes = CodesOf(reading);
     std::map<char32_t, std::string> held;
     for (const std::string &code : codes)
@@ -169,11 +162,10 @@ void CheckTableOf(uint16_t set)
 
 TEST(ToUpperData, GivesTheSimpleUpperCaseOfEveryCharacter)
 {
-    ccs_SetInfo set;
-    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i) {
+    for (const ccs::SetRow &set : ccs::kSets) {
         SCOPED_TRACE(set.name);
         if ((set.flags & CS_FLAG_CASE) != 0)
-            CheckTableOf(set.number);
+            CheckTableOf(set);
     }
 }
 

@@ -3,7 +3,6 @@
 // generate DIRECTORY: writes the case table source N.s of every set that has case, from GLib's
 // simple upper case and what iconv reads in the codes of the set.
 #include "services/ccs/sets.h"
-#include "services/ccs/state.h"
 
 #include <glib.h>
 
@@ -22,43 +21,26 @@ using Rules = std::map<Code, Code>;          // to the upper case of each
 
 // ---- What the characters of a set are -----------------------------------------------------------
 
-// The code of iconv that takes designations of all sets of two-byte characters.
-constexpr char kTwoByteCode[] = "ISO-2022-JP-2";
-
-constexpr char kUnknownCode[] = "none";
-
 // How iconv reads the codes of a set.
 struct Reading {
     const char *code;
-    std::string designation; // stands before the bytes
-    unsigned top = 0;        // what to set in each byte
-    unsigned last = 0x7F;    // the last byte that belongs to the set
+    const char *before; // stands before the bytes
+    unsigned bits;      // what to set in each byte
+    unsigned last;      // the last byte that belongs to the set
 };
 
 Reading ReadingOf(const ccs::SetRow &set)
 {
-    if (set.iconv != nullptr)
-        return {set.iconv, "", 0, 0xFF};
-    if (set.bytes == 2)
-        return {kTwoByteCode, ccs::DesignationOf(set)};
-    for (const ccs::SetRow &other : ccs::kSets)
-        if (other.iconv != nullptr && &other != &set) {
-            if (other.left == set.number)
-                return {other.iconv, "", 0x80};
-            if (other.partner == set.number)
-                return {other.iconv, ""};
-        }
-    // The letters that have case stand to its left.
-    const ccs::SetRow *const left = ccs::FindSet(set.partner);
-    return {left == nullptr || left->iconv == nullptr ? kUnknownCode : left->iconv, ""};
+    const char *const code = set.iconv == nullptr ? set.reading.code : set.iconv;
+    return {code, set.reading.before, set.reading.bits, set.right == 0 ? 0x7FU : 0xFFU};
 }
 
 // The one character that the bytes are; 0 when they are none, or several.
 gunichar CharacterOf(const Reading &reading, const Code &code)
 {
-    std::string bytes = reading.designation;
+    std::string bytes = reading.before;
     for (const char byte : code)
-        bytes += static_cast<char>(static_cast<unsigned char>(byte) | reading.top);
+        bytes += static_cast<char>(static_cast<unsigned char>(byte) | reading.bits);
     gsize length = 0;
     gchar *text = g_convert(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-8", reading.code,
                             nullptr, &length, nullptr);

@@ -28,11 +28,20 @@ struct Start {
     uint8_t right = kNowhere;
 };
 
+// How iconv reads a character of a set: in the code of this name, after the bytes `before`, and
+// with `bits` set in each byte.
+struct Reading {
+    const char *code = nullptr;
+    const char *before = "";
+    uint8_t bits = 0;
+};
+
 struct SetRow {
-    uint16_t number;   // ISO-IR registration where there is one, else from 1001 on
-    const char *name;  // in upper case
-    const char *iconv; // the same code's name for iconv, null where it knows none
-    uint32_t flags;    // CS_FLAG_...
+    uint16_t number;      // ISO-IR registration where there is one, else from 1001 on
+    const char *name;     // in upper case
+    const char *iconv;    // the same code's name for iconv, null where it knows none
+    Reading reading = {}; // needed where `iconv` is null
+    uint32_t flags;       // CS_FLAG_...
     uint16_t escMode = 0;
     uint8_t bytes = 1; // of a character; of the shortest where lengths are mixed
     Units units = Units::fixed;

@@ -27,6 +27,15 @@ inline constexpr auto kRowByNumber = [] {
     return rows;
 }();
 
+// Of every set that text can be of it is said how iconv reads it.
+static_assert([] {
+    for (const SetRow &set : kSets)
+        if ((set.left != 0 || set.right != 0) && set.iconv == nullptr &&
+            set.reading.code == nullptr)
+            return false;
+    return true;
+}());
+
 // Every number that a row names has a row of its own.
 constexpr bool IsKnown(uint16_t number) { return number == 0 || kRowByNumber[number] != kNoRow; }
 static_assert([] {
