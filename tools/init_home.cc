@@ -119,8 +119,6 @@ void Compile(const fs::path &source, const fs::path &directory)
         return;
     }
     CompileTable(source, compiled);
-    if (chmod(compiled.c_str(), kFileMode) != 0) // whatever the umask
-        FailWithErrno(compiled);
     Say("compiled", compiled);
 }
 
@@ -138,7 +136,7 @@ int InitHome(const InitHomeOptions &options)
     const fs::path from =
         options.from.empty() ? fs::path(os_GetHome()) / "toupper" : fs::path(options.from);
     const mode_t others = umask(0) & kOthers;
-    umask(others); // the group works here whatever it was
+    umask(others | S_IWOTH); // the group works here whatever it was, and nobody else
     int status = kDone;
     const auto doing = [&status](const auto &step) {
         try {
