@@ -30,8 +30,8 @@
  * wherever that will not do.
  *
  * A host replaces any function by linking its own definition; those that share the current
- * environment and the live escape (er_SetCurrEnv to er_RestoreStatus) go together.  er_Protect is not
- * among them: the default one works over any er_SetCurrEnv, and the library does not call it.
+ * environment and the live escape (er_SetCurrEnv to er_RestoreStatus) go together.  er_Protect need
+ * not go with them: the default one works over any er_SetCurrEnv, and the library does not call it.
  *
  * Threads: the current environment and the live escape belong to the calling thread; the trace
  * level is one for the process.
@@ -95,9 +95,9 @@ sigjmp_buf *er_SetCurrEnv(sigjmp_buf *env);
 /* The current environment, null for none. */
 sigjmp_buf *er_GetCurrEnv(void);
 
-/* Runs body(context) in an environment of its own.  Returns 1 when the body ran to its end.  Returns
- * 0 when an escape ended it.  That escape is then still live: er_RecordStatus tells its class and
- * code, er_Accept or er_Clear ends it.  In both cases the environment of before is current again. */
+/* Runs body(context) in an environment of its own.  Returns 1 when the body ran to its end, and 0
+ * when an escape ended it.  That escape is then still live: er_RecordStatus tells its class and
+ * code, er_Accept or er_Clear ends it.  Either way the environment of before is current again. */
 int er_Protect(void (*body)(void *), void *context);
 
 /* Raises an escape: records class and code as the live escape, in place of an earlier one, traces
