@@ -117,7 +117,7 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
 
 int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs)
 {
-    return static_cast<int>(ccs::ControlLength(SetOf(cs), at, avail));
+    return static_cast<int>(ccs::ControlLength(SetOf(cs), cs->escMode != 0, at, avail));
 }
 
 int16_t ccs_GetNumBytes(const CSDescriptor *cs)
@@ -134,7 +134,7 @@ int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor
 int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs)
 {
     const ccs::AnyUnit unit =
-        ccs::AnyUnitAt(SetOf(cs), at, avail < 0 ? 0 : static_cast<size_t>(avail));
+        ccs::AnyUnitAt(SetOf(cs), cs->escMode != 0, at, avail < 0 ? 0 : static_cast<size_t>(avail));
     *length = static_cast<int>(unit.length);
     return unit.counts ? 1 : 0;
 }
