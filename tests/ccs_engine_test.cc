@@ -3,6 +3,7 @@
 // The ISO 2022 engine on text that is bad, cut off or random.
 #include "services/ccs/sets.h"
 #include "services/services.h"
+#include "tests/support/escape.h"
 #include "tests/support/guarded.h"
 #include "tests/support/random_text.h"
 #include "tests/support/reader.h"
@@ -10,9 +11,13 @@
 
 #include <gtest/gtest.h>
 #include <platform/ccs.h>
+#include <platform/os.h>
 #include <str/str.h>
 
+#include <cstring>
 #include <random>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 using namespace libstr;
@@ -291,6 +296,35 @@ TEST(Engine, NextCharLenAlwaysMovesOn)
         int length = 7;
         EXPECT_EQ(ccs_GetNextCharLen(text.c_str(), 0, &length, &cs), 0);
         EXPECT_EQ(length, 0);
+    }
+}
+
+// A segment of 2^32 bytes, whose length no record can say: the same few pages over and over.  An
+// address of 32 bits reaches no such text.
+TEST(Engine, RefusesASegmentThatIsTooLong)
+{
+    if constexpr (sizeof(size_t) > sizeof(uint32_t)) {
+        const size_t chunk = size_t{1} << 24, size = (size_t{UINT32_MAX} + 1) / chunk * chunk;
+        const int file = memfd_create("text", 0);
+        ASSERT_EQ(ftruncate(file, static_cast<off_t>(chunk)), 0);
+        char *const text =
+            static_cast<char *>(mmap(nullptr, size + chunk, PROT_READ | PROT_WRITE,
+                                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+        ASSERT_NE(text, MAP_FAILED);
+        for (size_t at = 0; at < size; at += chunk)
+            ASSERT_NE(
+                mmap(text + at, chunk, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, file, 0),
+                MAP_FAILED);
+        std::memset(text, 'a', chunk);
+        const CSDescriptor cs = DescriptorOf("ISO-8859-1");
+        unsigned int length = 0;
+        int count = 0;
+        EXPECT_EQ(Escaped([&] { ccs_Get1stStr(&cs, text, -1, &length); }), OS_ESC_MEMORY);
+        EXPECT_EQ(Escaped([&] { ccs_GetAllStrs(&cs, text, -1, &count); }), OS_ESC_MEMORY);
+        ASSERT_EQ(ccs_Get1stStr(&cs, text + 1, -1, &length), 100);
+        EXPECT_EQ(length, UINT32_MAX);
+        munmap(text, size + chunk);
+        close(file);
     }
 }
 
