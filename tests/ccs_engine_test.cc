@@ -57,6 +57,7 @@ const Row kBadText[] = {
     {"ISO-2022-JP", "\x1B.F\x1BNah\x1BNa", "-x3 1126x3 6x1 1126x3", "a shifted Greek letter"},
     {"ISO-2022-JP", "\x1B.F\x1BN\n", "-x3 -x2 6x1", "a single shift before a control"},
     {"ISO-2022-JP", "\x1B%Gcaf\xC3\xA9\xC3\x1B%@a", "-x3 196x5 ?x1 -x3 6x1", "into UTF-8 and back"},
+    {"T.61", "\x1B%G\x1BNa", "-x3 -x2 196x1", "... where there are no shifts"},
     {"ISO-2022-JP", "\x1B%1ab\x1B%@a", "-x3 ?x2 -x3 6x1", "into an unknown coding and back"},
     {"EUC-JP", "\xC6\xFC\xC6", "87x2 ?x1", "a lead byte at the end"},
     {"EUC-JP", "\xC6" "a\xC6\xFC", "?x1 6x1 87x2", "a lead byte before ASCII"},

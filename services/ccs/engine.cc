@@ -623,12 +623,12 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
         return first;
     if (first.kind != CS_SEG_IGNORE)
         return Lengthen(*walk, first, at, avail);
-    const SingleShift shift = SingleShiftAt(at, avail);
+    const View &view = *walk->view;
+    const SingleShift shift = view.shifts ? SingleShiftAt(at, avail) : SingleShift{0, 0};
     if (shift.length == 0)
         return Switch(walk, at, first.length);
-    if (walk->view->escapes || Byte(at) != kEsc)
-        if (ShiftsToRaw(walk->state, shift, at, avail))
-            SetShift(walk, at[shift.length - 1]);
+    if ((view.escapes || Byte(at) != kEsc) && ShiftsToRaw(walk->state, shift, at, avail))
+        SetShift(walk, at[shift.length - 1]);
     return first;
 }
 
