@@ -16,7 +16,7 @@
  * Limits.  `length` is the number of bytes to consider, negative for up to the NUL.  `at` points at
  * a byte and `avail` bytes may be looked at, that byte included.  A NUL ends the text in every
  * case: even inside a character or an escape sequence, and when `length` or `avail` reach beyond
- * it.  No byte behind the NUL or the limit is ever read.
+ * it.  No byte after the NUL or the limit is ever read.
  *
  * Results that are pointers belong to the service and are not released.  Texts that depend on a set
  * alone last as long as the process; for the others it is said how long.
@@ -24,8 +24,10 @@
  * Threads: the walk state is the calling thread's in the default service.  Segment lists, case
  * table registration and initialisation are process-wide, without a lock.
  *
- * Escapes: in the default service only the list functions raise one, OS_ESC_MEMORY of class
- * ER_CLASS_LIBRARY.  In a replacement any function may; the library passes it on or handles it.
+ * Escapes: in the default service the list functions raise OS_ESC_MEMORY of class
+ * ER_CLASS_LIBRARY when they have no memory, or more than INT_MAX records.  They and the walk raise
+ * it for a segment of 2^32 bytes and more, whose length they cannot tell.  In a replacement any
+ * function may raise an escape; the library passes it on or handles it.
  */
 #ifndef PLATFORM_CCS_H
 #define PLATFORM_CCS_H
@@ -41,21 +43,27 @@ extern "C" {
  *
  * Segments cover every byte of the text exactly once, in order, and none is empty.  Their kinds:
  *
- * - the number of a set: whole characters of that set, with the controls between them.  US and
- *   every other control that switches no set is part of the text around it.
+ * - the number of a set: whole characters of that set, with controls between them.  US and every
+ *   other control that switches no set belongs, as space and DEL do, to the set of the left half.
+ *   In T.61 that is IA5, for all that means there what it does in ASCII.  T.61 itself (103) has the
+ *   letters of the right half, and marks with their base letters; T.61 PRIMARY (102) has the bytes
+ *   of the left half that are not ASCII.
  * - CS_SEG_IGNORE: one escape sequence, control sequence (CSI) or locking shift, whole.  A sequence
- *   that the limit or the NUL cuts off ends there.  Where escMode is 0 there are none of these: ESC,
- *   SO, SI and CSI are controls in the text.
+ *   that the limit or the NUL cuts off ends there.  Also a single shift that shifts no character.
  * - CS_SEG_RAW: bytes that cannot be characters.  A lead byte without its trail, a mark without its
  *   base, bytes of an unknown or empty designation; everything, when the text's own set is unknown.
  *
- * A single shift (SS2, SS3) switches for one character only.  It stands in the segment of the
- * character that it shifts, as a control of its own, and is never parted from it.
+ * A single shift (SS2, SS3) switches for one character only.  It is in the segment of the character
+ * that it shifts, as a control of its own, and is never parted from it.
+ *
+ * Where escMode is 0, ESC, SO, SI and CSI are controls in the text.  ESC N and ESC O are single
+ * shifts that shift nothing, except in UTF-8 and in sets with CS_FLAG_BYTE.  A string of a set with
+ * CS_FLAG_BYTE that has a right half is then one segment, whatever its bytes.
  */
 
-/* Begins a walk at `text`, in the initial state of a string of `cs`, and answers the kind of the
+/* Begins a walk at `text`, in the initial state of a string of `cs`, and returns the kind of the
  * first segment.  `segmentLength` receives its bytes.  At the end of the text, which for an empty
- * one is at once, answers CS_SEG_END and length 0. */
+ * one is at once, returns CS_SEG_END and length 0. */
 uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length,
                        unsigned int *segmentLength);
 
@@ -65,7 +73,7 @@ uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length,
 uint16_t ccs_GetNextStr(const CSDescriptor *cs, const char *text, int length,
                         unsigned int *segmentLength);
 
-/* The segments that a walk would answer, as a list, contiguous and ended by a record of kind
+/* The segments that a walk would return, as a list, contiguous and ended by a record of kind
  * CS_SEG_END; `count` receives the number of records, that one included.  Never null.  The next
  * request for a list, of either sort and by any thread, overwrites it; a caller that needs two at
  * once copies the first.  Leaves the thread's walk as it is. */
@@ -78,13 +86,15 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
 /* ---- Units inside a segment ----------------------------------------------------------------
  *
  * A unit is a control function or a character.  Space (0x20) and DEL (0x7F) are units of one byte,
- * of which nobody asks.  A length service answers 0, "cannot be told", when the unit does not fit
+ * of which nobody asks.  A length service returns 0, "cannot be told", when the unit does not fit
  * in `avail` or the NUL cuts it; never a length that would cut a unit.  The caller then stops.
+ * Asked of each unit of a segment in turn, the services end where the segment does.
  */
 
 /* The bytes of the control function at `at`, a byte whose low seven bits are below 0x20.  For a
- * single shift its own 1 or 2 bytes (SS2 as 0x8E or as ESC N), but only when the character behind
- * it fits in `avail` too: the two never part. */
+ * single shift its own 1 or 2 bytes (SS2 as 0x8E or as ESC N), but only when the character after it
+ * fits in `avail` too: the two never part.  Where escMode is 0, every other control function is 1
+ * byte, ESC and CSI as well. */
 int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs);
 
 /* The bytes of every character of a set without CS_FLAG_T61: at least 1, and 1 for raw bytes.
@@ -98,9 +108,13 @@ int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor
 
 /* `length` receives the bytes of the unit at `at`, of any sort, in a set of any sort.  With an
  * `avail` of at least 1 and a byte other than NUL that is at least 1, so that a comparison always
- * moves on: a byte whose unit cannot be told is a unit by itself.  Otherwise it is 0.
+ * moves on: of a unit that is cut off, what there is of it is a unit.  Otherwise it is 0.
  *
- * Answers non-zero when the unit counts as a character, in limits given in characters; 0 when it
+ * Comparisons pass an escMode of 0 whatever that of the string.  ESC N and ESC O are therefore
+ * single shifts in every set except UTF-8 and the sets with CS_FLAG_BYTE that have a designation,
+ * where each byte is a character.
+ *
+ * Returns non-zero when the unit counts as a character, in limits given in characters; 0 when it
  * does not, such as a single shift, whose character counts. */
 int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs);
 
@@ -113,8 +127,8 @@ uint32_t ccs_GetCSFlags(const CSDescriptor *cs);
  * UTF-8, and no other set may have that name. */
 const char *ccs_GetCSName(const CSDescriptor *cs);
 
-/* Stores the descriptor of a string in the set named `setName`, spelled exactly so, and answers 1.
- * For an unknown name answers 0, and `out` is {0, 0}, whose strings are raw throughout. */
+/* Stores the descriptor of a string in the set named `setName`, spelled exactly so, and returns 1.
+ * For an unknown name returns 0, and `out` is {0, 0}, whose strings are raw throughout. */
 int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out);
 
 /* An escape sequence that designates the set; null or empty when it has none.  `which` chooses
@@ -129,9 +143,10 @@ uint16_t ccs_GetCP(int which, uint32_t *out);
 /* ---- Escape sequences to emit -------------------------------------------------------------- */
 
 /* The escape sequences that, at the start of a string, bring about the state in which the last walk
- * of this thread stopped: where the last segment that it answered ends.  Put before the rest of a
- * split text, they make it stand alone.  `length` receives their bytes: 0 to 81, none of them NUL;
- * no NUL need stand behind them.  Never null; overwritten by the next call in the same thread. */
+ * of this thread stopped: where the last segment that it returned ends.  Put before the rest of a
+ * split text, they make it stand alone.  A single shift is among them where it makes the next byte
+ * raw.  `length` receives their bytes: 0 to 81, none of them NUL; no NUL need follow them.  Never
+ * null; overwritten by the next call in the same thread. */
 const char *ccs_GetModelEscapes(int *length);
 
 /* The escape sequences that switch a string of `cs`, which the last walk of this thread walked to

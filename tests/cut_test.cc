@@ -48,8 +48,8 @@ Content Joined(Content content, const Content &more)
     return content;
 }
 
-// Bad text may read otherwise when it is cut: raw bytes between any two, and behind a malformed
-// sequence, of which only the first byte is ignored, in what would have been its rest.
+// Bad text may read otherwise when it is cut behind a malformed sequence, of which only the first
+// byte is ignored, in what would have been its rest.
 bool IsGood(const CSDescriptor &cs, const std::string &text)
 {
     int count = 0;
@@ -57,7 +57,7 @@ bool IsGood(const CSDescriptor &cs, const std::string &text)
     return std::none_of(list, list + count - 1, [](const CSSegment &segment) {
         const char first = *segment.text;
         const bool lone = segment.length == 1 && (first == '\x1B' || first == '\x9B');
-        return segment.kind == CS_SEG_RAW || (segment.kind == CS_SEG_IGNORE && lone);
+        return segment.kind == CS_SEG_IGNORE && lone;
     });
 }
 
@@ -135,11 +135,15 @@ std::vector<int> CharacterBytes(const CSDescriptor &cs, const char *text)
     for (int i = 0; i < count - 1; ++i) {
         const CSDescriptor segCs = {list[i].kind, cs.escMode};
         const char *at = list[i].text;
+        if (list[i].kind == CS_SEG_RAW) {
+            sizes.insert(sizes.end(), list[i].length, 1);
+            continue;
+        }
         for (int left = static_cast<int>(list[i].length), length = 0; left > 0; left -= length) {
             const bool counts = ccs_GetNextCharLen(at, left, &length, &segCs) != 0;
-            const bool control = (*at & 0x60) == 0 && list[i].kind != CS_SEG_RAW;
+            const bool control = (*at & 0x60) == 0;
             if (counts && (!control || *at == '\n') && *at != 0x7F)
-                sizes.push_back(list[i].kind == CS_SEG_RAW ? 1 : length);
+                sizes.push_back(length);
             at += length;
         }
     }
@@ -263,7 +267,7 @@ TEST(Search, FindsCharactersAndNotTheirBytes)
         {{1001, 1}, "\x1B$B$B\x1B(BaB", 'B', 9, "not in an escape, not in a character"},
         {{1001, 1}, "\x1B$B$B", '$', -1, "... nowhere then"},
         {{1001, 1}, "ab", 'a' + 256, -1, "no byte has this value"},
-        {{103, 1}, "\xC8u, u", 'u', 1, "in T.61 the base of a base unit is a byte of its segment"},
+        {{103, 1}, "\xC8u, u", 'u', 4, "not under a mark"},
         {{1001, 1}, "\xE9" "a", 0xE9 - 256, -1, "not in a raw run"},
     };
     // clang-format on

@@ -3,12 +3,15 @@
 // The coded character set service: the contracts of platform/ccs.h over the ISO 2022 engine and
 // its table of sets.
 #include <platform/ccs.h>
+#include <platform/er.h>
 #include <platform/os.h>
 
 #include "services/ccs/engine.h"
 #include "services/services.h"
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 
@@ -16,6 +19,8 @@ using namespace libstr;
 
 namespace
 {
+
+constexpr char kSource[] = "services/ccs";
 
 // The walk of ccs_Get1stStr and ccs_GetNextStr, with the end of its text, which is sought once, and
 // the escapes answered last.
@@ -40,8 +45,24 @@ const char *EndOf(const char *text, int length)
 
 const ccs::SetRow *SetOf(const CSDescriptor *cs) { return ccs::FindSet(cs->csNum); }
 
+// What cannot be told in the records and counts of the contracts is as memory that cannot be had.
+void EscapeUnless(bool canBeTold, int line = __builtin_LINE())
+{
+    if (!canBeTold)
+        er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, line);
+}
+
+uint32_t LengthOf(const ccs::Unit &segment)
+{
+    const auto length = static_cast<uint32_t>(segment.length);
+    EscapeUnless(length == segment.length);
+    return length;
+}
+
 void PutIntoList(const CSSegment &segment, size_t index)
 {
+    constexpr size_t most = std::min<size_t>(INT_MAX, SIZE_MAX / 2 / sizeof segment);
+    EscapeUnless(index < most);
     if (index == theListCapacity) {
         const size_t capacity = theListCapacity == 0 ? 32 : theListCapacity * 2;
         theList = static_cast<CSSegment *>(os_realloc(theList, capacity * sizeof *theList));
@@ -61,7 +82,7 @@ CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withI
         const ccs::Unit segment = ccs::NextSegment(&walk, text, static_cast<size_t>(end - text));
         kind = segment.kind;
         if (withIgnored || kind != CS_SEG_IGNORE)
-            PutIntoList({text, kind, 0, static_cast<uint32_t>(segment.length)}, used++);
+            PutIntoList({text, kind, 0, LengthOf(segment)}, used++);
         text += segment.length;
     }
     *count = static_cast<int>(used);
@@ -101,7 +122,7 @@ uint16_t ccs_GetNextStr(const CSDescriptor *, const char *text, int length,
     if (text > theEnd)
         theEnd = EndOf(text, length);
     const ccs::Unit segment = ccs::NextSegment(&theWalk, text, static_cast<size_t>(theEnd - text));
-    *segmentLength = static_cast<unsigned int>(segment.length);
+    *segmentLength = LengthOf(segment);
     return segment.kind;
 }
 
@@ -117,7 +138,7 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
 
 int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs)
 {
-    return static_cast<int>(ccs::ControlLength(SetOf(cs), at, avail));
+    return static_cast<int>(ccs::ControlLength(SetOf(cs), cs->escMode != 0, at, avail));
 }
 
 int16_t ccs_GetNumBytes(const CSDescriptor *cs)
@@ -134,7 +155,7 @@ int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor
 int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs)
 {
     const ccs::AnyUnit unit =
-        ccs::AnyUnitAt(SetOf(cs), at, avail < 0 ? 0 : static_cast<size_t>(avail));
+        ccs::AnyUnitAt(SetOf(cs), cs->escMode != 0, at, avail < 0 ? 0 : static_cast<size_t>(avail));
     *length = static_cast<int>(unit.length);
     return unit.counts ? 1 : 0;
 }

@@ -6,6 +6,7 @@
 
 #include "services/ccs/table.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <iterator>
@@ -49,6 +50,23 @@ static_assert([] {
     }
     return true;
 }());
+
+// The characters in which some left half differs from ASCII, each once.
+inline constexpr auto kIsDifferent = [] {
+    std::array<bool, 0x80> is{};
+    for (const SetRow &set : kSets)
+        for (const char *at = set.differs; *at != '\0'; ++at)
+            is[static_cast<size_t>(*at)] = true;
+    return is;
+}();
+inline constexpr auto kDifferent = [] {
+    std::array<char, std::count(kIsDifferent.begin(), kIsDifferent.end(), true)> all{};
+    size_t used = 0;
+    for (size_t byte = 0; byte < kIsDifferent.size(); ++byte)
+        if (kIsDifferent[byte])
+            all[used++] = static_cast<char>(byte);
+    return all;
+}();
 
 // Where the graphic sets stand, by size and final byte.
 inline constexpr size_t kFinals = 0x80;

@@ -44,6 +44,7 @@ void Designate(State *state, const char *at, size_t length)
 void SwitchCoding(State *state, const char *at, size_t length)
 {
     const char final = at[length - 1];
+    state->codingIntermediate = length == 3 ? '\0' : at[2];
     state->codingFinal = final;
     state->coding = length != 3    ? Coding::unknown
                     : final == '@' ? Coding::iso2022
@@ -95,7 +96,8 @@ void Apply(State *state, const char *at, size_t length)
 size_t RestoringEscapes(const State &from, const State &to, char *out)
 {
     size_t length = 0;
-    const bool sameCoding = from.codingFinal == to.codingFinal;
+    const bool sameCoding =
+        from.codingIntermediate == to.codingIntermediate && from.codingFinal == to.codingFinal;
     if (!sameCoding && from.coding != Coding::iso2022)
         length = Append(out, length, "\x1B%@");
     for (size_t element = 0; element < 4; ++element) {
@@ -109,8 +111,14 @@ size_t RestoringEscapes(const State &from, const State &to, char *out)
         length = Append(out, length, kRightShifts[to.right]);
     if (!sameCoding && to.coding != Coding::iso2022) {
         length = Append(out, length, "\x1B%");
+        if (to.codingIntermediate != 0)
+            out[length++] = to.codingIntermediate;
         out[length++] = to.codingFinal;
     }
+    if (to.shift == 'N' || to.shift == 'O')
+        out[length++] = static_cast<char>(kEsc);
+    if (to.shift != 0)
+        out[length++] = to.shift;
     return length;
 }
 

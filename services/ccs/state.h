@@ -34,7 +34,9 @@ struct State {
     uint8_t left = 0; // which of the four is invoked there, or kNowhere
     uint8_t right = kNowhere;
     Coding coding = Coding::iso2022;
-    char codingFinal = '@'; // of the sequence that began it
+    char codingIntermediate = 0; // of the sequence that began it, 0 for none
+    char codingFinal = '@';
+    char shift = 0; // last byte of a single shift that makes the next byte raw, 0 for none
 };
 
 // The state in which a string of the set begins.
@@ -59,8 +61,8 @@ constexpr size_t DesignatingEscape(const Designation &held, size_t element, char
     const bool is96 = held.graphic == Graphic::set96 || held.graphic == Graphic::set96n;
     const bool manyBytes = held.graphic == Graphic::set94n || held.graphic == Graphic::set96n;
     // The oldest sets of many bytes go to G0 without being told.
-    const bool isShort =
-        manyBytes && !is96 && element == 0 && held.final >= '@' && held.final <= 'B';
+    const bool isShort = manyBytes && !is96 && element == 0 && held.intermediate == 0 &&
+                         held.final >= '@' && held.final <= 'B';
     size_t length = 0;
     out[length++] = static_cast<char>(kEsc);
     if (manyBytes)
@@ -100,7 +102,7 @@ inline const char *DesignationOf(const SetRow &set)
 void Apply(State *state, const char *at, size_t length);
 
 // The most bytes that RestoringEscapes writes.
-inline constexpr size_t kMostEscapes = 32;
+inline constexpr size_t kMostEscapes = 40;
 
 // Writes the sequences that lead from one state to the other, as far as sequences can: what holds
 // nothing in `to` keeps what it holds.  Returns their length; adds no NUL.

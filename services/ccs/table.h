@@ -6,7 +6,8 @@
 // Graphic sets carry their ISO-IR registration number.  A right half is registered apart from the
 // ASCII that it is used with; here its number stands for the pair, since that is what a text in
 // ISO 8859-1, say, is made of.  The same right half used in seven bits has 1000 more: its bytes
-// are others, so it is another kind.  Codes, which are ways to use several sets, begin at 1001.
+// are others, so it is another kind.  Text that means what it does in ASCII is IA5 wherever a left
+// half stands by itself, T.61's too.  Codes, which are ways to use several sets, begin at 1001.
 #ifndef SERVICES_CCS_TABLE_H
 #define SERVICES_CCS_TABLE_H
 
@@ -15,7 +16,6 @@
 namespace libstr::ccs
 {
 
-inline constexpr uint32_t kAscii = CS_FLAG_ASCII | CS_FLAG_ASCII_SUPERSET;
 inline constexpr uint32_t kByteCase = CS_FLAG_BYTE | CS_FLAG_CASE;
 inline constexpr uint32_t kLatin = kByteCase | CS_FLAG_ASCII_SUPERSET;
 
@@ -26,12 +26,12 @@ inline constexpr Graphic k94n = Graphic::set94n;
 // clang-format off
 inline constexpr SetRow kSets[] = {
     // Left halves.
-    {.number = 6, .name = "IA5", .iconv = "ASCII", .flags = kByteCase | kAscii,
+    {.number = 6, .name = "IA5", .iconv = "ASCII", .flags = kLatin | CS_FLAG_ASCII,
      .graphic = k94, .final = 'B', .left = 6, .start = {{6}}},
     {.number = 14, .name = "JIS X 0201 ROMAN", .iconv = "ISO646-JP", .flags = kByteCase,
      .graphic = k94, .final = 'J', .left = 14, .start = {{14}}},
-    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .reading = {"T.61-8BIT"}, .flags = kLatin,
-     .graphic = k94, .final = 'u', .left = 102, .start = {{102}}},
+    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .reading = {"T.61-8BIT"}, .flags = kByteCase,
+     .graphic = k94, .final = 'u', .left = 6, .differs = "#$\\^`{}~", .start = {{102}}},
 
     // Right halves with their partners.
     {.number = 100, .name = "ISO-8859-1", .iconv = "ISO-8859-1", .flags = kLatin,
@@ -49,7 +49,7 @@ inline constexpr SetRow kSets[] = {
     {.number = 13, .name = "JIS X 0201", .iconv = nullptr, .reading = {"SHIFT_JIS"}, .flags = kByteCase,
      .graphic = k94, .final = 'I', .left = 1013, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
     {.number = kT61, .name = "T.61", .iconv = "T.61-8BIT",
-     .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES | kAscii, .escMode = 1, .units = Units::marked,
+     .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES, .escMode = 1, .units = Units::marked,
      .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = 6, .start = {{102, 0, kT61}, 0, 2}},
 
     // The same right halves, in seven bits.

@@ -19,8 +19,8 @@ struct Set {
 
 // By size, intermediate bytes and final byte: "94 B", "96 A", "94n B".
 const std::map<std::string, Set> kSets = {
-    {"94 B", {6, 0, 1, 0}},      {"94 J", {14, 0, 1, 0}},     {"94 u", {102, 0, 1, 0}},
-    {"94 I", {1013, 13, 1, 14}}, {"94 v", {0, 103, 1, 102}},  {"96 A", {1100, 100, 1, 6}},
+    {"94 B", {6, 0, 1, 0}},      {"94 J", {14, 0, 1, 0}},     {"94 u", {6, 0, 1, 0}},
+    {"94 I", {1013, 13, 1, 14}}, {"94 v", {0, 103, 1, 0}},    {"96 A", {1100, 100, 1, 6}},
     {"96 B", {1101, 101, 1, 6}}, {"96 L", {1144, 144, 1, 6}}, {"96 M", {1148, 148, 1, 6}},
     {"96 b", {1203, 203, 1, 6}}, {"96 F", {1126, 126, 1, 6}}, {"94n @", {42, 42, 2, 0}},
     {"94n B", {87, 87, 2, 0}},   {"94n D", {159, 159, 2, 0}}, {"94n C", {149, 149, 2, 0}},
@@ -42,9 +42,17 @@ const std::map<std::string, Code> kCodes = {
     {"JIS X 0201", {{"94 J", "94 I"}, 0, 1}},
 };
 
+// T.61 has no ASCII in these.
+bool IsOfT61Alone(const std::string &held, unsigned int byte)
+{
+    return held == "94 u" &&
+           std::string_view("#$\\^`{}~").find(static_cast<char>(byte)) != std::string_view::npos;
+}
+
 struct Reader {
     std::string_view text;
     Code code;
+    size_t rawByte = std::string_view::npos; // where a single shift has made the next byte raw
 
     unsigned int At(size_t i) const
     {
@@ -63,10 +71,10 @@ struct Reader {
     bool Partners() const
     {
         const uint16_t left = SetOf(code.left).left;
-        const Set right = SetOf(code.right);
-        const bool overAscii = left == 6 && right.right == 103; // T.61 is used so, too
-        return left != 0 && (right.partner == left || overAscii);
+        return left != 0 && Held(code.left) != "94 u" && SetOf(code.right).partner == left;
     }
+    // The letters of the left half take the marks of the right.
+    bool TakesMarks() const { return SetOf(code.left).left == 6; }
     uint16_t LeftKind() const
     {
         const uint16_t kind = Partners() ? SetOf(code.right).right : SetOf(code.left).left;
@@ -91,6 +99,8 @@ struct Reader {
         const bool is96 = Held(element).substr(0, 2) == "96";
         if ((low == 0x20 || low == 0x7F) && !is96)
             return raw;
+        if (!inRight && IsOfT61Alone(Held(element), byte))
+            return {102, 1};
         const uint16_t kind = inRight || !invoked ? own : LeftKind();
         if (own == 103 && byte >= 0xC1 && byte <= 0xCF) {
             size_t marks = 0;
@@ -123,22 +133,24 @@ struct Reader {
         return isFinal ? end + 1 - i : 1;
     }
 
-    Unit Shifted(size_t i, size_t shift, int element) const
+    Unit Shifted(size_t i, size_t shift, int element)
     {
         const unsigned int byte = At(i + shift);
         if ((byte & 0x60) == 0 || Held(element).empty())
             return {CS_SEG_IGNORE, shift};
         const Set set = SetOf(element);
-        if ((byte < 0x80 ? set.left : set.right) == 0)
-            return {CS_SEG_RAW, shift + 1};
+        if ((byte < 0x80 ? set.left : set.right) == 0 && byte != 0x20 && byte != 0x7F)
+            rawByte = i + shift;
         const Unit character = Character(i + shift, element, false, false);
         if (character.kind == CS_SEG_RAW)
             return {CS_SEG_IGNORE, shift};
         return {character.kind, shift + character.length};
     }
 
-    Unit UnitAt(size_t i) const
+    Unit UnitAt(size_t i)
     {
+        if (i == rawByte)
+            return {CS_SEG_RAW, 1};
         const unsigned int byte = At(i);
         const bool c1 = code.right >= 0 && !Held(code.right).empty();
         if (byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
@@ -147,7 +159,7 @@ struct Reader {
             return {CS_SEG_IGNORE, At(i + 1) == '[' ? Sequence(i, 2, true) : Sequence(i, 1, false)};
         if (byte == 0x0E || byte == 0x0F)
             return {CS_SEG_IGNORE, 1};
-        if (c1 && (byte == 0x8E || byte == 0x8F) && !Held(byte == 0x8E ? 2 : 3).empty())
+        if (c1 && (byte == 0x8E || byte == 0x8F))
             return Shifted(i, 1, byte == 0x8E ? 2 : 3);
         if (c1 && byte == 0x9B)
             return {CS_SEG_IGNORE, Sequence(i, 1, true)};
@@ -156,7 +168,7 @@ struct Reader {
         if ((byte & 0x60) == 0 || byte == 0x20 || byte == 0x7F)
             return {LeftKind(), 1};
         const bool inRight = byte >= 0x80;
-        return Character(i, inRight ? code.right : code.left, Partners(), true);
+        return Character(i, inRight ? code.right : code.left, TakesMarks(), true);
     }
 
     void Apply(std::string_view sequence)
