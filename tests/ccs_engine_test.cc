@@ -190,6 +190,7 @@ TEST(Engine, LengthServicesNeverCutAUnit)
         {ccs_GetT61BaseUnitLen, "UTF-8", 196, "\xE6\x97\xA5", 3, 3},
         {ccs_GetT61BaseUnitLen, "... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
         {ccs_GetT61BaseUnitLen, "... malformed", 196, "\x97", 1, 1},
+        {ccs_GetT61BaseUnitLen, "... malformed as far as it goes", 196, "\xE0\x80", 2, 1},
     };
     // clang-format on
     for (const auto &row : rows) {

@@ -255,6 +255,8 @@ TEST(Print, AStringThatIsCutReadsAsItsWholeCharacters)
         const char *const sets[] = {"ISO-2022-JP", "ISO-2022-KR", "T.61"}, *set = sets[Below(3)];
         const CSDescriptor cs = DescriptorOf(set);
         const std::string text = ::RandomText(theRandom, 8).c_str(); // up to a NUL
+        if (text.find("\x1B%") != text.npos)
+            continue; // the slow reader does not know other codings
         const unsigned int n = Below(static_cast<unsigned int>(text.size() + 1));
         const GuardedRoom slice(n); // nothing after it may be read
         std::copy_n(text.begin(), n, slice.data());

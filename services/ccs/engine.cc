@@ -10,6 +10,7 @@
 #include "services/ccs/engine.h"
 
 #include "base/blocks.h"
+#include "base/utf8.h"
 
 #include <glib.h>
 
@@ -142,14 +143,12 @@ Sequence BaseUnit(const char *at, size_t avail)
 
 Sequence Utf8Character(const char *at, size_t avail)
 {
-    constexpr auto incomplete = static_cast<gunichar>(-2);
     const auto length = static_cast<size_t>(static_cast<guchar>(g_utf8_skip[Byte(at)]));
-    const size_t within = length < avail ? length : avail;
-    const gunichar c = g_utf8_get_char_validated(at, static_cast<gssize>(within));
-    if (c == incomplete)
-        return {Form::cutOff, 1};
-    return c == static_cast<gunichar>(-1) ? Sequence{Form::malformed, 1}
-                                          : Sequence{Form::complete, length};
+    const size_t within = strnlen(at, std::min(length, avail));
+    const gunichar character = g_utf8_get_char_validated(at, static_cast<gssize>(within));
+    if (character < 0x80000000)
+        return {Form::complete, length};
+    return {utf8::IsCutOff(at, within) ? Form::cutOff : Form::malformed, 1};
 }
 
 // A character of two bytes of the same half.
