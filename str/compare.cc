@@ -22,9 +22,11 @@ struct Extent {
 // A limit of 2^31 and more is none.
 bool IsLimit(unsigned int limit) { return limit <= INT32_MAX; }
 
+constexpr size_t kAll = SIZE_MAX;
+
 struct Compared {
     Side side;
-    unsigned int limit; // bytes of the string that count; UINT32_MAX for all
+    size_t limit; // bytes of the string that count; kAll for all
 };
 
 void Fetch(Compared *string, bool first)
@@ -42,8 +44,8 @@ bool HasEnded(const Compared &string)
 // All of what counts has been passed.
 bool IsComplete(const Compared &string)
 {
-    return string.limit == UINT32_MAX ? string.side.kind == CS_SEG_END
-                                      : string.side.offset >= string.limit;
+    return string.limit == kAll ? string.side.kind == CS_SEG_END
+                                : string.side.offset >= string.limit;
 }
 
 Compared Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool plain,
@@ -51,13 +53,13 @@ Compared Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool
 {
     const bool limited = IsLimit(limit);
     Compared string = {};
-    string.limit = limited ? limit : UINT32_MAX;
+    string.limit = limited ? limit : kAll;
     string.side.next = plain ? nullptr : walker;
     string.side.cs = cs;
     string.side.str = str;
     string.side.length = limited ? static_cast<int>(limit) : -1;
     if (plain)
-        string.side.length = Signed(static_cast<unsigned int>(strnlen(str, string.limit)));
+        string.side.size = strnlen(str, string.limit);
     Fetch(&string, true);
     return string;
 }
@@ -75,57 +77,47 @@ bool Differ(const UpShifted &upper1, const UpShifted &upper2)
            (upper1.written == 2 && upper1.bytes[1] != upper2.bytes[1]);
 }
 
-// What a run has passed on each side, and in characters where they are counted.
-struct Steps {
-    int step1;
-    int step2;
-    int chars;
-};
-
-int CompareUpShiftedRun(const char *p1, const char *p2, int avail1, int avail2, int charLimit,
-                        const CaseTableRecord *table, Steps *steps)
+RunResult CompareUpShiftedRun(const Side &side1, const Side &side2, int charLimit,
+                              const CaseTableRecord *table)
 {
-    return CompareRunInUpperCase(p1, p2, avail1, avail2, charLimit, table, &steps->step1,
-                                 &steps->step2, &steps->chars,
+    return CompareRunInUpperCase(side1, side2, charLimit, table,
                                  [](const UpShifted &upper1, const UpShifted &upper2) {
                                      return Differ(upper1, upper2) ? 1 : 0;
                                  });
 }
 
-int CompareCharRun(const char *p1, const char *p2, int bytes, int charLimit, const CSDescriptor *cs,
-                   Steps *steps)
+RunResult CompareCharRun(const char *p1, const char *p2, size_t bytes, int charLimit,
+                         const CSDescriptor *cs)
 {
-    int done = 0;
+    size_t done = 0;
     int left = charLimit;
     while (done < bytes && left > 0) {
         int length = 0;
-        const bool counts = ccs_GetNextCharLen(p1 + done, bytes - done, &length, cs) != 0;
-        length = std::clamp(length, 1, bytes - done);
-        if (std::memcmp(p1 + done, p2 + done, static_cast<size_t>(length)) != 0)
-            return 1;
-        done += length;
+        const int avail = static_cast<int>(std::min<size_t>(bytes - done, INT32_MAX));
+        const bool counts = ccs_GetNextCharLen(p1 + done, avail, &length, cs) != 0;
+        const auto unit = static_cast<size_t>(std::clamp(length, 1, avail));
+        if (std::memcmp(p1 + done, p2 + done, unit) != 0)
+            return {1, 0, 0, 0};
+        done += unit;
         left -= counts ? 1 : 0;
     }
-    *steps = {done, done, charLimit - left};
-    return 0;
+    return {0, done, done, charLimit - left};
 }
 
-// Compares the run up to the nearer end of the two segments: 0 for alike.
-int CompareRun(const Side &side1, const Side &side2, bool caseless, uint16_t common, bool byChars,
-               int charLimit, Steps *steps)
+// Compares the run up to the nearer end of the two segments.
+RunResult CompareRun(const Side &side1, const Side &side2, bool caseless, uint16_t common,
+                     bool byChars, int charLimit)
 {
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
-        return CompareUpShiftedRun(side1.at, side2.at, Signed(side1.left), Signed(side2.left),
-                                   charLimit, table, steps);
-    const int bytes = Signed(std::min(side1.left, side2.left));
+        return CompareUpShiftedRun(side1, side2, charLimit, table);
+    const size_t bytes = std::min(side1.left, side2.left);
     if (byChars) {
         const CSDescriptor cs = {common, 0};
-        return CompareCharRun(side1.at, side2.at, bytes, charLimit < 0 ? INT32_MAX : charLimit, &cs,
-                              steps);
+        return CompareCharRun(side1.at, side2.at, bytes, charLimit < 0 ? INT32_MAX : charLimit,
+                              &cs);
     }
-    *steps = {bytes, bytes, 0};
-    return std::strncmp(side1.at, side2.at, static_cast<size_t>(bytes)) != 0 ? 1 : 0;
+    return {std::strncmp(side1.at, side2.at, bytes) != 0 ? 1 : 0, bytes, bytes, 0};
 }
 
 // The same as Compare to the end, for two strings of one plain set, the most frequent of all.
@@ -134,11 +126,13 @@ int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(kind) : nullptr;
     if (table == nullptr)
         return std::strcmp(s1, s2) != 0 ? 1 : 0;
-    const int length1 = Signed(static_cast<unsigned int>(std::strlen(s1)));
-    const int length2 = Signed(static_cast<unsigned int>(std::strlen(s2)));
-    Steps steps = {0, 0, 0};
-    const int differ = CompareUpShiftedRun(s1, s2, length1, length2, -1, table, &steps);
-    return differ == 0 && steps.step1 == length1 && steps.step2 == length2 ? 0 : 1;
+    Side side1 = {}, side2 = {};
+    side1.at = s1;
+    side1.left = std::strlen(s1);
+    side2.at = s2;
+    side2.left = std::strlen(s2);
+    const RunResult run = CompareUpShiftedRun(side1, side2, kNoLimit, table);
+    return run.order == 0 && run.step1 == side1.left && run.step2 == side2.left ? 0 : 1;
 }
 
 // 0 when the texts are equal as far as the extent goes, else 1.
@@ -163,14 +157,14 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
                !(counted && chars >= extent.chars);
     };
     while (goesOn()) {
-        Steps steps = {0, 0, 0};
-        const int charLimit = counted ? static_cast<int>(extent.chars - chars) : -1;
-        equal = CompareRun(side1, side2, caseless, common, byChars, charLimit, &steps) == 0;
+        const int charLimit = counted ? static_cast<int>(extent.chars - chars) : kNoLimit;
+        const RunResult run = CompareRun(side1, side2, caseless, common, byChars, charLimit);
+        equal = run.order == 0;
         if (!equal)
             break;
-        chars += static_cast<unsigned int>(steps.chars);
-        Advance(&side1, steps.step1);
-        Advance(&side2, steps.step2);
+        chars += static_cast<unsigned int>(run.chars);
+        Advance(&side1, run.step1);
+        Advance(&side2, run.step2);
         if (side1.left == 0)
             Fetch(&string1, false);
         if (side2.left == 0)

@@ -16,15 +16,6 @@ int OrderValue(const UpShifted &upper)
     return upper.written == 1 ? first : first * 256 + static_cast<int8_t>(upper.bytes[1]);
 }
 
-int OrderUpShiftedRun(const char *p1, const char *p2, int avail1, int avail2, int charLimit,
-                      const CaseTableRecord *table, int *step1, int *step2, int *chars)
-{
-    return CompareRunInUpperCase(p1, p2, avail1, avail2, charLimit, table, step1, step2, chars,
-                                 [](const UpShifted &upper1, const UpShifted &upper2) {
-                                     return OrderValue(upper1) - OrderValue(upper2);
-                                 });
-}
-
 // The last byte of a set's designation; 0 for none.
 int FinalByte(const CSDescriptor *cs)
 {
@@ -51,15 +42,16 @@ int OrderOfSets(uint16_t kind1, uint16_t kind2)
 // What comes first of two, when one or both of them have ended.
 int OrderOfEnds(bool ended1, bool ended2) { return ended1 && ended2 ? 0 : ended1 ? -1 : 1; }
 
-int OrderRun(const Side &side1, const Side &side2, bool caseless, uint16_t common, int *step1,
-             int *step2)
+RunResult OrderRun(const Side &side1, const Side &side2, bool caseless, uint16_t common)
 {
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
-        return OrderUpShiftedRun(side1.at, side2.at, Signed(side1.left), Signed(side2.left), -1,
-                                 table, step1, step2, nullptr);
-    *step1 = *step2 = Signed(std::min(side1.left, side2.left));
-    return std::strncmp(side1.at, side2.at, static_cast<size_t>(*step1));
+        return CompareRunInUpperCase(side1, side2, kNoLimit, table,
+                                     [](const UpShifted &upper1, const UpShifted &upper2) {
+                                         return OrderValue(upper1) - OrderValue(upper2);
+                                     });
+    const size_t bytes = std::min(side1.left, side2.left);
+    return {std::strncmp(side1.at, side2.at, bytes), bytes, bytes, 0};
 }
 
 } // namespace
@@ -69,8 +61,8 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
 {
     if (*s1 == '\0' || *s2 == '\0')
         return OrderOfEnds(*s1 == '\0', *s2 == '\0');
-    Side side1 = {NextSegmentFromList, cs1, s1, -1, s1, 0, 0, CS_SEG_END};
-    Side side2 = {NextSegmentByWalk, cs2, s2, -1, s2, 0, 0, CS_SEG_END};
+    Side side1 = {NextSegmentFromList, cs1, s1, -1, 0, s1, 0, 0, CS_SEG_END};
+    Side side2 = {NextSegmentByWalk, cs2, s2, -1, 0, s2, 0, 0, CS_SEG_END};
     FetchSegment(&side1, true);
     FetchSegment(&side2, true);
     for (;;) {
@@ -81,13 +73,11 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
         uint16_t common = CS_SEG_NONE;
         if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
             return OrderOfSets(side1.kind, side2.kind);
-        int step1 = 0;
-        int step2 = 0;
-        const int order = OrderRun(side1, side2, caseless != 0, common, &step1, &step2);
-        if (order != 0)
-            return order;
-        Advance(&side1, step1);
-        Advance(&side2, step2);
+        const RunResult run = OrderRun(side1, side2, caseless != 0, common);
+        if (run.order != 0)
+            return run.order;
+        Advance(&side1, run.step1);
+        Advance(&side2, run.step2);
         if (side1.left == 0)
             FetchSegment(&side1, false);
         if (side2.left == 0)

@@ -60,7 +60,9 @@ int str_cmpORName(const char *orName1, const char *orName2, const char *charsetN
     int order = 0;
     while (order == 0 && *attributes != '\0') {
         const char *const comma = mdc_strchr(attributes, ',');
-        const int length = comma == nullptr ? -1 : static_cast<int>(comma - attributes);
+        const int length =
+            comma == nullptr ? -1
+                             : static_cast<int>(std::min<ptrdiff_t>(comma - attributes, INT32_MAX));
         const int field = da_AttIdToORNIndex(attributes, length);
         Value value1;
         Value value2;

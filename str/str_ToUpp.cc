@@ -4,6 +4,7 @@
 #include "base/utf8.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sizes.h"
 #include "str/core/upshift.h"
 #include "str/core/utf8.h"
 
@@ -30,16 +31,15 @@ char *theUtf8Result;
 constexpr unsigned int kStep = 128; // the buffer grows by at least so many bytes
 constexpr unsigned int kRoom = 3;   // for a character in two bytes and the NUL
 
-unsigned char *GrowUpperBuffer(unsigned int need, unsigned int *capacity)
+unsigned char *GrowUpperBuffer(uint64_t need, unsigned int *capacity)
 {
-    if (theCapacity == 0) {
-        const unsigned int size = std::max(need, kStep);
-        theBuffer = static_cast<unsigned char *>(os_malloc(size_t{size} + 1));
-        theCapacity = size + 1;
-    } else if (theCapacity < need) {
-        const unsigned int size = need - theCapacity < kStep ? theCapacity + kStep : need;
-        theBuffer = static_cast<unsigned char *>(os_realloc(theBuffer, size_t{size} + 1));
-        theCapacity = size + 1;
+    if (theCapacity == 0 || theCapacity < need) {
+        const bool byAStep = theCapacity == 0 ? need < kStep : need - theCapacity < kStep;
+        const uint64_t size = byAStep ? uint64_t{theCapacity} + kStep : need;
+        const auto grown = Fit<unsigned int>(kSource, size + 1);
+        theBuffer = static_cast<unsigned char *>(theCapacity == 0 ? os_malloc(grown)
+                                                                  : os_realloc(theBuffer, grown));
+        theCapacity = grown;
     }
     *capacity = theCapacity;
     return theBuffer;
@@ -56,7 +56,7 @@ struct Result {
 
 void AppendUnchanged(const char *bytes, unsigned int length, Result *result)
 {
-    const unsigned int need = result->used + length + 1;
+    const uint64_t need = uint64_t{result->used} + length + 1;
     if (need > result->capacity)
         result->buffer = GrowUpperBuffer(need, &result->capacity);
     std::memcpy(result->buffer + result->used, bytes, length);
@@ -84,7 +84,7 @@ const CaseTableRecord *TableOf(const CSDescriptor *cs)
 // The upper case of `length` bytes that are not UTF-8.
 void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Result *result)
 {
-    result->buffer = GrowUpperBuffer(length + length / 4, &result->capacity);
+    result->buffer = GrowUpperBuffer(uint64_t{length} + length / 4, &result->capacity);
     const CaseTableRecord *const own = TableOf(cs);
     if (cs->escMode == 0) {
         Append(str, length, own, result);
@@ -116,7 +116,7 @@ char *UpperCaseUtf8(const char *str, int length, int *outLen)
         return nullptr;
     theUtf8Result = utf8::ChangeCase(g_utf8_strup, str, bytes);
     if (theUtf8Result != nullptr)
-        *outLen = static_cast<int>(std::strlen(theUtf8Result));
+        *outLen = Fit<int>(kSource, std::strlen(theUtf8Result));
     return theUtf8Result;
 }
 
@@ -127,13 +127,14 @@ char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescri
     const bool done = frame::Protect(
         kSource, frame::Accept(5),
         [&] {
-            UpperCase(str, static_cast<unsigned int>(bytes), cs, &result);
+            UpperCase(str, Fit<unsigned int>(kSource, Fit<int>(kSource, bytes)), cs, &result);
             result.buffer[result.used] = '\0';
+            length = Fit<int>(kSource, result.used);
         },
         [] { er_LogMsg(3, 3, 23816, 0); });
     if (!done)
         return nullptr;
-    *outLen = static_cast<int>(result.used);
+    *outLen = length;
     return reinterpret_cast<char *>(result.buffer);
 }
 
@@ -169,8 +170,8 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
     SetUpShiftTable(&lookup, table);
     unsigned int end = *used;
     while (len > 0) {
-        if (end + kRoom > *capacity)
-            buf = GrowUpperBuffer(end + kRoom, capacity);
+        if (uint64_t{end} + kRoom > *capacity)
+            buf = GrowUpperBuffer(uint64_t{end} + kRoom, capacity);
         // Before each of these bytes there is room, so none of them would have let the buffer grow.
         const size_t fit =
             std::min(static_cast<size_t>(len), size_t{*capacity} - end - (kRoom - 1));

@@ -11,6 +11,8 @@
 
 #include <glib.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 
 using namespace libstr;
@@ -108,10 +110,13 @@ struct Rules {
     gunichar escape;
 };
 
+// More than a string can hold is refused by the service, which UINT_MAX is, too.
 void Append(const char *from, const char *to)
 {
     if (from != to)
-        dstring_appendN(&theBuffer, from, static_cast<unsigned int>(to - from));
+        dstring_appendN(
+            &theBuffer, from,
+            static_cast<unsigned int>(std::min(static_cast<size_t>(to - from), size_t{UINT_MAX})));
 }
 
 void AppendText(const char *text)

@@ -4,11 +4,14 @@
 // whether the order of texts is one.
 #include "services/services.h"
 #include "tests/support/casetable.h"
+#include "tests/support/escape.h"
 #include "tests/support/guarded.h"
 #include "tests/support/random_text.h"
 #include "tests/support/text.h"
 
 #include <glib.h>
+#include <platform/os.h>
+#include <str/case.h>
 #include <str/compare.h>
 
 #include <algorithm>
@@ -350,6 +353,18 @@ TEST_F(Comparison, OrdersORNamesByTheirAttributes)
         EXPECT_EQ(order(name1, name2), row.order) << row.why;
         EXPECT_EQ(order(name2, name1), -row.order) << row.why;
     }
+}
+
+TEST_F(Comparison, CountsTextsOf2GiBToTheirEnds)
+{
+    if (sizeof(size_t) == 4)
+        GTEST_SKIP() << "no room for them";
+    const LongText text(size_t{INT32_MAX} + 100);
+    const CSDescriptor latin1 = DescriptorOf("ISO-8859-1");
+    EXPECT_EQ(str_strucasecmp(text.c_str(), text.c_str() + 1, &latin1), 1);
+    int length = 4711;
+    EXPECT_EQ(Escaped([&] { str_ToUpper(text.c_str(), -1, &length, &latin1); }), OS_ESC_MEMORY);
+    EXPECT_EQ(length, 4711);
 }
 
 } // namespace

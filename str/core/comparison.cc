@@ -12,7 +12,7 @@ struct {
     const CSSegment *list;
     int count;
     int index;
-    unsigned int size; // of the segment answered last
+    unsigned int size; // of the segment returned last
     const char *str;
 } theListWalk;
 
@@ -24,7 +24,7 @@ bool TakesPart(uint16_t kind) { return IsText(kind) || kind == CS_SEG_RAW || kin
 } // namespace
 
 const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
-                                unsigned int *segLen, uint16_t *kind, unsigned int *offset)
+                                size_t *segLen, uint16_t *kind, size_t *offset)
 {
     auto &walk = theListWalk;
     if (first) {
@@ -47,7 +47,7 @@ const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len
 }
 
 const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
-                              unsigned int *segLen, uint16_t *kind, unsigned int *offset)
+                              size_t *segLen, uint16_t *kind, size_t *offset)
 {
     SegmentWalk &walk = theStepWalk;
     if (first) {

@@ -19,12 +19,12 @@ namespace libstr
 // or the end.  With `first` they begin with the string `str`, of `len` bytes or up to its NUL for
 // -1; later they go on from where they were, whatever they are given.
 //
-// Answer the segment's first byte, its bytes, its kind, and in `offset` where it stands in the
+// Return the segment's first byte; store its bytes, its kind, and in `offset` where it is in the
 // string.  The service keeps one walk, so one side of a comparison is listed and the other walked.
 const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
-                                unsigned int *segLen, uint16_t *kind, unsigned int *offset);
+                                size_t *segLen, uint16_t *kind, size_t *offset);
 const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
-                              unsigned int *segLen, uint16_t *kind, unsigned int *offset);
+                              size_t *segLen, uint16_t *kind, size_t *offset);
 
 // Whether segments of these kinds may be compared; `common` receives the kind that governs how.
 bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common);
@@ -38,11 +38,12 @@ struct Side {
     decltype(&NextSegmentFromList) next;
     const CSDescriptor *cs;
     const char *str;
-    int length; // for the walker; of a string that is one segment, its bytes
+    int length;  // for the walker
+    size_t size; // of a string that is one segment
 
     const char *at;
-    unsigned int left;   // bytes of the segment from `at` on
-    unsigned int offset; // of the segment in the string
+    size_t left;   // bytes of the segment from `at` on
+    size_t offset; // of the segment in the string
     uint16_t kind;
 };
 
@@ -52,70 +53,67 @@ inline void FetchSegment(Side *side, bool first)
         side->at = side->next(side->cs, side->str, side->length, first, &side->left, &side->kind,
                               &side->offset);
     } else {
-        const auto size = static_cast<unsigned int>(side->length);
-        side->at = first ? side->str : side->str + size;
-        side->left = first ? size : 0;
-        side->offset = first ? 0 : size;
-        side->kind = first && size != 0 ? side->cs->csNum : uint16_t{CS_SEG_END};
+        side->at = first ? side->str : side->str + side->size;
+        side->left = first ? side->size : 0;
+        side->offset = first ? 0 : side->size;
+        side->kind = first && side->size != 0 ? side->cs->csNum : uint16_t{CS_SEG_END};
     }
 }
 
-inline void Advance(Side *side, int step)
+inline void Advance(Side *side, size_t step)
 {
     side->at += step;
-    side->left -= static_cast<unsigned int>(step);
+    side->left -= step;
 }
 
-// A number of bytes as the runs take it.
-inline int Signed(unsigned int bytes)
-{
-    return static_cast<int>(std::min(bytes, static_cast<unsigned int>(INT32_MAX)));
-}
+// How two runs compare: 0 for alike, and then the bytes passed on each side, and the characters
+// where these are counted.
+struct RunResult {
+    int order;
+    size_t step1;
+    size_t step2;
+    int chars;
+};
 
-// Compares two runs in upper case, character by character, up to the end of either or, with a
-// `charLimit` that is not negative, so many characters.  `judge` says how two characters compare: 0
-// for alike.  Answers 0 when all were alike, and then what each side has consumed and how many
-// characters that was (`chars` only with a limit); else what the judge said.
+inline constexpr int kNoLimit = -1; // of characters
+
+// Compares what is left of two segments in upper case, character by character, up to the end of
+// either or, with a `charLimit`, so many characters.  `judge` says how two characters compare: 0 for
+// alike.
 template <class Judge>
-int CompareRunInUpperCase(const char *p1, const char *p2, int avail1, int avail2, int charLimit,
-                          const CaseTableRecord *record, int *step1, int *step2, int *chars,
-                          Judge judge)
+RunResult CompareRunInUpperCase(const Side &side1, const Side &side2, int charLimit,
+                                const CaseTableRecord *record, Judge judge)
 {
     const bool limited = charLimit >= 0;
     // Nothing is to be looked up in a run that both have in the same bytes.
-    if (!limited && avail1 == avail2 &&
-        std::memcmp(p1, p2, static_cast<size_t>(std::max(avail1, 0))) == 0) {
-        *step1 = *step2 = avail1;
-        return 0;
-    }
+    if (!limited && side1.left == side2.left && std::memcmp(side1.at, side2.at, side1.left) == 0)
+        return {0, side1.left, side2.left, 0};
     UpShiftTable table;
     SetUpShiftTable(&table, record);
-    const auto *at1 = reinterpret_cast<const uint8_t *>(p1);
-    const auto *at2 = reinterpret_cast<const uint8_t *>(p2);
-    const uint8_t *const end1 = at1 + avail1;
-    const uint8_t *const end2 = at2 + avail2;
+    const auto *const begin1 = reinterpret_cast<const uint8_t *>(side1.at);
+    const auto *const begin2 = reinterpret_cast<const uint8_t *>(side2.at);
+    const uint8_t *at1 = begin1, *const end1 = begin1 + side1.left;
+    const uint8_t *at2 = begin2, *const end2 = begin2 + side2.left;
     int left = limited ? charLimit : INT32_MAX;
     while (at1 < end1 && at2 < end2 && left > 0) {
-        const auto most = std::min({end1 - at1, end2 - at2, static_cast<ptrdiff_t>(left)});
+        const ptrdiff_t both = std::min(end1 - at1, end2 - at2);
+        const ptrdiff_t most = limited ? std::min<ptrdiff_t>(both, left) : both;
         const size_t alike = MappedAlike(&table.map, at1, at2, static_cast<size_t>(most));
         at1 += alike;
         at2 += alike;
         left -= limited ? static_cast<int>(alike) : 0;
         if (static_cast<ptrdiff_t>(alike) == most)
             continue;
-        const UpShifted upper1 = UpShiftOne(&table, at1, static_cast<int>(end1 - at1));
-        const UpShifted upper2 = UpShiftOne(&table, at2, static_cast<int>(end2 - at2));
-        if (const int verdict = judge(upper1, upper2); verdict != 0)
-            return verdict;
+        const UpShifted upper1 = UpShiftOne(&table, at1, end1 - at1);
+        const UpShifted upper2 = UpShiftOne(&table, at2, end2 - at2);
+        if (const int order = judge(upper1, upper2); order != 0)
+            return {order, 0, 0, 0};
         at1 += upper1.consumed;
         at2 += upper2.consumed;
         left -= limited ? 1 : 0;
     }
-    *step1 = static_cast<int>(at1 - reinterpret_cast<const uint8_t *>(p1));
-    *step2 = static_cast<int>(at2 - reinterpret_cast<const uint8_t *>(p2));
-    if (limited)
-        *chars = charLimit - left;
-    return 0;
+    return {0, static_cast<size_t>(at1 - begin1), static_cast<size_t>(at2 - begin2),
+            limited ? charLimit - left : 0};
 }
 
 } // namespace libstr

@@ -43,7 +43,7 @@ const PairRule *FindRule(const PairRule *rules, int32_t count, uint8_t byte)
 }
 
 // The first entry of a lead byte; null for none.
-const LeadEntry *FindLead(UpShiftTable *table, uint8_t byte, int avail)
+const LeadEntry *FindLead(UpShiftTable *table, uint8_t byte, ptrdiff_t avail)
 {
     constexpr int kLongRun = 16; // bytes, for which an index is worth while
     if (!table->leadsAreIndexed && avail >= kLongRun) {
@@ -73,7 +73,7 @@ int FindExpansion(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 }
 
 // The bytes written, 0 when there is no rule for this pair of bytes.
-int FindPairUpShift(const uint8_t *in, int avail, uint8_t *out, UpShiftTable *table)
+int FindPairUpShift(const uint8_t *in, ptrdiff_t avail, uint8_t *out, UpShiftTable *table)
 {
     const LeadEntry *const lead = FindLead(table, in[0], avail);
     if (lead == nullptr)
@@ -98,7 +98,7 @@ void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record)
     table->leadsAreIndexed = false;
 }
 
-UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, int avail)
+UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail)
 {
     UpShifted result = {{in[0], 0}, 1, 1};
     if (const int expanded = FindExpansion(in, result.bytes, *table); expanded != 0) {

@@ -35,9 +35,9 @@ struct UpShifted {
 };
 
 // What a character that has no one-byte upper case in the byte map becomes.
-UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, int avail);
+UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail);
 
-inline UpShifted UpShiftOne(UpShiftTable *table, const uint8_t *in, int avail)
+inline UpShifted UpShiftOne(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail)
 {
     const uint8_t upper = table->map.upper[*in];
     return upper != 0 ? UpShifted{{upper, 0}, 1, 1} : UpShiftByLists(table, in, avail);

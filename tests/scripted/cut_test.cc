@@ -12,8 +12,6 @@
 #include <platform/er.h>
 #include <platform/os.h>
 #include <str/str.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace
 {
@@ -205,34 +203,6 @@ TEST_F(ScriptedEscapes, MemoryThatRunsOutLeavesTheSplitUsable)
     script.segments = {{kByteSet, 4}};
     EXPECT_STREQ(TrySplit("efgh", 3).second, "h") << "a shorter text needs no memory";
 }
-
-// A text of so many bytes over the same few pages of memory, again and again.
-class LongText
-{
-  public:
-    explicit LongText(size_t size) : mapped_((size / kPiece + 1) * kPiece)
-    {
-        const int fd = memfd_create("text", 0);
-        const std::string piece(kPiece, 'x');
-        EXPECT_EQ(write(fd, piece.data(), kPiece), ssize_t{kPiece});
-        void *const room = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        text_ = static_cast<char *>(room);
-        for (size_t at = 0; at < mapped_; at += kPiece)
-            mmap(text_ + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, fd, 0);
-        close(fd);
-        text_[size] = '\0';
-    }
-    ~LongText() { munmap(text_, mapped_); }
-    LongText(const LongText &) = delete;
-    LongText &operator=(const LongText &) = delete;
-
-    const char *c_str() const { return text_; }
-
-  private:
-    static constexpr size_t kPiece = 1 << 21;
-    size_t mapped_;
-    char *text_;
-};
 
 TEST_F(ScriptedEscapes, TextsOf4GiBAreRefusedWhereTheyCannotBeAnswered)
 {

@@ -37,4 +37,21 @@ class Guarded
     GuardedRoom room_;
 };
 
+// A text of so many bytes over the same few pages of memory, again and again.
+class LongText
+{
+  public:
+    explicit LongText(std::size_t size);
+    ~LongText();
+    LongText(const LongText &) = delete;
+    LongText &operator=(const LongText &) = delete;
+
+    const char *c_str() const { return text_; }
+
+  private:
+    static constexpr std::size_t kPiece = 1 << 21;
+    std::size_t mapped_;
+    char *text_;
+};
+
 #endif
