@@ -19,18 +19,18 @@
 namespace libstr
 {
 
-// Runs body(context) in an environment of its own.  `setCurrent` makes an environment current and
+// Runs body(context) in an environment of its own.  SetCurrent makes an environment current and
 // returns the one that it replaces.  True when the body returned, false when a jump ended it; the
 // enclosing environment is current again in both cases.
-STR_OPAQUE inline bool RunProtected(void (*body)(void *), void *context,
-                                    sigjmp_buf *(*setCurrent)(sigjmp_buf *))
+template <sigjmp_buf *(*SetCurrent)(sigjmp_buf *)>
+STR_OPAQUE bool RunProtected(void (*body)(void *), void *context)
 {
     sigjmp_buf environment;
-    sigjmp_buf *const enclosing = setCurrent(&environment);
+    sigjmp_buf *const enclosing = SetCurrent(&environment);
     const bool escaped = sigsetjmp(environment, 0) != 0;
     if (!escaped)
         body(context);
-    setCurrent(enclosing);
+    SetCurrent(enclosing);
     return !escaped;
 }
 

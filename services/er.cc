@@ -219,7 +219,7 @@ sigjmp_buf *er_GetCurrEnv(void) { return theEnvironment; }
 
 int er_Protect(void (*body)(void *), void *context)
 {
-    return libstr::RunProtected(body, context, er_SetCurrEnv) ? 1 : 0;
+    return libstr::RunProtected<er_SetCurrEnv>(body, context) ? 1 : 0;
 }
 
 void er_TracedEscape(int escapeClass, int code, const char *sourceFile, int line)

@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/frame.h"
 
-#include "base/protected.h"
-
 #include <cstdio>
 #include <cstdlib>
 
+template bool libstr::RunProtected<er_SetCurrEnv>(void (*body)(void *), void *context);
+
 namespace libstr::frame
 {
-
-bool RunProtected(void (*body)(void *), void *context)
-{
-    return libstr::RunProtected(body, context, er_SetCurrEnv);
-}
 
 void PassOn(const char *source, int line)
 {

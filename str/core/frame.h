@@ -8,9 +8,14 @@
 #ifndef STR_CORE_FRAME_H
 #define STR_CORE_FRAME_H
 
+#include "base/protected.h"
+
 #include <platform/er.h>
 
 #include <type_traits>
+
+// One function, in a source of its own.
+extern template bool libstr::RunProtected<er_SetCurrEnv>(void (*body)(void *), void *context);
 
 namespace libstr::frame
 {
@@ -29,10 +34,6 @@ inline void TraceExit(const char *name)
         er_RealLogProc(ER_TRACE_CALL, name, 0);
 }
 
-// Runs body(context) in an error environment of its own.  True when the body returned, false when
-// an escape ended it; the enclosing environment is current again in both cases.
-bool RunProtected(void (*body)(void *), void *context);
-
 // Raises an escape of the library.
 [[noreturn]] inline void Raise(const char *source, int code, int line = __builtin_LINE())
 {
@@ -42,11 +43,13 @@ bool RunProtected(void (*body)(void *), void *context);
 // Passes a live escape on to the current environment; returns when none is live.
 void PassOn(const char *source, int line);
 
-// Calls body() from behind a pointer, for RunProtected.
+// Runs body() in an error environment of its own.  True when it returned, false when an escape ended
+// it; the enclosing environment is current again in both cases.
 template <class Body>
 bool RunProtected(Body &body)
 {
-    return RunProtected([](void *context) { (*static_cast<Body *>(context))(); }, &body);
+    const auto call = [](void *context) { (*static_cast<Body *>(context))(); };
+    return libstr::RunProtected<er_SetCurrEnv>(call, &body);
 }
 
 // Runs body() and forgets an escape that ends it: the error status is what it was.
