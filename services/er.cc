@@ -12,6 +12,8 @@
 #include "base/protected.h"
 #include "services/services.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -120,20 +122,11 @@ void PutMessage(Line *line, const char *text, va_list arguments)
     }
 }
 
-// Never 0.  Not GLib's: there need not be one for the other word size.
-uint32_t Hash(const char *text)
-{
-    uint32_t hash = 0;
-    for (; *text != '\0'; ++text)
-        hash = hash * 33 + static_cast<unsigned char>(*text);
-    return hash | 1;
-}
-
 // Whether the default sink has said this before, and it stays said.
 bool WasSaid(const char *text)
 {
     static std::atomic<uint32_t> said[256]; // by their hashes, 0 for a free place
-    const uint32_t hash = Hash(text);
+    const uint32_t hash = g_str_hash(text) | 1;
     for (std::atomic<uint32_t> &place : said) {
         uint32_t there = 0;
         if (place.compare_exchange_strong(there, hash) || there == hash)
