@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Case tables over services that fail: every call in turn, files damaged in every way, and an
-// account of what is held.
+// Case tables over services that fail: files damaged in every way, and an account of what is held.
 #include "services/services.h"
 #include "tests/scripted/files.h"
 #include "tests/support/casetable.h"
@@ -88,77 +87,7 @@ class ScriptedCaseTables : public CaseTableTest
     size_t blocks;
 };
 
-// ---- Every call in turn ---------------------------------------------------------------------
-
-const struct Work {
-    const char *name;
-    bool needsCompiled;
-    int (*run)();
-} kWorks[] = {
-    {"compile", false, Compile},   {"load", true, Load},          {"first use", false, FirstUse},
-    {"later use", true, FirstUse}, {"work area", false, ReadAll},
-};
-
-// That the compiled file cannot be written, or the source not closed, is no failure; nor, to the
-// work area, that a table of it cannot be had.
-bool GoesOn(const Work &work, const std::string &call, int escapeClass)
-{
-    for (const char *other :
-         {"", "os_fclose", "os_open", "os_fdopen", "os_fwrite", "os_rename", "ext_ChownToVornith"})
-        if (call == other)
-            return true;
-    return work.run == ReadAll && escapeClass == 3 && call != "os_opendir" && call != "os_readdir";
-}
-
-class EveryCall : public ScriptedCaseTables
-{
-  protected:
-    // Lets the call after `callsLeft` more fail; false when there are not so many.
-    bool Fail(const Work &work, int callsLeft, int escapeClass) const
-    {
-        if (!work.needsCompiled)
-            RemoveCompiled();
-        files = {};
-        files.callsLeft = callsLeft;
-        files.escapeClass = escapeClass;
-        int result = 4711;
-        bool environmentIsOurs = true; // an escape comes to it, or nobody would see it
-        const int code = Escaped([&] {
-            sigjmp_buf *const ours = er_GetCurrEnv();
-            result = work.run();
-            environmentIsOurs = er_GetCurrEnv() == ours;
-        });
-        files.escapeClass = 0;
-        const std::string call = files.failed;
-        SCOPED_TRACE(std::string(work.name) + ", " + call + " " + std::to_string(callsLeft));
-        EXPECT_TRUE(environmentIsOurs);
-        const bool goesOn = GoesOn(work, call, escapeClass);
-        EXPECT_EQ(code, goesOn || escapeClass == 3 ? 0 : OS_ESC_FILE);
-        EXPECT_EQ(result, code != 0 ? 4711 : goesOn ? 1 : 0);
-        EXPECT_TRUE(goesOn || IsClear(theRecord));
-        EXPECT_TRUE(goesOn || code != 0 || pCaseTabs == nullptr) << "the slot is given back";
-        EXPECT_EQ(IsCompiled() ? RulesOf(Compiled()) : kMeaning, kMeaning) << "whole or not there";
-        if (call == "os_fclose" && IsCompiled())
-            CloseSource();
-        str_FreeCTEntry(&theRecord);
-        ReleaseTables();
-        ExpectNothingHeld();
-        return !call.empty();
-    }
-};
-
-TEST_F(EveryCall, MayRaiseAnEscapeAndTheNextWorkIsUndisturbed)
-{
-    for (const Work &work : kWorks)
-        for (const int escapeClass : {3, 5}) {
-            int calls = 0;
-            for (; Fail(work, calls, escapeClass); ++calls) {
-                EXPECT_FALSE(Fail(work, INT_MAX, escapeClass));
-                ASSERT_FALSE(HasFailure());
-            }
-            EXPECT_GT(calls, 12) << work.name;
-        }
-}
+// ---- Calls that fail ------------------------------------------------------------------------
 
 TEST_F(ScriptedCaseTables, AWrongSourceThatCannotBeClosedIsAnEscape)
 {

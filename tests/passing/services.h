@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Services that pass every call on to the default ones, except the call that a test wants to fail or
+// to answer nonsense, and that keep an account of what is held.
+#ifndef TESTS_PASSING_SERVICES_H
+#define TESTS_PASSING_SERVICES_H
+
+#include <climits>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace passing
+{
+
+// The call after so many more raises an escape of that class and does nothing; class 0: none does.
+// Where `only` names a function, its calls alone count.
+struct Failure {
+    int callsLeft = 0, escapeClass = 0;
+    std::string only;
+    std::string failed; // the function that did raise it
+};
+extern Failure failure;
+
+inline constexpr int kCode = 4711; // of those escapes
+
+// What the length services, the walk and the flags answer in place of the default ones.
+struct Nonsense {
+    std::optional<int> length;       // of units and characters
+    std::optional<unsigned> segment; // bytes of each segment, as many as `segments`
+    std::optional<unsigned> flags;
+    int segments = 1;
+};
+extern Nonsense nonsense;
+
+// What was given out and has not come back.
+struct Held {
+    std::set<const void *> blocks; // of memory
+    std::set<const void *> open;   // streams and directories
+    int locks = 0;
+};
+extern Held held;
+
+} // namespace passing
+
+#endif
