@@ -22,7 +22,7 @@ using passing::held;
 // What a work answers, as text.
 std::string theAnswer;
 void Answer(const char *text) { theAnswer = text == nullptr ? "null" : text; }
-void Answer(long number) { theAnswer = std::to_string(number); }
+void Answer(int64_t number) { theAnswer = std::to_string(number); }
 
 const CSDescriptor kMail = DescriptorOf("ISO-2022-JP"), kT61 = DescriptorOf("T.61"),
                    kUtf8 = DescriptorOf("UTF8"), kLatin = DescriptorOf("ISO-8859-1"),
