@@ -89,7 +89,9 @@ PASS(void, dstring_appendN, (dstring *string, const char *bytes, unsigned int co
 PASS(void, dstring_appendChar, (dstring *string, char byte), (string, byte))
 PASS(void, dstring_set, (dstring *string, const char *text, int length), (string, text, length))
 
-uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return nonsense.flags.value_or(NEXT(ccs_GetCSFlags)(cs)); }
+PASS(uint32_t, ccs_GetCSFlags, (const CSDescriptor *cs), (cs))
+PASS(uint16_t, ccs_Get1stStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
+PASS(uint16_t, ccs_GetNextStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
 int16_t ccs_GetNumBytes(const CSDescriptor *cs) { return static_cast<int16_t>(nonsense.length.value_or(NEXT(ccs_GetNumBytes)(cs))); }
 int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs) { return nonsense.length.value_or(NEXT(ccs_GetCtrlLen)(at, avail, cs)); }
 int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor *cs) { return nonsense.length.value_or(NEXT(ccs_GetT61BaseUnitLen)(at, avail, cs)); }
@@ -100,21 +102,6 @@ int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescripto
     const int counts = NEXT(ccs_GetNextCharLen)(at, avail, length, cs);
     *length = nonsense.length.value_or(*length);
     return counts;
-}
-
-uint16_t ccs_Get1stStr(const CSDescriptor *cs, const char *text, int length, unsigned int *size)
-{
-    const uint16_t kind = NEXT(ccs_Get1stStr)(cs, text, length, size);
-    *size = nonsense.segment.value_or(*size);
-    return kind;
-}
-
-uint16_t ccs_GetNextStr(const CSDescriptor *cs, const char *text, int length, unsigned int *size)
-{
-    if (nonsense.segment)
-        return *size = *nonsense.segment,
-               --nonsense.segments > 0 ? cs->csNum : uint16_t{CS_SEG_END};
-    return NEXT(ccs_GetNextStr)(cs, text, length, size);
 }
 
 void *os_malloc(size_t size) { return Hold(&held.blocks, NEXT(os_malloc)(size)); }

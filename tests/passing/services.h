@@ -24,12 +24,9 @@ extern Failure failure;
 
 inline constexpr int kCode = 4711; // of those escapes
 
-// What the length services, the walk and the flags answer in place of the default ones.
+// What the length services answer in place of the default ones.
 struct Nonsense {
-    std::optional<int> length;       // of units and characters
-    std::optional<unsigned> segment; // bytes of each segment, as many as `segments`
-    std::optional<unsigned> flags;
-    int segments = 1;
+    std::optional<int> length; // of units and characters
 };
 extern Nonsense nonsense;
 

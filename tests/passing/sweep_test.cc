@@ -2,6 +2,7 @@
 //
 // Every export that calls a service, with each of its calls failing in turn: the answer or the escape
 // is the documented one, nothing stays held, and the next call is right.
+#include "services/services.h"
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
 #include "tests/support/escape.h"
@@ -133,6 +134,8 @@ class EveryCall : public CaseTableTest
             << "whole or not there";
         str_FreeCTEntry(&theRecord);
         ReleaseTables();
+        char noTable;
+        ccs_SetCSTable(-1, &noTable); // nor is any registered
         if (failure.failed == "os_fclose")
             CloseAll(); // what could not be closed is the caller's
         EXPECT_TRUE(held.open.empty());
@@ -189,6 +192,17 @@ TEST_F(EveryCall, MayRaiseAnEscapeAndTheNextIsRight)
                 EXPECT_EQ(theAnswer, right);
             }
     }
+}
+
+// What a length service may not answer stops a walk; it never leads it out of the text.
+TEST_F(EveryCall, TakesNonsenseForTheEndOfASegment)
+{
+    for (const Work &work : kWorks)
+        for (const int length : {0, -1, -32768, 32767}) {
+            passing::nonsense.length = length;
+            EXPECT_EQ(Run(work), 0) << work.name;
+            passing::nonsense = {};
+        }
 }
 
 } // namespace
