@@ -127,7 +127,7 @@ char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescri
     const bool done = frame::Protect(
         kSource, frame::Accept(5),
         [&] {
-            UpperCase(str, Fit<unsigned int>(kSource, Fit<int>(kSource, bytes)), cs, &result);
+            UpperCase(str, static_cast<unsigned int>(Fit<int>(kSource, bytes)), cs, &result);
             result.buffer[result.used] = '\0';
             length = Fit<int>(kSource, result.used);
         },

@@ -70,7 +70,7 @@ void PutUs(std::string &pattern, char wildcard, const CSDescriptor &cs)
 std::string PatternOf(const MatchOptions &options)
 {
     const ccs_SetInfo set = FindSet(options.charset);
-    std::string pattern = Unescape(options.pattern).c_str(); // up to a NUL
+    std::string pattern = Unescape(options.pattern);
     try {
         if (options.utf8In || options.utf8Pattern)
             pattern = FromUtf8(pattern, set);

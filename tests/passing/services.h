@@ -5,7 +5,6 @@
 #ifndef TESTS_PASSING_SERVICES_H
 #define TESTS_PASSING_SERVICES_H
 
-#include <climits>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,21 +13,16 @@ namespace passing
 {
 
 // The call after so many more raises an escape of that class and does nothing; class 0: none does.
-// Where `only` names a function, its calls alone count.
 struct Failure {
     int callsLeft = 0, escapeClass = 0;
-    std::string only;
     std::string failed; // the function that did raise it
 };
 extern Failure failure;
 
 inline constexpr int kCode = 4711; // of those escapes
 
-// What the length services answer in place of the default ones.
-struct Nonsense {
-    std::optional<int> length; // of units and characters
-};
-extern Nonsense nonsense;
+// What the length services answer in place of the default ones, for units and characters.
+extern std::optional<int> nonsense;
 
 // What was given out and has not come back.
 struct Held {
