@@ -13,6 +13,8 @@
 #ifndef PLATFORM_ENC_H
 #define PLATFORM_ENC_H
 
+#include <str/codes.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -20,9 +22,6 @@ extern "C" {
 
 /* What `which` is for a case table source: plain bytes of the table's own set. */
 #define ENC_BYTES 0xFFFF
-
-/* Code of the escape raised here. */
-#define ENC_ESC_MALFORMED 24003 /* the text does not follow the notation */
 
 /* The bytes that the NUL-terminated `text` writes down; `length` receives their number.  They may
  * include NUL, and no NUL stands behind them.  They belong to the service, until the next call in

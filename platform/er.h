@@ -42,6 +42,8 @@
 #ifndef PLATFORM_ER_H
 #define PLATFORM_ER_H
 
+#include <str/codes.h>
+
 #include <setjmp.h>
 #include <stdint.h>
 
@@ -57,9 +59,6 @@ extern "C" {
 #define ER_NORETURN _Noreturn
 #endif
 #pragma GCC visibility push(default)
-
-/* The class of every escape that the library raises, and of those of the os_ functions. */
-#define ER_CLASS_LIBRARY 3
 
 /* Trace classes that the library uses. */
 #define ER_TRACE_CALL 19    /* entry and exit of an export, when the level is above 9 */

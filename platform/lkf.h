@@ -13,6 +13,8 @@
 #ifndef PLATFORM_LKF_H
 #define PLATFORM_LKF_H
 
+#include <str/codes.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -20,9 +22,6 @@ extern "C" {
 
 #define LKF_SHARED 1    /* excludes holders of LKF_EXCLUSIVE */
 #define LKF_EXCLUSIVE 2 /* excludes every other holder */
-
-/* Code of the escape raised here, besides OS_ESC_FILE. */
-#define LKF_ESC_TIMEOUT 24004 /* others hold the lock for too long */
 
 /* Waits until the lock of the file `path` is granted in mode `mode` and returns a handle for
  * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).  Whoever comes to share

@@ -27,6 +27,8 @@
 #ifndef PLATFORM_OS_H
 #define PLATFORM_OS_H
 
+#include <str/codes.h>
+
 #include <stddef.h>
 #include <stdio.h>
 #include <sys/types.h>
@@ -35,10 +37,6 @@
 extern "C" {
 #endif
 #pragma GCC visibility push(default)
-
-/* Codes of the escapes raised here. */
-#define OS_ESC_MEMORY 24001 /* the memory cannot be had */
-#define OS_ESC_FILE 24002   /* the file or directory cannot be opened, read or written */
 
 /* ---- Memory ------------------------------------------------------------------------------- */
 

@@ -4,9 +4,7 @@
 // traces and logs, and the catalogue of messages.
 //
 // Nothing here allocates: a message may have to say that memory ran out.
-#include <platform/enc.h>
 #include <platform/er.h>
-#include <platform/lkf.h>
 #include <platform/os.h>
 
 #include "base/protected.h"
@@ -41,23 +39,23 @@ struct Message {
 };
 
 constexpr Message kCatalogue[] = {
-    {200, "case table %s could not be read"},
-    {3084, "the name of the character set is longer than 39 characters"},
-    {23801, "the compiled case table ends too early"},
-    {23802, "this is no compiled case table of this version"},
-    {23803, "case table source %s could not be compiled: line %d"},
-    {23805, "the first word of a case table source must be TOUPPER"},
-    {23806, "the second word of a case table source must be CHARSET"},
-    {23807, "a word is missing at the end of the line"},
-    {23808, "the rule has no left side"},
-    {23809, "the rule has no right side"},
-    {23810, "the left side of the rule is too long"},
-    {23811, "the right side of the rule is too long"},
-    {23812, "the case table source holds no header"},
-    {23813, "the compiled case table could not be given to the service account"},
-    {23814, "the rule has no operator"},
-    {23816, "an operation on a text was given up"},
-    {24070, "%s%s"},
+    {STR_LOG_NO_TABLE, "case table %s could not be read"},
+    {STR_ESC_NAME_TOO_LONG, "the name of the character set is longer than 39 characters"},
+    {STR_ESC_ENDS_TOO_EARLY, "the compiled case table ends too early"},
+    {STR_ESC_NOT_A_CASE_TABLE, "this is no compiled case table of this version"},
+    {STR_LOG_NOT_COMPILED, "case table source %s could not be compiled: line %d"},
+    {STR_ESC_NOT_TOUPPER, "the first word of a case table source must be TOUPPER"},
+    {STR_ESC_NOT_CHARSET, "the second word of a case table source must be CHARSET"},
+    {STR_ESC_WORD_MISSING, "a word is missing at the end of the line"},
+    {STR_ESC_NO_LEFT_SIDE, "the rule has no left side"},
+    {STR_ESC_NO_RIGHT_SIDE, "the rule has no right side"},
+    {STR_ESC_LEFT_TOO_LONG, "the left side of the rule is too long"},
+    {STR_ESC_RIGHT_TOO_LONG, "the right side of the rule is too long"},
+    {STR_ESC_NO_HEADER, "the case table source holds no header"},
+    {STR_ESC_NOT_GIVEN, "the compiled case table could not be given to the service account"},
+    {STR_ESC_NO_OPERATOR, "the rule has no operator"},
+    {STR_LOG_GIVEN_UP, "an operation on a text was given up"},
+    {STR_LOG_INVALID_UTF8, "%s%s"},
     {OS_ESC_MEMORY, "out of memory"},
     {OS_ESC_FILE, "a file or directory could not be opened, read, written or locked"},
     {ENC_ESC_MALFORMED, "malformed notation of bytes"},
@@ -136,7 +134,10 @@ bool WasSaid(const char *text)
 }
 
 // Why a set has no table, which each use of it finds out again.
-bool IsReason(int32_t code) { return theStatus.live != 0 && (code == 0 || code == 23803); }
+bool IsReason(int32_t code)
+{
+    return theStatus.live != 0 && (code == 0 || code == STR_LOG_NOT_COMPILED);
+}
 
 void Log(int32_t code, const char *text)
 {

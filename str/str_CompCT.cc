@@ -35,20 +35,6 @@ constexpr size_t kNameSize = sizeof CaseTableRecord::CharSetName;
 constexpr size_t kSideSize = 20;
 constexpr int kMostSideBytes = 2;
 
-enum : int { // what can be wrong with a source, and with its compiled file
-    kNameTooLong = 3084,
-    kNotToUpper = 23805,
-    kNotCharset = 23806,
-    kWordMissing = 23807,
-    kNoLeftSide = 23808,
-    kNoRightSide = 23809,
-    kLeftTooLong = 23810,
-    kRightTooLong = 23811,
-    kNoHeader = 23812,
-    kNotGiven = 23813,
-    kNoOperator = 23814,
-};
-
 // ---- Words ---------------------------------------------------------------------------------
 
 // Part of the line; no NUL stands behind it.
@@ -91,7 +77,7 @@ Word NextWord(FILE *stream, bool freshLine, bool sameLine)
     theScan = SkipSpace(theScan);
     if (*theScan == '\0') {
         if (sameLine)
-            frame::Raise(kSource, kWordMissing);
+            frame::Raise(kSource, STR_ESC_WORD_MISSING);
         if (!NextSignificantLine(stream))
             return {nullptr, 0};
         theScan = SkipSpace(theLine);
@@ -114,15 +100,15 @@ void ParseCharSetLine(FILE *stream, char (&name)[kNameSize])
 {
     Word word = NextWord(stream, true, false);
     if (word.text == nullptr)
-        frame::Raise(kSource, kNoHeader);
+        frame::Raise(kSource, STR_ESC_NO_HEADER);
     if (!Matches(word, "TOUPPER"))
-        frame::Raise(kSource, kNotToUpper);
+        frame::Raise(kSource, STR_ESC_NOT_TOUPPER);
     word = NextWord(stream, false, true);
     if (!Matches(word, "CHARSET"))
-        frame::Raise(kSource, kNotCharset);
+        frame::Raise(kSource, STR_ESC_NOT_CHARSET);
     word = NextWord(stream, false, true);
     if (word.length >= kNameSize)
-        frame::Raise(kSource, kNameTooLong);
+        frame::Raise(kSource, STR_ESC_NAME_TOO_LONG);
     for (size_t i = 0; i < word.length; ++i)
         name[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(word.text[i])));
     name[word.length] = '\0';
@@ -180,20 +166,20 @@ bool SplitRule(FILE *stream, bool first, char (&left)[kSideSize], char (&right)[
         return false;
     const Word leftSide = {word.text, Span(word, "=<-", false)};
     if (leftSide.length == 0)
-        frame::Raise(kSource, kNoLeftSide);
+        frame::Raise(kSource, STR_ESC_NO_LEFT_SIDE);
     if (leftSide.length >= kSideSize)
-        frame::Raise(kSource, kLeftTooLong);
+        frame::Raise(kSource, STR_ESC_LEFT_TOO_LONG);
 
     const Word operation = RestOrNextWord(stream, word, leftSide.length);
     const size_t operators = Span(operation, "<>=-", true);
     if (operators == 0)
-        frame::Raise(kSource, kNoOperator);
+        frame::Raise(kSource, STR_ESC_NO_OPERATOR);
 
     const Word rightSide = RestOrNextWord(stream, operation, operators);
     if (rightSide.length == 0)
-        frame::Raise(kSource, kNoRightSide);
+        frame::Raise(kSource, STR_ESC_NO_RIGHT_SIDE);
     if (rightSide.length >= kSideSize)
-        frame::Raise(kSource, kRightTooLong);
+        frame::Raise(kSource, STR_ESC_RIGHT_TOO_LONG);
 
     CopySide(leftSide, left);
     CopySide(rightSide, right);
@@ -260,8 +246,8 @@ void ReadRules(FILE *stream, CaseTableRecord *record)
     char leftText[kSideSize];
     char rightText[kSideSize];
     for (bool first = true; SplitRule(stream, first, leftText, rightText); first = false) {
-        const Side left = Decode(leftText, kNoLeftSide, kLeftTooLong);
-        const Side right = Decode(rightText, kNoRightSide, kRightTooLong);
+        const Side left = Decode(leftText, STR_ESC_NO_LEFT_SIDE, STR_ESC_LEFT_TOO_LONG);
+        const Side right = Decode(rightText, STR_ESC_NO_RIGHT_SIDE, STR_ESC_RIGHT_TOO_LONG);
         if (left.length == 2)
             AddTrailRule(record, left, right);
         else if (right.length == 2)
@@ -338,7 +324,7 @@ void WriteCompiledTable(const char *compiledName, const CaseTableRecord *record)
             const int descriptor = os_open(kTemporary, O_WRONLY | O_CREAT | O_TRUNC, 0664);
             stream = os_fdopen(descriptor, "w");
             if (ext_ChownToVornith(kTemporary) != 0)
-                frame::Raise(kSource, kNotGiven);
+                frame::Raise(kSource, STR_ESC_NOT_GIVEN);
             os_umask(mask);
             maskIsOurs = false;
             WriteCaseTableFile(stream, record);
@@ -422,7 +408,7 @@ int str_CompileCaseTable(const char *sourceName, const char *compiledName, CaseT
             str_FreeCTEntry(record); // before the close, which may escape
             if (source != nullptr)
                 os_fclose(source);
-            er_EnhLogMsg(3, 3, 23803, "%s%d", sourceName, theLineNumber, 0);
+            er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", sourceName, theLineNumber, 0);
         });
     frame::TraceExit("str_CompileCaseTable");
     return compiled ? 1 : 0;

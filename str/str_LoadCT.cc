@@ -17,13 +17,10 @@ namespace
 
 constexpr char kSource[] = "str/str_LoadCT";
 
-constexpr int kEndsTooEarly = 23801;
-constexpr int kNotACaseTable = 23802;
-
 void Read(void *into, size_t size, FILE *stream)
 {
     if (os_fread(into, 1, size, stream) < size)
-        frame::Raise(kSource, kEndsTooEarly);
+        frame::Raise(kSource, STR_ESC_ENDS_TOO_EARLY);
 }
 
 void ReadCaseTableHeader(FILE *stream)
@@ -32,7 +29,7 @@ void ReadCaseTableHeader(FILE *stream)
     Read(&header, sizeof header, stream);
     if (header.magic != CASE_TABLE_MAGIC || header.version != CASE_TABLE_VERSION ||
         header.zero != 0)
-        frame::Raise(kSource, kNotACaseTable);
+        frame::Raise(kSource, STR_ESC_NOT_A_CASE_TABLE);
 }
 
 // The record as it stands in the file, naming nothing yet.
@@ -48,7 +45,7 @@ CaseTableRecord ReadRecord(FILE *stream)
 int32_t CheckedCount(int32_t count)
 {
     if (count > kMostEntries)
-        frame::Raise(kSource, kNotACaseTable);
+        frame::Raise(kSource, STR_ESC_NOT_A_CASE_TABLE);
     return count < 0 ? 0 : count;
 }
 

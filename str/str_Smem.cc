@@ -40,7 +40,7 @@ void ReadSources(void *directory, int32_t companion, void *csTable)
         const uint32_t set = SetOfSource(entry->name);
         if (set != 0 &&
             str_ReadCaseTable(set, &pWkAreaTabs, &NumWkAreaTabs, companion, csTable) == nullptr)
-            er_LogMsg(3, 117, 200, entry->name, 0);
+            er_LogMsg(3, 117, STR_LOG_NO_TABLE, entry->name, 0);
     }
 }
 

@@ -125,13 +125,13 @@ char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescri
     const size_t bytes = LengthOf(str, length);
     Result result = {nullptr, 0, 0};
     const bool done = frame::Protect(
-        kSource, frame::Accept(5),
+        kSource, frame::Accept(ER_CLASS_CONVERSION),
         [&] {
             UpperCase(str, static_cast<unsigned int>(Fit<int>(kSource, bytes)), cs, &result);
             result.buffer[result.used] = '\0';
             length = Fit<int>(kSource, result.used);
         },
-        [] { er_LogMsg(3, 3, 23816, 0); });
+        [] { er_LogMsg(3, 3, STR_LOG_GIVEN_UP, 0); });
     if (!done)
         return nullptr;
     *outLen = length;

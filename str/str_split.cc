@@ -247,7 +247,7 @@ char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned 
             *second = parts.second;
             *secondLen = parts.secondLen;
         },
-        [] { er_LogMsg(3, 3, 23816, 0); });
+        [] { er_LogMsg(3, 3, STR_LOG_GIVEN_UP, 0); });
     frame::TraceExit("str_DoSplit");
     return theBuffer;
 }

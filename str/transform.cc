@@ -20,7 +20,6 @@ using namespace libstr;
 namespace
 {
 
-constexpr int kInvalidInput = 24070; // log code
 constexpr char kInvalidText[] = "str_TransformUTF8InputStr(), Invalid UTF8 in input string: ";
 
 // The transform buffer; readied by the first call.
@@ -206,7 +205,7 @@ char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *speci
     if (g_utf8_validate(input, maxLen, &bad))
         Rewrite(input, {specials, replacements, dropChars, escape < 0x80 ? escape : kNone}, prefix);
     else
-        er_LogMsg(11, 100, kInvalidInput, kInvalidText, bad, 0);
+        er_LogMsg(11, 100, STR_LOG_INVALID_UTF8, kInvalidText, bad, 0);
     *outLen = theBuffer.length;
     char *const result = Result(input, maxLen);
     frame::TraceExit("str_TransformUTF8InputStr");

@@ -86,7 +86,7 @@ int theFailedLine;
 
 void TakeLog(int code, const char *text)
 {
-    if (code != 23803)
+    if (code != STR_LOG_NOT_COMPILED)
         return;
     const char *const end = text + std::strlen(text);
     const char *digits = end;
