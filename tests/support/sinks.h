@@ -23,9 +23,8 @@ struct Sinks {
             if (marker >= 0)
                 traced += std::to_string(traceClass) + (marker == 1 ? "+" : "-") + text + " ";
         });
-        er_SetLogSink([](int code, const char *text) {
-            logged += std::to_string(code) + " " + text + "\n";
-        });
+        er_SetLogSink(
+            [](int code, const char *text) { logged += std::to_string(code) + " " + text + "\n"; });
     }
     ~Sinks()
     {
