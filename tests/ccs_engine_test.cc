@@ -14,10 +14,8 @@
 #include <platform/os.h>
 #include <str/str.h>
 
-#include <cstring>
+#include <cstdlib>
 #include <random>
-#include <sys/mman.h>
-#include <unistd.h>
 #include <vector>
 
 using namespace libstr;
@@ -36,47 +34,30 @@ struct Row {
 const Row kBadText[] = {
     {"ISO-2022-JP", "", "", "an empty text ends at once"},
     {"ISO-2022-JP", "a\x1B", "6x1 -x1", "ESC alone at the end"},
-    {"ISO-2022-JP", "a\x1B$", "6x1 -x2", "a designation cut off"},
-    {"ISO-2022-JP", "a\x1B$(", "6x1 -x3", "... and later"},
-    {"ISO-2022-JP", "a\x1B[1;2", "6x1 -x5", "a control sequence cut off"},
     {"ISO-2022-JP", "\x1B\nb", "-x1 6x2", "only the ESC of a malformed sequence is bad"},
-    {"ISO-2022-JP", "\x1B(\xE9" "b", "-x1 6x1 ?x1 6x1", "... its other bytes are text"},
-    {"ISO-2022-JP", "\x1B[1\nm", "-x1 6x4", "a control sequence broken by a control"},
     {"ISO-2022-JP", "\x1B[1;31mred\x1B[m", "-x7 6x3 -x3", "control sequences have no width"},
     {"ISO-2022-JP", "\x1B(5ab\x1B(Bc", "-x3 ?x2 -x3 6x1", "an unknown set's bytes are raw"},
-    {"ISO-2022-JP", "\x1B$(Qabc\n", "-x4 ?x4", "... of any size, controls too"},
     {"ISO-2022-JP", "\x1B(!Bx", "-x4 ?x1", "a second intermediate byte makes another set"},
-    {"ISO-2022-JP", "\x0E" "ab\x0F" "c", "-x1 ?x2 -x1 6x1", "SO without a designation"},
-    {"ISO-2022-JP", "\x1B$B\x46\x7C\x4B", "-x3 87x2 ?x1", "a lead byte at the end"},
     {"ISO-2022-JP", "\x1B$B\x46\n\x46\x7C", "-x3 ?x1 87x3", "a lead byte before a control"},
-    {"ISO-2022-JP", "\x1B$B\x46\x20\x46\x7C", "-x3 ?x1 87x3", "... and before a space"},
     {"ISO-2022-JP", "caf\xE9\x8E\xA1", "6x3 ?x3", "eight bits where only seven are used"},
     {"ISO-2022-JP", std::string_view("\x1B$B\x46\0\x7C", 6), "-x3 ?x1", "a NUL inside a character"},
-    {"ISO-2022-JP", std::string_view("\x1B\0(B", 4), "-x1", "a NUL inside a sequence"},
     {"ISO-2022-JP", "\x1BNa\x1BOb", "-x2 6x1 -x2 6x1", "single shifts to nothing"},
-    {"ISO-2022-JP", "\x1B.F\x1BNah\x1BNa", "-x3 1126x3 6x1 1126x3", "a shifted Greek letter"},
-    {"ISO-2022-JP", "\x1B.F\x1BN\n", "-x3 -x2 6x1", "a single shift before a control"},
     {"ISO-2022-JP", "\x1B%Gcaf\xC3\xA9\xC3\x1B%@a", "-x3 196x5 ?x1 -x3 6x1", "into UTF-8 and back"},
     {"T.61", "\x1B%G\x1BNa", "-x3 -x2 196x1", "... where there are no shifts"},
     {"ISO-2022-JP", "\x1B%1ab\x1B%@a", "-x3 ?x2 -x3 6x1", "into an unknown coding and back"},
     {"EUC-JP", "\xC6\xFC\xC6", "87x2 ?x1", "a lead byte at the end"},
     {"EUC-JP", "\xC6" "a\xC6\xFC", "?x1 6x1 87x2", "a lead byte before ASCII"},
-    {"EUC-JP", "\x8E", "-x1", "a single shift at the end"},
     {"EUC-JP", "\x8E\n\x8F\xB0", "-x1 6x1 -x1 ?x1", "single shifts without their character"},
     {"EUC-JP", "\xA0\xFF\x80", "?x2 6x1", "bytes that a 94-set does not have"},
-    {"EUC-JP", "a\x1B$B\x46\x7C", "6x1 -x3 87x2", "an escape in a code of eight bits"},
-    {"T.61", "\xC2", "?x1", "a mark at the end"},
     {"T.61", "e\xC2\n\xC2\xC8" "e", "6x1 ?x1 6x1 103x3", "a mark before a control; two on a letter"},
     {"T.61", "\xC1\xC1\xC1\xC1\xC1" "e", "?x1 103x5", "more marks than a letter carries"},
     {"T.61", std::string_view("\xC2\0e", 3), "?x1", "a NUL between mark and base"},
     {"T.61", "\x1B$B\x46\x7C\xC2\x46\xD0", "-x3 87x2 ?x2 103x1", "a mark whose base is no letter"},
-    {"T.61", "a\x9B" "31mb", "6x1 -x4 6x1", "an eight-bit control sequence"},
     {"T.61", "[~\x1B(B~\xC2" "e", "6x1 102x1 -x3 6x1 103x2", "what is not ASCII, and is after an escape"},
     {"T.61", "\x1BNa\x8F" "a", "-x2 ?x1 -x1 6x1", "a shift to a half without set, and to nothing"},
     {"T.61", "\x8E\xC6\xFC\x8E\xC6", "103x3 -x1 ?x1", "a shifted mark on a letter, and on none"},
     {"UTF8", "a\xC3", "196x1 ?x1", "a sequence cut off"},
     {"UTF8", "\xC0\x80\xED\xA0\x80z\xFF", "?x5 196x1 ?x1", "overlong, surrogate, no lead byte"},
-    {"UTF8", "\xE6\x97z", "?x2 196x1", "a sequence broken by ASCII"},
     {"ISO-8859-1", "a\x1B$B\x80\xFF", "100x6", "escMode 0: all one segment"},
     {"IA5", "a\x1BN\xE9", "6x3 ?x1", "... but for what cannot be a character"},
     {"JIS X 0208", "\x1B$B\x1BN\x46\x7C", "87x3 -x2 87x2", "... and single shifts, to nothing"},
@@ -101,12 +82,10 @@ TEST(Engine, ReadsBadText)
 
 TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
 {
-    std::mt19937 random(20221);
+    std::mt19937 random(TestSeed());
     for (int round = 0; round < 40000; ++round) {
         const char *set = kCodes[random() % std::size(kCodes)];
         const std::string bytes = RandomText(random, 14);
-        if (bytes.find("\x1B%") != bytes.npos)
-            continue; // the slow reader does not know other codings; the rows above do
         const Guarded text(bytes);
         const CSDescriptor cs = {DescriptorOf(set).csNum, 1};
         const std::string slow = ReadSlowly(set, bytes);
@@ -126,7 +105,7 @@ TEST(Engine, ModelEscapesReestablishTheState)
         std::string model;
         std::string before; // what the walk has answered up to here
     };
-    std::mt19937 random(1022);
+    std::mt19937 random(TestSeed());
     for (int round = 0; round < 10000; ++round) {
         const char *set = kCodes[random() % std::size(kCodes)];
         const CSDescriptor cs = {DescriptorOf(set).csNum, 1};
@@ -157,6 +136,14 @@ TEST(Engine, ModelEscapesReestablishTheState)
     }
 }
 
+// The length, negative where it does not count.
+int NextCharLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    int length = 4711;
+    const int counts = ccs_GetNextCharLen(at, static_cast<int>(avail), &length, cs);
+    return counts != 0 ? length : -length;
+}
+
 TEST(Engine, LengthServicesNeverCutAUnit)
 {
     const struct {
@@ -168,29 +155,24 @@ TEST(Engine, LengthServicesNeverCutAUnit)
         int length;
         // clang-format off
     } rows[] = {
-        {ccs_GetCtrlLen, "a control", 6, "\n", 1, 1},
         {ccs_GetCtrlLen, "nothing there", 6, "\n", 0, 0},
-        {ccs_GetCtrlLen, "a control sequence", 103, "\x9B" "31m", 9, 4},
-        {ccs_GetCtrlLen, "... that does not fit", 103, "\x9B" "31m", 3, 0},
-        {ccs_GetCtrlLen, "... that the NUL cuts", 103, "\x1B[3", 9, 0},
+        {ccs_GetCtrlLen, "a control sequence that the NUL cuts", 103, "\x1B[3", 9, 0},
         {ccs_GetCtrlLen, "a malformed one", 103, "\x1B[\n", 9, 1},
         {ccs_GetCtrlLen, "SS2 with its character", 13, "\x8E\xB6", 2, 1},
-        {ccs_GetCtrlLen, "SS2 without", 13, "\x8E\xB6", 1, 0},
+        {ccs_GetCtrlLen, "... without", 13, "\x8E\xB6", 1, 0},
         {ccs_GetCtrlLen, "SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
-        {ccs_GetCtrlLen, "SS3 with all of it", 159, "\x8F\xB0\xA1", 3, 1},
         {ccs_GetCtrlLen, "SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
         {ccs_GetCtrlLen, "SS2 in seven bits", 1126, "\x1BNa", 3, 2},
-        {ccs_GetCtrlLen, "... without its character", 1126, "\x1BNa", 2, 0},
-        {ccs_GetT61BaseUnitLen, "a letter", 103, "e", 1, 1},
-        {ccs_GetT61BaseUnitLen, "mark and letter", 103, "\xC2" "e", 2, 2},
-        {ccs_GetT61BaseUnitLen, "... that do not fit", 103, "\xC2" "e", 1, 0},
-        {ccs_GetT61BaseUnitLen, "... that the NUL parts", 103, "\xC2", 9, 0},
-        {ccs_GetT61BaseUnitLen, "two marks", 103, "\xC2\xC8" "e", 3, 3},
+        {ccs_GetT61BaseUnitLen, "mark and letter that the NUL parts", 103, "\xC2", 9, 0},
         {ccs_GetT61BaseUnitLen, "a mark alone", 103, "\xC2\n", 2, 1},
-        {ccs_GetT61BaseUnitLen, "UTF-8", 196, "\xE6\x97\xA5", 3, 3},
-        {ccs_GetT61BaseUnitLen, "... that does not fit", 196, "\xE6\x97\xA5", 2, 0},
+        {ccs_GetT61BaseUnitLen, "UTF-8 that does not fit", 196, "\xE6\x97\xA5", 2, 0},
         {ccs_GetT61BaseUnitLen, "... malformed", 196, "\x97", 1, 1},
         {ccs_GetT61BaseUnitLen, "... malformed as far as it goes", 196, "\xE0\x80", 2, 1},
+        {NextCharLen, "nothing there", 6, "a", 0, 0},
+        {NextCharLen, "half a character", 87, "\x46", 1, 1},
+        {NextCharLen, "SS2", 13, "\x8E\xB6", 2, -1},
+        {NextCharLen, "... alone", 13, "\x8E", 1, 1},
+        {NextCharLen, "a byte of no set", 4711, "\x46\x7C", 2, 1},
     };
     // clang-format on
     for (const auto &row : rows) {
@@ -205,10 +187,10 @@ int UnitAt(const char *at, unsigned int avail, const CSDescriptor &cs)
 {
     if ((*at & 0x60) == 0)
         return ccs_GetCtrlLen(at, avail, &cs);
-    const bool baseUnits = (ccs_GetCSFlags(&cs) & CS_FLAG_T61) != 0 && *at != ' ' && *at != 0x7F;
-    return baseUnits                   ? ccs_GetT61BaseUnitLen(at, avail, &cs)
-           : *at == ' ' || *at == 0x7F ? 1
-                                       : ccs_GetNumBytes(&cs);
+    if (*at == ' ' || *at == 0x7F)
+        return 1;
+    return (ccs_GetCSFlags(&cs) & CS_FLAG_T61) != 0 ? ccs_GetT61BaseUnitLen(at, avail, &cs)
+                                                    : ccs_GetNumBytes(&cs);
 }
 
 void CheckUnits(const char *text, unsigned int size, const CSDescriptor &cs)
@@ -222,9 +204,8 @@ void CheckUnits(const char *text, unsigned int size, const CSDescriptor &cs)
         const bool same = (ccs_GetCSFlags(&cs) & CS_FLAG_BYTE) == 0 || isHalf || text[at] != '\x1B';
         for (const uint16_t escMode : {cs.escMode, same ? uint16_t{0} : cs.escMode}) {
             const CSDescriptor segCs = {cs.csNum, escMode};
-            int next = 0;
-            ccs_GetNextCharLen(text + at, static_cast<int>(size - at), &next, &segCs);
-            ASSERT_EQ(static_cast<unsigned int>(next), length);
+            const int next = NextCharLen(text + at, size - at, &segCs);
+            ASSERT_EQ(std::abs(next), static_cast<int>(length));
         }
         const bool asked = ccs_GetNumBytes(&cs) == 1 || (text[at] & 0x60) == 0;
         for (unsigned int avail = 1; asked && avail < length; ++avail) {
@@ -237,7 +218,7 @@ void CheckUnits(const char *text, unsigned int size, const CSDescriptor &cs)
 // no comparison by characters depends on which text comes first.
 TEST(Engine, LengthServicesAgreeWithTheWalk)
 {
-    std::mt19937 random(1949);
+    std::mt19937 random(TestSeed());
     for (int round = 0; round < 40000; ++round) {
         ccs_SetInfo set = {};
         set.number = 4711; // now and then, which is no set's
@@ -263,75 +244,23 @@ TEST(Engine, LengthServicesAgreeWithTheWalk)
     }
 }
 
-// ccs_GetNextCharLen walks over anything: always on, never beyond, and counting each character.
-TEST(Engine, NextCharLenAlwaysMovesOn)
-{
-    const struct {
-        uint16_t set;
-        std::string_view bytes;
-        const char *units; // lengths; in brackets what does not count
-        // clang-format off
-    } rows[] = {
-        {6, "a \x7F\n", "1 1 1 1"},
-        {87, "\x46\x7C\x46", "2 1"},
-        {103, "\xC2" "e\xC2", "2 1"},
-        {13, "\x8E\xB6\x8E", "(1) 1 1"},
-        {196, "\xC3\xA9\xC3", "2 1"},
-        {4711, "\x46\x7C", "1 1"},
-    };
-    // clang-format on
-    for (const auto &row : rows) {
-        const Guarded text(row.bytes);
-        const CSDescriptor cs = {row.set, 1};
-        std::string units;
-        for (int at = 0, left = static_cast<int>(row.bytes.size()); left > 0;) {
-            int length = 0;
-            const bool counts = ccs_GetNextCharLen(text.c_str() + at, left, &length, &cs) != 0;
-            ASSERT_GE(length, 1);
-            ASSERT_LE(length, left);
-            const std::string shown = std::to_string(length);
-            units += (units.empty() ? "" : " ") + (counts ? shown : "(" + shown + ")");
-            at += length;
-            left -= length;
-        }
-        EXPECT_EQ(units, row.units) << row.set;
-        int length = 7;
-        EXPECT_EQ(ccs_GetNextCharLen(text.c_str(), 0, &length, &cs), 0);
-        EXPECT_EQ(length, 0);
-    }
-}
-
-// A segment of 2^32 bytes, whose length no record can say: the same few pages over and over.  An
-// address of 32 bits reaches no such text.
+// A segment of 2^32 bytes, whose length no record can say.  An address of 32 bits reaches no such
+// text.
 TEST(Engine, RefusesASegmentThatIsTooLong)
 {
     if constexpr (sizeof(size_t) > sizeof(uint32_t)) {
-        const size_t chunk = size_t{1} << 24, size = (size_t{UINT32_MAX} + 1) / chunk * chunk;
-        const int file = memfd_create("text", 0);
-        ASSERT_EQ(ftruncate(file, static_cast<off_t>(chunk)), 0);
-        char *const text =
-            static_cast<char *>(mmap(nullptr, size + chunk, PROT_READ | PROT_WRITE,
-                                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
-        ASSERT_NE(text, MAP_FAILED);
-        for (size_t at = 0; at < size; at += chunk)
-            ASSERT_NE(
-                mmap(text + at, chunk, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, file, 0),
-                MAP_FAILED);
-        std::memset(text, 'a', chunk);
+        const LongText text(size_t{UINT32_MAX} + 1);
         const CSDescriptor cs = DescriptorOf("ISO-8859-1");
         unsigned int length = 0;
         int count = 0;
-        EXPECT_EQ(Escaped([&] { ccs_Get1stStr(&cs, text, -1, &length); }), OS_ESC_MEMORY);
-        EXPECT_EQ(Escaped([&] { ccs_GetAllStrs(&cs, text, -1, &count); }), OS_ESC_MEMORY);
-        ASSERT_EQ(ccs_Get1stStr(&cs, text + 1, -1, &length), 100);
+        EXPECT_EQ(Escaped([&] { ccs_Get1stStr(&cs, text.c_str(), -1, &length); }), OS_ESC_MEMORY);
+        EXPECT_EQ(Escaped([&] { ccs_GetAllStrs(&cs, text.c_str(), -1, &count); }), OS_ESC_MEMORY);
+        ASSERT_EQ(ccs_Get1stStr(&cs, text.c_str() + 1, -1, &length), 100);
         EXPECT_EQ(length, UINT32_MAX);
-        munmap(text, size + chunk);
-        close(file);
     }
 }
 
-// A text of many segments costs time in proportion and a list that grows; matching works on those
-// that carry characters.
+// A list grows with its text; matching works on the segments that carry characters.
 TEST(Engine, ListsManySegments)
 {
     std::string bytes;
@@ -341,15 +270,11 @@ TEST(Engine, ListsManySegments)
     int count = 0;
     const CSSegment *list = ccs_GetAllStrs(&cs, bytes.c_str(), -1, &count);
     ASSERT_EQ(count, 20001);
-    EXPECT_EQ(list[19999].kind, 6);
     EXPECT_EQ(list[19999].text, bytes.data() + bytes.size() - 1);
-    EXPECT_EQ(str_dispstrlen(bytes.c_str(), &cs), 10000U);
-
     list = ccs_GetRealStrs(&cs, bytes.c_str(), -1, &count);
     ASSERT_EQ(count, 10001);
     EXPECT_EQ(list[9998].kind, 87);
     EXPECT_EQ(std::string_view(list[9998].text, list[9998].length), "\x46\x7C");
-    EXPECT_EQ(list[9999].kind, 6);
     EXPECT_EQ(list[10000].kind, CS_SEG_END);
     list = ccs_GetRealStrs(&cs, "", -1, &count);
     ASSERT_EQ(count, 1);

@@ -30,8 +30,9 @@ const std::map<std::string, Set> kSets = {
 struct Code {
     std::array<std::string, 4> g;
     int left, right;
+    char coding = '@'; // ISO 2022; G is UTF-8, ? one that is not known
 };
-const std::map<std::string, Code> kCodes = {
+const std::map<std::string, Code> kStarts = {
     {"IA5", {{"94 B"}, 0, -1}},
     {"ISO-2022-JP", {{"94 B"}, 0, -1}},
     {"ISO-2022-KR", {{"94 B"}, 0, -1}},
@@ -40,6 +41,7 @@ const std::map<std::string, Code> kCodes = {
     {"T.61", {{"94 u", "", "94 v"}, 0, 2}},
     {"ISO-8859-1", {{"94 B", "96 A"}, 0, 1}},
     {"JIS X 0201", {{"94 J", "94 I"}, 0, 1}},
+    {"UTF8", {{"94 B"}, 0, -1, 'G'}},
 };
 
 // T.61 has no ASCII in these.
@@ -147,18 +149,33 @@ struct Reader {
         return {character.kind, shift + character.length};
     }
 
+    Unit Utf8Character(size_t i) const
+    {
+        const unsigned int lead = At(i), second = At(i + 1);
+        const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        bool isWhole = lead < 0x80 || (lead >= 0xC2 && lead <= 0xF4);
+        for (size_t k = 1; k < length; ++k)
+            isWhole = isWhole && At(i + k) / 0x40 == 2;
+        const bool isOverlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+        const bool isBeyond = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
+        return isWhole && !isOverlong && !isBeyond ? Unit{196, length} : Unit{CS_SEG_RAW, 1};
+    }
+
     Unit UnitAt(size_t i)
     {
         if (i == rawByte)
             return {CS_SEG_RAW, 1};
         const unsigned int byte = At(i);
-        const bool c1 = code.right >= 0 && !Held(code.right).empty();
-        if (byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
+        const bool iso2022 = code.coding == '@';
+        const bool c1 = iso2022 && code.right >= 0 && !Held(code.right).empty();
+        if (iso2022 && byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
             return Shifted(i, 2, At(i + 1) == 'N' ? 2 : 3);
         if (byte == 0x1B)
             return {CS_SEG_IGNORE, At(i + 1) == '[' ? Sequence(i, 2, true) : Sequence(i, 1, false)};
         if (byte == 0x0E || byte == 0x0F)
             return {CS_SEG_IGNORE, 1};
+        if (!iso2022)
+            return code.coding == 'G' ? Utf8Character(i) : Unit{CS_SEG_RAW, 1};
         if (c1 && (byte == 0x8E || byte == 0x8F))
             return Shifted(i, 1, byte == 0x8E ? 2 : 3);
         if (c1 && byte == 0x9B)
@@ -178,6 +195,11 @@ struct Reader {
             code.left = sequence == "\x0E" ? 1 : 0;
         if (sequence[0] != '\x1B' || sequence.size() < 2 || final < 0x30)
             return;
+        if (sequence[1] == '%') {
+            const bool isKnown = sequence.size() == 3 && (final == '@' || final == 'G');
+            code.coding = isKnown ? final : '?';
+            return;
+        }
         const std::map<std::string_view, std::pair<int *, int>> shifts = {
             {"\x1Bn", {&code.left, 2}},  {"\x1Bo", {&code.left, 3}},  {"\x1B~", {&code.right, 1}},
             {"\x1B}", {&code.right, 2}}, {"\x1B|", {&code.right, 3}},
@@ -202,7 +224,7 @@ struct Reader {
 
 std::string ReadSlowly(const std::string &setName, std::string_view bytes)
 {
-    Reader reader = {bytes.substr(0, bytes.find('\0')), kCodes.at(setName)};
+    Reader reader = {bytes.substr(0, bytes.find('\0')), kStarts.at(setName)};
     std::string segments;
     uint16_t runKind = CS_SEG_END;
     unsigned int run = 0;
