@@ -20,6 +20,7 @@ namespace passing
 
 Failure failure;
 std::optional<int> nonsense;
+std::string converted;
 Held held;
 
 namespace
@@ -83,7 +84,6 @@ PASS(os_dirent *, os_readdir, (void *dir), (dir))
 PASS(int, os_USPatternMatch, (const char *string, const char *pattern), (string, pattern))
 PASS(int, ext_ChownToVornith, (const char *path), (path))
 PASS(const unsigned char *, enc_ConvertLongEncodedStr, (const char *text, int which, int *length), (text, which, length))
-PASS(int, cvc_ConvertString, (int a, int b, const char *in, int inLength, const char *from, const char *to, char **result, int *resultLength, int *c, int *d, int *e), (a, b, in, inLength, from, to, result, resultLength, c, d, e))
 PASS(void, dstring_appendN, (dstring *string, const char *bytes, unsigned int count), (string, bytes, count))
 PASS(void, dstring_appendChar, (dstring *string, char byte), (string, byte))
 PASS(void, dstring_set, (dstring *string, const char *text, int length), (string, text, length))
@@ -101,6 +101,14 @@ int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescripto
     const int counts = NEXT(ccs_GetNextCharLen)(at, avail, length, cs);
     *length = nonsense.value_or(*length);
     return counts;
+}
+
+int cvc_ConvertString(int request, int options, const char *in, int inLength, const char *from,
+                      const char *to, char **result, int *resultLength, int *a, int *b, int *c)
+{
+    converted = std::to_string(request) + " " + std::to_string(options) + " " + from + ">" + to;
+    return NEXT(cvc_ConvertString)(request, options, in, inLength, from, to, result, resultLength,
+                                   a, b, c);
 }
 
 void *os_malloc(size_t size) { return Hold(&held.blocks, NEXT(os_malloc)(size)); }

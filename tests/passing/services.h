@@ -24,6 +24,9 @@ inline constexpr int kCode = 4711; // of those escapes
 // What the length services answer in place of the default ones, for units and characters.
 extern std::optional<int> nonsense;
 
+// The last request for a conversion: "12 0 from>to".
+extern std::string converted;
+
 // What was given out and has not come back.
 struct Held {
     std::set<const void *> blocks; // of memory

@@ -204,4 +204,17 @@ TEST_F(EveryCall, TakesNonsenseForTheEndOfASegment)
         }
 }
 
+TEST(Conversion, TheVariantNamesTheForms)
+{
+    for (const auto &[variant, forms] : {std::pair{0, "UCS2>UCS2UP"},
+                                         {3, "UCS2,7>UCS2UP,7"},
+                                         {4, "UCS2,8>UCS2UP,8"},
+                                         {5, "UCS2>UCS2UP"},
+                                         {-3, "UCS2>UCS2UP"}}) {
+        int length = 0;
+        str_ToUpperUni("a", 0, &length, variant);
+        EXPECT_EQ(passing::converted, "12 0 "s + forms);
+    }
+}
+
 } // namespace
