@@ -191,19 +191,23 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         EXPECT_EQ(Printed("UTF8", tooLong, INT_MAX, 2.5), "ab") << tooLong;
 }
 
-// Each text is longer than all before it, a number as well as a string.
+// Each text is far longer than all before it, a number as well as a string.
 TEST(Print, TheBufferGrows)
 {
-    for (int size = 1; size < 5000000; size += size / 2 + 1) {
-        std::vector<char> expected(static_cast<size_t>(size) + 10), room(expected.size());
-        const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
-        std::snprintf(expected.data(), expected.size(), "[%.*Lf]", size, 0.1L);
-        str_simplesprintf(&cs, room.data(), "[%.*Lf]", size, 0.1L);
+    const char *const format = "[%.*Lf]";
+    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
+    std::vector<char> expected(20000100), room(expected.size());
+    std::snprintf(expected.data(), expected.size(), "%Lf", 1e4000L); // its size is not foreseen
+    str_simplesprintf(&cs, room.data(), "%Lf", 1e4000L);
+    ASSERT_STREQ(room.data(), expected.data());
+    for (int size = 1; size < 5000000; size *= 4) {
+        const auto length = static_cast<size_t>(size) + 4; // [0.1...]
+        std::snprintf(expected.data(), expected.size(), format, size, 0.1L);
+        ASSERT_EQ(str_simplesprintf(&cs, room.data(), format, size, 0.1L),
+                  static_cast<int>(length));
         ASSERT_STREQ(room.data(), expected.data());
-        const std::string longer = expected.data() + std::string(30, 'x');
-        ASSERT_EQ(str_simplesprintf(&cs, (room = std::vector<char>(longer.size() + 1)).data(), "%s",
-                                    longer.c_str()),
-                  static_cast<int>(longer.size()));
+        const std::string longer = expected.data() + std::string(90, 'x');
+        str_simplesprintf(&cs, room.data(), "%s", longer.c_str());
         ASSERT_EQ(room.data(), longer);
     }
 }
