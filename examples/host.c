@@ -85,3 +85,12 @@ int main(void)
     run("narrow");
     return 0;
 }
+/* prints:
+ * trace 19 str_dispstrlen 1
+ * trace 19 escape 1 at host:62 -1
+ * 13 columns, escape 1 of class 100
+ * trace 19 str_dispstrlen 1
+ * trace 19 str_ToUpper 1
+ * trace 19 str_ToUpper 0
+ * 6 columns, "narrow", memory taken
+ */

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_install.sh CMAKE BUILD_DIR EXAMPLE: installs the build into a scratch folder of its own and
-# builds the example against that, as a user would: by pkg-config, with the shared libraries and
-# then with the archives alone. The case tables are found where nobody names a home, also after the
-# folder was moved.
+# check_install.sh CMAKE BUILD_DIR SOURCE_DIR: installs the build into a scratch folder of its own and
+# builds the examples against that, as a user would: by pkg-config, with the shared libraries and
+# then with the archives alone. Each prints what the comment at its end says, and holds the code that
+# the headers and README quote from it. The case tables are found where nobody names a home, also
+# after the folder was moved.
 set -euo pipefail
 unset DESTDIR STR_HOME
-cmake=$1 build=$2 example=$3
+cmake=$1 build=$2 source=$3
 prefix=$build/installed
 
 fail() {
@@ -35,28 +36,35 @@ home=$(dirname "$(find "$prefix" -path '*/share/*' -name toupper)")
 "$strtool" init-home "$prefix/home" | grep -qxF "export STR_HOME='$prefix/home'"
 [[ $(stat -c %a "$prefix/home/sys/toupper.lk") == 666 ]] || fail 'a home without a lock for everybody'
 
-cat >"$prefix/upper.c" <<'END'
-#include <platform/ccs.h>
-#include <str/str.h>
-
-int main(void)
-{
-    CSDescriptor cs;
-    int length = 0;
-    return ccs_GetCSDescriptor("ISO-8859-1", &cs) && *str_ToUpper("a", 1, &length, &cs) == 'A' ? 0 : 1;
+quoted() { # EXAMPLE FILE: the code that follows the example's name in the file
+    awk -v mark="examples/$1[)]?:\$" '$0 ~ mark { on = 1; next }
+        on && sub(/^( \*)?    +/, "") { print; code = 1; next }
+        code && /[^ *]/ { exit }' "$2"
 }
-END
+code() { sed 's|/\*.*\*/||; s/^ *//; s/ *$//; /^$/d' "$@"; } # without comments and indentation
+said() { sed '1,/^\/\* prints:$/d; /^ \*\/$/d; s/^ \* //' "$source/examples/$1.c"; } # EXAMPLE
+
 for kind in shared static; do
     option=()
     [[ $kind == shared ]] || { option=(--static) && rm "$libdir"/lib*.so; }
-    compile "$prefix/upper.c" "$bindir/upper-$kind" "${option[@]}"
-    compile "$example" "$bindir/width-$kind" "${option[@]}"
-    shown=$(LD_LIBRARY_PATH=$libdir "$bindir/width-$kind")
-    [[ $shown == $'ISO-8859-1 4\nISO-2022-JP 6\nUTF8 5' ]] || fail "$kind: shown:" "$shown"
+    for example in "$source"/examples/*.c; do
+        name=$(basename "$example" .c)
+        compile "$example" "$bindir/$name-$kind" "${option[@]}"
+        shown=$(LD_LIBRARY_PATH=$libdir "$bindir/$name-$kind")
+        [[ -n $shown && $shown == "$(said "$name")" ]] || fail "$name-$kind: shown:" "$shown"
+        grep -rlE "examples/$name.c[)]?:\$" "$source"/{include,README.md} >"$prefix/quoting" ||
+            fail "$example: quoted nowhere"
+        while read -r file; do
+            quote=$(quoted "$name.c" "$file" | code)
+            [[ -n $quote && $(code "$example") == *"$quote"* ]] ||
+                fail "$file: what it quotes is not in $name.c:" "$quote"
+        done <"$prefix/quoting"
+    done
 done
 mv "$prefix" "$prefix-moved"
 cd "$prefix-moved/${libdir#"$prefix/"}"
-for program in 'strtool upper --charset ia5 a' upper-shared upper-static; do
-    # shellcheck disable=SC2086 # words
-    LD_LIBRARY_PATH=. "$prefix-moved/${bindir#"$prefix/"}"/$program || fail "$program: no case table"
+LD_LIBRARY_PATH=. "$prefix-moved/${bindir#"$prefix/"}"/strtool upper --charset ia5 a
+for kind in shared static; do # compares without regard to case, by a table
+    shown=$(LD_LIBRARY_PATH=. "$prefix-moved/${bindir#"$prefix/"}"/compare-$kind)
+    [[ $shown == "$(said compare)" ]] || fail "compare-$kind: moved, shows:" "$shown"
 done

@@ -2,16 +2,44 @@
 /*
  * Comparison: whether two texts are equal, and which comes first.
  *
- * Texts are NUL-terminated, each in a set of its own (`cs1`, `cs2`) or both in the same (`cs`).
- * They are compared by what they say: escape and control sequences take no part, and segments need
- * not end at the same places.  Segments can be compared when they are of one set, or of an ASCII set
- * (CS_FLAG_ASCII) and one that holds ASCII (CS_FLAG_ASCII_SUPERSET), by whose case table they then
- * go; raw bytes with raw bytes alone.  Without regard to case characters are compared in upper case
- * where their set has a case table (str/case.h), which may be compiled or loaded for it.
+ * Twelve functions return 0 when two texts are equal, another value when they differ:
  *
- * Nothing is kept for the caller, and no escape is raised except by a service, and then passes
- * through.  GLib, which folds the case of UTF-8, ends the process when it cannot have memory for
- * that.  One comparison at a time may run in a process.
+ *                    to the end        first `chars`        first bytes:
+ *                                      characters           `bytes1`, `bytes2`
+ *     case counts
+ *       one set      str_strcmp        str_strncmp          str_strncmp2
+ *       two sets     str_strcmp3       str_strnccmp3        str_strnbcmp3
+ *     case does not count
+ *       one set      str_strucasecmp   str_strucasencmp     str_strucasencmp2
+ *       two sets     str_strucasecmp3  str_strucasenccmp3   str_strucasenbcmp3
+ *
+ * "One set": the descriptor `cs` is that of both texts.  "Two sets": `cs1` is that of `s1`, `cs2`
+ * that of `s2`.  From examples/compare.c:
+ *
+ *     if (str_strcmp3(entry, file, &t61, &cyrillic) != 0)
+ *         puts("not the same");
+ *     if (str_strucasecmp3(entry, file, &t61, &cyrillic) == 0)
+ *         puts("the same except for case");
+ *
+ * str_cmpTextStr puts texts in order, str_cmpORName puts X.400 addresses in order.
+ *
+ * Texts are NUL-terminated.  Escape and control sequences are not compared, so equal texts may be
+ * divided into segments differently.  Two segments can be compared when
+ *
+ *   - they are in the same set, or
+ *   - one is in an ASCII set (CS_FLAG_ASCII) and the other in a set that holds ASCII
+ *     (CS_FLAG_ASCII_SUPERSET); the case table of the second set is then used, or
+ *   - both are raw bytes.
+ *
+ * Their bytes are compared.  A set in the left half (ISO-2022-JP) has other bytes than the same set
+ * in the right half (EUC-JP), so these texts are not equal even if they say the same.
+ *
+ * Where case does not count, characters are compared in upper case if their set has a case table
+ * (str/case.h).  The table may be compiled or loaded for that.
+ *
+ * The library raises no escape here; an escape of a service passes through.  GLib folds the case of
+ * UTF-8, and ends the process when it has no memory for that.  Nothing is kept for the caller.  Run
+ * one comparison at a time in a process.
  */
 #ifndef STR_COMPARE_H
 #define STR_COMPARE_H
@@ -25,16 +53,11 @@ extern "C" {
 
 /* ---- Equality ------------------------------------------------------------------------------ */
 
-/* Whether two texts are equal: 0 when they are, else another value.
+/* The table at the top says what each does.  The sign of the result means something in two cases:
  *
- *     str_strcmp...       to the end
- *     str_strn...         the first `chars` characters
- *     str_strn...2, ...nb the first `bytes1` bytes of `s1` and the first `bytes2` of `s2`
- *     str_struca...       without regard to case
- *     ...3                with a descriptor for each text
- *
- * Of one set with CS_FLAG_BYTE, with regard to case, the value is that of strcmp or strncmp (which
- * takes `bytes1` for both limits); so is that of UTF-8 texts to the end. */
+ *   - case counts, and both texts are in the same set, which has CS_FLAG_BYTE: the result is that
+ *     of strcmp or strncmp.  A limit in bytes is then `bytes1` for both texts.
+ *   - case counts, and both texts are UTF-8, to the end: the result is that of strcmp. */
 int str_strcmp(const char *s1, const char *s2, const CSDescriptor *cs);
 int str_strcmp3(const char *s1, const char *s2, const CSDescriptor *cs1, const CSDescriptor *cs2);
 int str_strncmp(const char *s1, const char *s2, unsigned int chars, const CSDescriptor *cs);
@@ -55,60 +78,60 @@ int str_strucasencmp2(const char *s1, const char *s2, unsigned int bytes1, unsig
 int str_strucasenbcmp3(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
                        const CSDescriptor *cs1, const CSDescriptor *cs2);
 
-/* The engines behind them: 0 when the texts are equal as far as they are compared, 1 when they
- * differ.  `caseless` not 0 disregards case.
+/* The engines of these functions.  They return 0 when the texts are equal as far as they are
+ * compared, 1 when they differ.  Case does not count when `caseless` is not 0.
  *
- * To the end, UTF-8 is compared with UTF-8 alone, its case folded by GLib (g_utf8_casefold); a byte
- * of no well-formed character stands for itself.  With a limit the case of UTF-8 counts, as it has
- * no case table. */
+ * str_DoCompareToEnd finds UTF-8 equal only to UTF-8, or an empty text to an empty text.  Without
+ * regard to case it compares what g_utf8_casefold makes of it; a byte that is not part of a
+ * well-formed character equals only itself.  The engines with a limit have no case table for UTF-8,
+ * so there its case counts. */
 int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
                        const CSDescriptor *cs2);
 
-/* The first `bytes1` bytes of `s1` and the first `bytes2` of `s2`: a text that ends before its limit
- * is unequal to all.  Limits of 0 are equal to each other alone; a limit of 2^31 and more is none. */
+/* Compares the first `bytes1` bytes of `s1` with the first `bytes2` of `s2`.  A text that ends
+ * before its limit is unequal to every text, except that two empty texts are equal.  A limit of 0
+ * equals only another limit of 0.  A limit of 2^31 or more means the whole text. */
 int str_DoCompareByByteLen(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
                            int caseless, const CSDescriptor *cs1, const CSDescriptor *cs2);
 
-/* The first `chars` characters: texts that end before are unequal, even to themselves, unless both
- * are empty.  With 0 all are equal; 2^31 and more is no limit. */
+/* Compares the first `chars` characters.  Texts that end before that are unequal, even to
+ * themselves, unless both are empty.  With 0 all texts are equal.  2^31 or more means the whole
+ * texts. */
 int str_DoCompareByCharLen(const char *s1, const char *s2, unsigned int chars, int caseless,
                            const CSDescriptor *cs1, const CSDescriptor *cs2);
 
 /* ---- Order --------------------------------------------------------------------------------- */
 
-/* Orders two NUL-terminated texts, each in a set of its own: negative when `s1` comes first, 0 when
- * they are equal, positive when `s2` comes first.  A text comes before those that it begins, the
- * empty text before all others.  Escape and control sequences are not compared.
+/* Puts two texts in order, each in its own set.  Returns a negative value when `s1` comes first, 0
+ * when they are equal, a positive value when `s2` comes first.  A text comes before every longer
+ * text that begins with it, so the empty text comes first.
  *
- * With `caseless` not 0, characters of sets that have a case table are compared in upper case, and
- * then order by their bytes as signed numbers, 0x80 to 0xFF first; all other text orders by
- * unsigned bytes.
+ * Text is ordered by its bytes, as unsigned numbers.  With `caseless` not 0, characters of a set
+ * that has a case table are ordered by the bytes of their upper case, as signed numbers: 0x80 to
+ * 0xFF come first.  UTF-8 has no case table, so its case counts.  Of an ASCII set and a set that
+ * holds ASCII, the second set's case table is used; if each set is both, that of `s2`.
  *
- * Where the texts are in sets that cannot be compared, the sets decide: one with CS_FLAG_BYTE comes
- * before one without, then the last byte of the designation counts, then the number of the set.
+ * Where two segments cannot be compared, their sets decide.  A set with CS_FLAG_BYTE comes before
+ * one without; then the last byte of the designation decides, then the number of the set.
  *
- * Texts of one set without escape sequences are so put in order.  Where texts hold several sets, of
- * one code or of two, they need not be: ASCII and the sets that hold it are compared by their bytes,
- * but two of those with each other by their numbers, so that a may come before b, b before c, and c
- * before a.  Where both sets are ASCII and hold it, the case table is that of `s2`.  UTF-8 has no
- * case table, so its case counts here. */
+ * This is a total order for texts of one set without escape sequences.  For texts that hold several
+ * sets it may not be: ASCII is compared with the sets that hold it by bytes, but two of those sets
+ * are compared by number.  So a may come before b, b before c, and c before a. */
 int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
                    const CSDescriptor *cs2);
 
-/* Orders two O/R names (platform/nm.h says how they are written) by the attributes that
- * `attributes` names, separated by commas, in that order; the first attribute that differs decides.
- * 0 when none does, or none is named; otherwise negative when `orName1` comes first, positive when
- * `orName2` does.
+/* Puts two O/R names (X.400 addresses; platform/nm.h says how they are written) in order.
+ * `attributes` names attributes, separated by commas.  They are compared one after the other, and
+ * the first that differs decides.  Returns a negative value when `orName1` comes first, 0 when no
+ * attribute differs or none is named, a positive value when `orName2` comes first.
  *
- * Values are compared as str_cmpTextStr does, without regard to case.  That of a name is the T.61
- * form of the attribute, if the name has one whose set is called `charsetName` or `anyCharset` is
- * not 0; `charsetName` is then not looked at.  Otherwise it is the plain form, in IA5.  Only the
- * first 255 bytes of a value count.  An attribute that a name does not have compares as an empty
- * value does: equal to another that is not there, and before all others; so does an attribute that
- * nobody knows.
+ * Values are compared as str_cmpTextStr does without regard to case, the first 255 bytes of each.
+ * The value is the T.61 form of the attribute, if the name has one whose set is called
+ * `charsetName`, or has any and `anyCharset` is not 0 (`charsetName` is then not read).  Otherwise
+ * it is the plain form, which is in IA5.  An attribute that a name does not have, or that is
+ * unknown, compares as an empty value.
  *
- * A malformed name is compared by the attributes that stand before the fault.  Nothing is
- * allocated. */
+ * A malformed name has the attributes that come before the fault.  Nothing is allocated. */
 int str_cmpORName(const char *orName1, const char *orName2, const char *charsetName, int anyCharset,
                   const char *attributes);
 

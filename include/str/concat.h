@@ -2,19 +2,22 @@
 /*
  * Concatenation and search.
  *
- * In a set with CS_FLAG_ESCAPES, the escape sequences that switch back to ASCII are put between two
- * texts when the last segment of characters of the first is not in an ASCII set and the first such
- * segment of the second is.  A plain strcat would make the second be read in the set of the first.
+ * A plain strcat would let the second text be read in the set that the first one ends in.  In a set
+ * with CS_FLAG_ESCAPES these functions therefore put escape sequences between the two texts, which
+ * switch back to ASCII.  They do so when the last segment of characters in the first text is not in
+ * an ASCII set, and the first one in the second text is.
  *
- * Only segments of characters decide.  A text that ends in a bare escape sequence, such as one that
- * str_strlcpy has cut, is joined without a way back: the sequence stays in force, and the second
- * text may be read in the wrong set.  Nothing is put between the texts when the first ends, or the
- * second begins, in raw bytes, or when the second begins in a set other than ASCII.
+ * Two cases are left to the caller:
  *
- * Texts are NUL-terminated.  Destinations are the caller's and have room for the result: what they
- * hold, the escape sequences (at most 81 bytes with the default services), the text and its NUL.
- * Nothing is allocated or kept between calls.  The library raises no escape here; one that a
- * service raises passes through.
+ *   - The first text ends in a bare escape sequence, for example because str_strlcpy has cut it.
+ *     The sequence stays in force, and the second text may be read in the wrong set.
+ *   - The first text ends in raw bytes, or the second begins in raw bytes or in a set other than
+ *     ASCII.  Nothing is put between them.
+ *
+ * Texts are NUL-terminated.  A destination is the caller's.  It needs room for what it holds, the
+ * escape sequences (at most 81 bytes with the default services), the new text and a NUL.  Nothing
+ * is allocated, and nothing is kept between calls.  The library raises no escape here; an escape of
+ * a service passes through.
  */
 #ifndef STR_CONCAT_H
 #define STR_CONCAT_H
@@ -28,32 +31,33 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Returns the escape sequences to put between `dst` and `src` when `src` is appended to it; null
- * when none are.  They are NUL-terminated, belong to the character set service, and last until the
- * next call in the same thread.  `*escLen` receives their bytes, 0 for none; in a set without
- * CS_FLAG_ESCAPES it is not written. */
+/* Returns the escape sequences to put between `dst` and `src` when `src` is appended to it, or null
+ * when none are needed.  They are NUL-terminated, belong to the character set service, and last
+ * until the next call in the same thread.  `*escLen` receives their bytes, 0 for none; it is not
+ * written in a set without CS_FLAG_ESCAPES. */
 const char *str_GetEscapes(const char *dst, const char *src, const CSDescriptor *cs, int *escLen);
 
-/* Appends `src` to `dst`, after the escape sequences that are needed.  Returns `dst`. */
+/* Appends the escape sequences that are needed, and `src`, to `dst`.  Returns `dst`. */
 char *str_strcat(char *dst, const char *src, const CSDescriptor *cs);
 
-/* The same with at most `n` bytes of `src`, which may cut a character or an escape sequence, and a
- * NUL.  The escape sequences between the texts are appended whole and are not counted.  To see how
- * `src` begins, it is read beyond `n`, up to its NUL; in a set without CS_FLAG_ESCAPES it is not,
- * and this is strncat. */
+/* As str_strcat, but appends at most `n` bytes of `src`, and a NUL.  This may cut a character or an
+ * escape sequence.  The escape sequences between the texts are appended whole and do not count.
+ *
+ * In a set without CS_FLAG_ESCAPES this is strncat, which reads `n` bytes of `src` at most.
+ * Otherwise `src` is read up to its NUL. */
 char *str_strncat(char *dst, const char *src, size_t n, const CSDescriptor *cs);
 
-/* Returns the place of the first byte `ch` in the segments of `str` that are searched; null for
- * none.
+/* Returns a pointer to the first byte `ch` in `str`, null when there is none.
  *
- * With escMode 0 this is strchr: every byte is searched, and the NUL can be found.  Otherwise the
- * segments in ASCII sets (CS_FLAG_ASCII) are searched, or all segments of characters when the
- * string's own set has CS_FLAG_BYTE; never escape sequences, and never raw bytes.  The NUL is not
- * found then, and bytes from 0x80 on are found by their value as a signed char. */
+ * With escMode 0 this is strchr: every byte is searched, and the NUL can be found.
+ *
+ * Otherwise only segments in ASCII sets (CS_FLAG_ASCII) are searched; when the string's own set has
+ * CS_FLAG_BYTE, all segments of characters.  Escape sequences and raw bytes are never searched.
+ * The NUL is not found.  `ch` is the byte as a signed char, -128 to 127. */
 char *str_strchr(const char *str, int ch, const CSDescriptor *cs);
 
-/* Returns the place of the first of the `len` bytes at `seg` whose value as a signed char is `ch`;
- * null for none.  A NUL among them ends the search, and can be found itself. */
+/* Returns a pointer to the first byte `ch`, a signed char, among the `len` bytes at `seg`; null
+ * when there is none.  A NUL ends the search, and can be found itself. */
 char *str_dostrchr(const char *seg, int ch, unsigned int len);
 
 #pragma GCC visibility pop

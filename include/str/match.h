@@ -2,21 +2,21 @@
 /*
  * Pattern matching.
  *
- * In a pattern the byte US (0x1F) stands for any run of bytes, the empty run included.  Every other
- * byte stands for itself; case counts.  A pattern cannot ask for a US.  The whole text has to match.
+ * In a pattern the byte US (0x1F) stands for any run of bytes, including none.  Every other byte
+ * stands for itself; case counts.  A pattern cannot ask for a US.  The whole text has to match.
  *
- * The bytes between two US are a piece.  The bytes before the first US are the head, those after the
- * last are the tail.  The head begins the text and the tail ends it.  Each piece is taken at the
- * leftmost place after the one before.  No byte of the text serves two of them.
+ * A piece of a pattern is what is between two US.  The head is what comes before the first US, the
+ * tail what comes after the last.  The text must begin with the head and end with the tail.  Each
+ * piece is matched at the leftmost place after the one before it.  No byte of the text is used
+ * twice.
  *
  * Bytes are compared, not characters.  In a set of two-byte characters a piece can match the second
- * byte of one character and the first of the next.  A caller who must not have that compares by
- * characters where these functions return 1.  UTF-8 has no such places.
+ * byte of one character and the first byte of the next.  If that must not be, compare by characters
+ * where these functions return 1.  UTF-8 has no such places.
  *
- * None of these functions keeps what it is passed.  Time grows with the bytes of text and pattern.
- * There is one exception: a piece holds several sets, and among the sets are two that are each
- * equivalent to ASCII but not to each other.  Time may then grow with the bytes of the text times
- * those of the piece.
+ * Nothing that is passed is kept.  Time grows with the bytes of text and pattern.  There is one
+ * exception: a piece that holds several sets, two of which are each equivalent to ASCII but not to
+ * each other.  Time may then grow with the bytes of the text times those of the piece.
  */
 #ifndef STR_MATCH_H
 #define STR_MATCH_H
@@ -28,56 +28,58 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated and in the set of `cs`.
- * An escape sequence is not compared; it says which set the bytes after it are in.  Two bytes match
- * only where their sets are equivalent (see str_EquivTypes).  Raw bytes in a pattern match nothing.
+/* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated and in the set of
+ * `cs`.  Escape sequences are not compared; they say which set the bytes after them are in.  Two
+ * bytes match only if their sets are equivalent (see str_EquivTypes).  Raw bytes in a pattern match
+ * nothing.
  *
  * - Two identical texts match, raw bytes included.
  * - No other pattern matches the empty string, not even a lone US.
- * - Where string and pattern are each one segment, and their sets are equivalent, the answer is that
- *   of the service os_USPatternMatch.
- * - Otherwise, of two US that follow each other the second needs a byte of an equivalent set at or
- *   after its place: "a", US, US does not match "a".
+ * - If string and pattern are one segment each, of equivalent sets, the service os_USPatternMatch
+ *   decides.
+ * - Otherwise, of two US in a row the second needs a byte of an equivalent set at or after its
+ *   place: "a", US, US does not match "a".
  *
  * Returns 0 also when a text cannot be divided into segments, and when there is no memory for the
- * list of the string's segments.  The escape that says so, of class 3, ends here.  Every other escape
- * of a service goes on to the caller's environment.
+ * list of the string's segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other
+ * escape of a service goes on to the caller's environment.
  *
- * The list is kept in an array of the library.  The array grows to the longest list so far and is
- * never released.  It is one for the process: run one call at a time. */
+ * The list is in an array of the library, which grows to the longest list so far and is never
+ * released.  There is one for the process: run one call at a time. */
 int str_USPatternMatch(const char *string, const char *pattern, const CSDescriptor *cs);
 
-/* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated UTF-8.  Several US that
- * follow each other are as one.  A lone US matches every string: the empty one, and one that is not
- * well-formed.  For any other pattern the answer is 0 when the string or the pattern is not
- * well-formed.  Raises no escape, calls no service except the trace, and keeps no state. */
+/* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated UTF-8.  Several US in
+ * a row count as one.  A lone US matches every string, even an empty or malformed one.  For any
+ * other pattern the result is 0 when the string or the pattern is malformed.  Raises no escape,
+ * calls no service except the trace, and keeps no state. */
 int str_utf8USPatternMatch(const char *string, const char *pattern);
 
 /* ---- The steps of str_USPatternMatch ---------------------------------------------------------
  *
  * They work on lists of segments as ccs_GetRealStrs returns them, which end with a record of kind
- * CS_SEG_END.  The caller owns the lists; they are only read.  A position is a record and the offset
- * of a byte in it.  At the end of a list the offset means nothing.  A step moves the positions only
- * when it succeeds.  The steps allocate nothing, keep no state, and raise no escape of their own. */
+ * CS_SEG_END.  The caller owns the lists; they are only read.  A position is a record and the
+ * offset of a byte in it; at the end of a list the offset means nothing.  A step moves a position
+ * only when it succeeds, unless said otherwise.  The steps allocate nothing, keep no state, and
+ * raise no escape of their own. */
 
 /* Compares one piece: the pattern from its position to the next US, or to its end.  Returns 1 when
- * the piece stands at the string's position, else 0.  With `mode` 0 the string must also end there.
+ * the string has the piece at its position, else 0.  With `mode` 0 the string must also end there.
  * Then moves the string's position to the byte after the piece, and the pattern's to the US or the
  * end. */
 int str_Match(const CSSegment **stringRecord, const CSSegment **patternRecord,
               unsigned int *stringOffset, unsigned int *patternOffset, int mode);
 
-/* Finds the middle pieces.  Steps over a US at the pattern's position; then takes every piece that a
- * US follows at the leftmost place from the string's position on.  Returns 1 when it finds all of
- * them, and moves the pattern's position to the tail; else 0.  When there is no such piece, returns
- * 0 and yet steps over the US. */
+/* Finds the pieces between two US.  Steps over a US at the pattern's position.  Then matches each
+ * piece that a US follows at the leftmost place from the string's position on.  Returns 1 when all
+ * are found, and moves the pattern's position to the tail; else 0.  If there is no such piece,
+ * returns 0, but has still stepped over the US. */
 int str_RepeatMatch(const CSSegment **stringRecord, const CSSegment **patternRecord,
                     unsigned int *stringOffset, unsigned int *patternOffset);
 
 /* Returns 1 when the string ends with the rest of the pattern, else 0.  The rest begins at
  * `patternRecord` and `*patternOffset`, or after a US there.  `stringRecords` is the whole list of
- * the string, and `stringCount` the number of its records, the one at the end included.  Earlier
- * pieces are not looked at: the tail may be found in bytes that one of them has matched. */
+ * the string; `stringCount` is the number of its records, with the one at the end.  Earlier pieces
+ * are not considered: the tail may be found in bytes that one of them has matched. */
 int str_EndMatch(const CSSegment *stringRecords, const CSSegment *patternRecord,
                  unsigned int *patternOffset, int stringCount);
 
@@ -86,8 +88,8 @@ int str_EndMatch(const CSSegment *stringRecords, const CSSegment *patternRecord,
 void str_SkipUS(const CSSegment **record, unsigned int *offset);
 
 /* Returns 1 when bytes in segments of the two kinds may be compared, else 0.  They may be when both
- * kinds are the same set, when both are ASCII (CS_FLAG_ASCII), and when one is ASCII and the other
- * has both CS_FLAG_ASCII_SUPERSET and CS_FLAG_UNIFORM.  CS_SEG_RAW is equivalent to nothing, not even
+ * are the same set, when both are ASCII (CS_FLAG_ASCII), and when one is ASCII and the other has
+ * both CS_FLAG_ASCII_SUPERSET and CS_FLAG_UNIFORM.  CS_SEG_RAW is equivalent to nothing, not even
  * to itself.  A kind is passed as a signed 16-bit number. */
 int str_EquivTypes(int kind1, int kind2);
 

@@ -1,11 +1,15 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* All of libstr: include this one, or the header of a family alone. */
+/*
+ * All of libstr.  Include this header, or only that of a family.  charset.h shows how to begin:
+ * with the descriptor of a character set.
+ */
 #ifndef STR_STR_H
 #define STR_STR_H
 
 #include <str/case.h>
 #include <str/casetable.h>
 #include <str/charset.h>
+#include <str/codes.h>
 #include <str/compare.h>
 #include <str/concat.h>
 #include <str/display.h>

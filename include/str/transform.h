@@ -10,33 +10,35 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Rewrites the NUL-terminated UTF-8 `input`, character by character, by the first rule that applies:
+/* Rewrites the NUL-terminated UTF-8 `input`, character by character, by the first rule that
+ * applies:
  *
  * - With `prefixMode` not 0, groups in parentheses are copied whole, up to the first '=' outside of
- *   them or the end of the fourth group.  They do not nest; one that is not closed goes on to the
- *   end.
+ *   a group or the end of the fourth group.  Groups do not nest.  One that is not closed goes on to
+ *   the end.
  * - A character of `specials` is replaced by the NUL-terminated string replacements[i], where i is
- *   the byte at which it stands in `specials`: the slots of its other bytes are not looked at.  A
+ *   the offset in bytes of that character in `specials`.  Entries at other offsets are not read.  A
  *   null replacement is an empty one.
- * - `escChar`, which has to be ASCII, takes up to three decimal digits, of any script, for a number.
- *   0 to 31 becomes ESC and the byte 64 above it; more, the one byte of its low eight bits.  Without
- *   a digit the next character is copied, whatever it is; a NUL at the end of the input.
- * - A character of `dropChars` is deleted together with the one behind it.
- * - Any other is copied.
+ * - `escChar`, which has to be ASCII, is followed by a number: up to three decimal digits of any
+ *   script.  0 to 31 becomes ESC and the byte 64 higher; a greater number becomes one byte, its low
+ *   eight bits.  If no digit follows, the next character is copied whatever it is, or a NUL at the
+ *   end of the input.
+ * - A character of `dropChars` is deleted, and so is the next one.
+ * - Any other character is copied.
  *
- * `maxLen` is the number of bytes of `input` that have to be well-formed UTF-8 without a NUL in it,
- * negative for all up to the NUL.  It does not limit what is rewritten: bytes behind it that are
- * part of no well-formed character are characters by themselves.  So are such bytes in `specials`
- * and `dropChars`, which are NUL-terminated, and empty where there are none.
+ * The first `maxLen` bytes of `input` have to be well-formed UTF-8 without a NUL; if it is
+ * negative, all bytes up to the NUL.  The whole input is rewritten in any case.  After `maxLen`, a
+ * byte that is not part of a well-formed character is a character by itself.  So is such a byte in
+ * `specials` and `dropChars`, which are NUL-terminated, and empty when not used.
  *
- * Returns the result, `*outLen` bytes of which some may be NUL, and a NUL.  It stands in a buffer of
- * the library until the next call by anyone; the caller must not release it.  The buffer grows to
- * the longest result so far, and one call at a time may run in a process.
+ * Returns the result: `*outLen` bytes, some of which may be NUL, and a NUL.  It is in a buffer of
+ * the library, which the next call in any thread overwrites, and which the caller must not release.
+ * The buffer grows to the longest result so far.  Run one call at a time in a process.
  *
- * Where nothing results, `*outLen` is 0, and the result is the empty string when `maxLen` is 0 or
- * when it is negative and the input is empty; otherwise null.  It is null too when the input is not
- * well-formed; this logs 24070 with the input from its first bad byte on.  Raises no escape of its
- * own; one of the string service, when memory cannot be had, goes on to the caller's environment. */
+ * An empty result has an `*outLen` of 0.  It is the empty string if `maxLen` is 0, or is negative
+ * and the input is empty; otherwise null.  Malformed input returns null too, and logs
+ * STR_LOG_INVALID_UTF8 with the input from its first bad byte on.  The library raises no escape
+ * here; one of the string service, such as OS_ESC_MEMORY, goes on to the caller's environment. */
 char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *specials,
                                 const char *const *replacements, const char *dropChars,
                                 char escChar, int prefixMode, unsigned int *outLen);

@@ -14,30 +14,6 @@
 namespace libstr
 {
 
-// One layout in the file, in the process and in the image, whatever builds it.
-static_assert(sizeof(CaseTableRef) == 4);
-static_assert(offsetof(CaseTableRecord, CharSetName) == 0);
-static_assert(offsetof(CaseTableRecord, reserved) == 40);
-static_assert(offsetof(CaseTableRecord, pByteMap) == 84);
-static_assert(offsetof(CaseTableRecord, pExpansions) == 88);
-static_assert(offsetof(CaseTableRecord, MaxExpansions) == 92);
-static_assert(offsetof(CaseTableRecord, NumExpansions) == 96);
-static_assert(offsetof(CaseTableRecord, pLeads) == 100);
-static_assert(offsetof(CaseTableRecord, MaxLeads) == 104);
-static_assert(offsetof(CaseTableRecord, NumLeads) == 108);
-static_assert(sizeof(CaseTableRecord) == 112);
-static_assert(offsetof(LeadEntry, LeadByte) == 0);
-static_assert(offsetof(LeadEntry, reserved) == 1);
-static_assert(offsetof(LeadEntry, pTrails) == 4);
-static_assert(offsetof(LeadEntry, MaxTrails) == 8);
-static_assert(offsetof(LeadEntry, NumTrails) == 12);
-static_assert(sizeof(LeadEntry) == 16);
-static_assert(offsetof(CaseTableHeader, magic) == 0);
-static_assert(offsetof(CaseTableHeader, version) == 4);
-static_assert(offsetof(CaseTableHeader, zero) == 8);
-static_assert(offsetof(CaseTableHeader, reserved) == 12);
-static_assert(sizeof(CaseTableHeader) == 52);
-
 // An expansion, by its only byte, or a trail, by its second.
 struct PairRule {
     uint8_t byte;
