@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Upper case of texts in their sets, beside what knows one set (toupper_l, a table of 256 bytes) and
-// what goes by way of Unicode and back (ICU, GLib, iconv).
+// Upper case of texts in their sets.  Beside it: ways that know one set (toupper_l, a table of 256
+// bytes), and ways through Unicode and back (ICU, GLib, iconv).
 #include "bench/support.h"
 #include "bench/texts.h"
 #include "services/services.h"
@@ -33,7 +33,7 @@ using bench::Way;
 constexpr size_t kSizes[] = {16, 64, 256, 1024, 4096};
 constexpr size_t kMost = 8 * 4096; // of anything
 
-// The upper case that a way came to; it answers the bytes of it.
+// The upper case that a way made; the way returns its bytes.
 const char *theUpper;
 gchar *theAllocated;
 char theResult[kMost];
@@ -46,7 +46,7 @@ size_t Result(size_t length)
     return length;
 }
 
-// GLib's to release.
+// GLib releases it.
 size_t Take(gchar *upper, gsize length)
 {
     g_free(theAllocated);
@@ -64,10 +64,10 @@ size_t Ours(const Text &text)
 
 // ---- What knows ISO 8859-1 alone -----------------------------------------------------------
 
-locale_t theLatin1; // null where there is none
+locale_t theLatin1; // null if there is none
 unsigned char theTable[256];
 
-// Which locales a system has is its owner's affair, so this one is made for the run.
+// A system may not have this locale, so it is made for the run.
 void MakeLatin1(const TempHome &home)
 {
     const std::string command =

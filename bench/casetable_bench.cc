@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Case tables.  Loading and compiling stand beside the least that anybody does with the same file;
-// publishing and attaching beside themselves, with more and more processes attached.
+// Case tables.  Loading and compiling are compared with the least that one can do with the same
+// file, publishing and attaching with themselves while more and more processes are attached.
 #include "bench/support.h"
 #include "services/services.h"
 #include "tests/support/home.h"
@@ -36,7 +36,7 @@ void Demand(bool holds, const char *what)
         throw std::runtime_error(what);
 }
 
-// The shipped sources; the service home only while they are read, lest a compile write a file.
+// The shipped sources; the service home only while they are read, so that no compile writes a file.
 const TempHome &Home()
 {
     static const TempHome home;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Comparison of equal texts, the longest there is: without regard to case with a text in capital
-// letters, and as they stand with a copy.
+// Comparison of equal texts, which takes longest: without regard to case with a text in capital
+// letters, and with regard to case with a copy.
 #include "bench/support.h"
 #include "bench/texts.h"
 #include "services/services.h"
@@ -61,7 +61,7 @@ const std::string &Copy(const Text &text)
     return theCopy;
 }
 
-// Every way answers whether the two are equal.
+// Every way returns whether the two are equal.
 size_t Ours(const Text &text)
 {
     return str_strucasecmp(text.bytes.c_str(), Capitals(text).c_str(), &text.cs) == 0;
@@ -79,9 +79,9 @@ size_t ByStrcmp(const Text &text)
 
 // ---- What knows one set --------------------------------------------------------------------
 
-locale_t theLatin1; // null where there is none
+locale_t theLatin1; // null if there is none
 
-// Which locales a system has is its owner's affair, so this one is made for the run.
+// A system may not have this locale, so it is made for the run.
 void MakeLatin1(const TempHome &home)
 {
     const std::string command =

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Truncation, bounded copies and splitting.  Whoever has iconv alone converts the text to wide
-// characters, cuts there and converts back; to truncate, it is enough to convert as many bytes as
+// Truncation, bounded copies and splitting.  With iconv alone one converts the text to wide
+// characters, cuts there and converts back.  To truncate, it is enough to convert as many bytes as
 // the budget has and to look how far iconv came.
 #include "bench/support.h"
 #include "bench/texts.h"
@@ -31,7 +31,7 @@ char theCopy[kMost];
 char theHalves[2][kMost];
 std::string_view theParts[2];
 
-// What has been read is wiped out, lest it pass for something that the next way wrote.
+// A result is wiped out once it is read, so that it does not pass for that of the next way.
 std::string Taken(std::string outcome)
 {
     std::memset(theCopy, 0xFF, sizeof theCopy);

@@ -118,7 +118,7 @@ const std::vector<std::string> kJapaneseMessage = {
 std::string Printed(const Text &, size_t size)
 {
     std::string printed(thePrint, size);
-    std::memset(thePrint, 0xFF, sizeof thePrint); // lest it pass for what the next way writes
+    std::memset(thePrint, 0xFF, sizeof thePrint); // nothing is left for the next way
     return printed;
 }
 

@@ -182,7 +182,7 @@ const std::vector<std::string> kMinutes = {
 enum class Shape { match, missInTheMiddle, missAtTheEnd };
 constexpr const char *kShapes[] = {"match", "miss in the middle", "miss at the end"};
 
-// Of about so many bytes: the pieces with other text between them, but for the one that is missing.
+// About so many bytes: the pieces with other text between them, except the one that is missing.
 Text MakeText(Sort sort, const Pieces &pieces, const std::vector<std::string> &filler, Shape shape,
               size_t size)
 {
@@ -207,7 +207,7 @@ void CompareAll(const char *family, const Sort &sort, const Pieces &pieces,
 
 // ---- Near misses ---------------------------------------------------------------------------
 
-// A piece that nearly stands everywhere: in one segment, in many, in UTF-8.
+// A piece that is nearly found everywhere: in one segment, in many, in UTF-8.
 const Pieces kNearly = {"", "aaaaaaaaaaaaaaab", ""};
 const Pattern theNearly(kNearly, kUtf8, PCRE2_UTF);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The benchmark program.  It prints ratios, since times tell of the machine as much as of the code;
+// The benchmark program.  It prints ratios, as times depend on the machine as much as on the code;
 // --benchmark_out=FILE writes the times as well.
 #include "bench/support.h"
 
@@ -112,7 +112,7 @@ size_t AllocationsOf(const Way &way, const Text &text)
     return theAllocations - before;
 }
 
-// The name of a way that does not come to what ours does; null for none.
+// The name of a way whose result is not ours; null for none.
 const char *Dissenter(const Comparison &comparison)
 {
     const Text &text = comparison.text;

@@ -32,11 +32,11 @@ struct Text {
     size_t characters; // as iconv counts them
 };
 
-// A text of at most `size` bytes: of the UTF-8 `pieces`, as many as fit, again and again.  iconv
-// puts it into the set, so that its bytes are none of our making.
+// A text of at most `size` bytes: the UTF-8 `pieces`, again and again, as many as fit.  iconv
+// converts it to the set, so its bytes do not depend on the library.
 Text MakeText(const Sort &sort, const std::vector<std::string> &pieces, size_t size);
 
-// The same text in another code, both by the names of iconv; throws where there is none.
+// The same text in another code, both by the names of iconv; throws if there is none.
 std::string Recode(const char *to, const char *from, const std::string &bytes);
 
 // A way to do the job.
@@ -45,8 +45,8 @@ struct Way {
     size_t (*call)(const Text &text);
 };
 
-// What a call of a way came to: the number that it answered, or what else it left behind.  It has
-// to be the same for all ways of a comparison; otherwise none is timed, and the run fails.
+// The outcome of a call: the number that it returned, or something else that it made.  It has to be
+// the same for all ways of a comparison; otherwise none is timed, and the run fails.
 using Outcome = std::string (*)(const Text &text, size_t answer);
 std::string Answer(const Text &text, size_t answer);
 
@@ -56,7 +56,8 @@ void Compare(const char *family, const Text &text, const std::vector<Way> &ways,
              Outcome outcome = Answer);
 
 // Measures the first way, which is ours, on texts of which each has twice the bytes of the one
-// before; the others are there to agree with.  The table shows what each costs beside its half.
+// before; the others are there to agree with.  The table shows what each costs compared with its
+// half.
 void CompareGrowth(const char *family, const std::vector<Text> &texts, const std::vector<Way> &ways,
                    Outcome outcome = Answer);
 

@@ -17,7 +17,7 @@ using bench::Text;
 
 constexpr size_t kSizes[] = {16, 256, 4096};
 
-// The upper case that a way came to; it answers the bytes of it.
+// The upper case that a way made; the way returns its bytes.
 const char *theUpper;
 gchar *theAllocated;
 
