@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Looking at many bytes at once.  A block is the next bytes of a text; a mask has a bit for each of
-// them, the lowest for the first.  Knows nothing of sets or services, so all may use it.
+// Looks at many bytes at once.  A block is the next bytes of a text.  A mask has a bit for each of
+// them, the lowest bit for the first byte.
 //
-//     Load      the first bytes at `at`, a block or as many as there are, with zeros behind them
+//     Load      the block at `at`; where fewer bytes are left, zeros follow them
 //     Low7      clears the top bits
 //     Equal     flags the bytes of one value
 //     Controls  flags the bytes whose low seven bits are below 0x20
-//     Differ    flags the bytes that two blocks do not have alike
-//     Lower     makes small letters of the capital letters of ASCII
-//     Mask      of the flags; a byte of 0x80 and above is a flag too
+//     Differ    flags the bytes that differ between two blocks
+//     Lower     turns capital ASCII letters into small ones
+//     Mask      the mask of the flagged bytes; of a text's block, the bytes of 0x80 and above
 //
-// Flags are blocks again and go together by |; what stands below the top bit of a flag is void.
+// Flags are blocks too, and | combines them.  Only the top bit of each byte of them counts.
 #ifndef BASE_BLOCKS_H
 #define BASE_BLOCKS_H
 
@@ -27,8 +27,8 @@
 namespace libstr::blocks
 {
 
-// The first bytes at `at`, eight or as many as there are, with zeros behind them, as a number whose
-// lowest byte is the first.
+// The first eight bytes at `at` as a number whose lowest byte is the first.  Where fewer bytes are
+// left, zeros follow them.
 inline uint64_t LoadWord(const char *at, size_t avail)
 {
     uint64_t word = 0;
@@ -113,7 +113,7 @@ inline Block Lower(Block block)
     return block | (capital >> 2 & kOnes * ('a' - 'A'));
 }
 
-// Gathers the top bits: the product shifts each to a place of its own.
+// The product shifts each top bit to a place of its own.
 inline uint32_t Mask(Block flags)
 {
     return static_cast<uint32_t>((flags >> 7 & kOnes) * 0x0102040810204080 >> 56);
@@ -121,11 +121,11 @@ inline uint32_t Mask(Block flags)
 
 #endif
 
-// Every byte flagged, and one bit more, which ends each search.
+// The bit after the last byte, which ends every search, and the mask with every byte flagged.
 inline constexpr uint32_t kEnd = uint32_t{1} << kSize;
 inline constexpr uint32_t kAll = kEnd - 1;
 
-// How many bytes from the one at `from` on are not in the mask, up to the end of the block.
+// How many bytes in a row, from the byte `from` on, are not in the mask.
 inline unsigned int Free(uint32_t mask, unsigned int from)
 {
     return static_cast<unsigned int>(std::countr_zero((mask | kEnd) >> from));

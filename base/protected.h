@@ -2,9 +2,9 @@
 //
 // The core of a protected region: the one frame that owns a jump buffer.
 //
-// GCC's inter-procedural analysis leaves out stores that a body makes through a pointer before a
-// call that does not return, when it can see from here into the body: the handler would then read
-// stale values, and no warning says so.  So the function is closed to that analysis.
+// When GCC's inter-procedural analysis can see from here into the body, it drops stores that the
+// body makes through a pointer before a call that does not return.  The handler would then read
+// stale values, without a warning.  So the function is closed to that analysis.
 #ifndef BASE_PROTECTED_H
 #define BASE_PROTECTED_H
 
@@ -20,8 +20,8 @@ namespace libstr
 {
 
 // Runs body(context) in an environment of its own.  SetCurrent makes an environment current and
-// returns the one that it replaces.  True when the body returned, false when a jump ended it; the
-// enclosing environment is current again in both cases.
+// returns the one that it replaces.  Returns true when the body returned, false when a jump ended
+// it.  In both cases the enclosing environment is current again.
 template <sigjmp_buf *(*SetCurrent)(sigjmp_buf *)>
 STR_OPAQUE bool RunProtected(void (*body)(void *), void *context)
 {

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The search for a piece in a text, of which neither has to be in one row of bytes: the two-way
-// algorithm of Crochemore and Perrin (1991).  Its time is linear in both, and it needs no memory.
+// The search for a piece in a text: the two-way algorithm of Crochemore and Perrin (1991).  It
+// takes linear time and no memory, and neither text nor piece need be contiguous.
 //
-// A reader is a place in a sequence of symbols.  It is copied freely and moves forward only:
+// A reader is a place in a sequence of symbols.  It can be copied, and moves only forward:
 //
 //     IsEnd()        no symbol is left
-//     Symbol()       the symbol there, a number
+//     Symbol()       the symbol at the place, a number
 //     Skip(count)    moves on by so many symbols, or to the end
-//     Seek(symbol)   of the text: moves on to that symbol or to the end; returns how many it passed
+//     Seek(symbol)   moves on to that symbol or to the end, and returns how many it passed; only the
+//                    text's reader needs it
 #ifndef BASE_TWO_WAY_H
 #define BASE_TWO_WAY_H
 
@@ -25,8 +26,9 @@ struct Suffix {
     size_t end; // of the whole piece
 };
 
-// The suffix of a piece that is the last of all in the order of its symbols, or in the reverse
-// order.  `other` is the start of one that has its first `same` symbols in common with it.
+// The suffix of a piece that comes last in the order of its symbols, or in the reverse order.
+// `other` is the start of another suffix, of which the first `same` symbols have been compared and
+// are equal.
 template <class Piece>
 Suffix<Piece> LastSuffix(const Piece &piece, bool reverse)
 {
@@ -62,12 +64,13 @@ Suffix<Piece> LastSuffix(const Piece &piece, bool reverse)
     return last;
 }
 
-// The piece, divided so that a place where the right half is says how far on the next may be.
+// The piece divided in two.  After a place with the right half, the piece can next be `shift`
+// symbols further on.
 template <class Piece>
 struct Halves {
     Piece right;
-    size_t left;  // symbols before it
-    size_t shift; // from a place with the right half to the next where the piece may be
+    size_t left; // symbols before it
+    size_t shift;
 };
 
 template <class Piece>
@@ -87,8 +90,8 @@ Halves<Piece> Divide(const Piece &piece)
             repeats ? right.period : std::max(right.start, right.end - right.start) + 1};
 }
 
-// Moves the text on by the symbols that it has in common with the piece, and returns how many these
-// are.  `whole` receives whether the piece ends with them.
+// Moves the text on while its symbols equal those of the piece, and returns how many did.  `whole`
+// receives whether these are the whole piece.
 template <class Text, class Piece>
 size_t Compare(Text *text, Piece piece, bool *whole)
 {
@@ -101,9 +104,10 @@ size_t Compare(Text *text, Piece piece, bool *whole)
     return same;
 }
 
-// Calls `take` at the places where the right half of the piece is, from the leftmost on, until it
-// returns true.  False when it never does.  `take` compares the whole piece, from its first symbol
-// on; the time is linear when it returns true wherever all symbols agree.  The piece is not empty.
+// Calls `take` at each place where the right half of the piece matches, from left to right, until
+// it returns true.  Returns false when it never does.  `take` compares the whole piece.  The time
+// is linear when `take` accepts every place where all symbols are equal.  The piece must not be
+// empty.
 template <class Text, class Piece, class Take>
 bool Find(Text place, const Piece &piece, Take take)
 {
@@ -112,7 +116,7 @@ bool Find(Text place, const Piece &piece, Take take)
     while (!place.IsEnd()) {
         Text at = place;
         at.Skip(halves.left);
-        size_t count = 0; // from the place to the one that is tried
+        size_t count = 0; // symbols from the place to the one that is tried
         bool whole = false;
         while (!whole && !at.IsEnd()) {
             count += at.Seek(first);

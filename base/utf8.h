@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// UTF-8 by way of GLib, where GLib by itself looks too far or not closely enough.
+// UTF-8 by way of GLib, for what GLib's functions do not offer: steps over malformed text, and
+// changes of case that read nothing after the text.
 #ifndef BASE_UTF8_H
 #define BASE_UTF8_H
 
@@ -12,9 +13,32 @@
 namespace libstr::utf8
 {
 
-// Whether the `length` bytes at `at`, one or more, are a well-formed character whose end is missing.
-// GLib alone says so of E0 80 too, which begins none.  After the second byte any continuation byte
-// may follow.
+inline constexpr gunichar kMalformed = 0x80000000;
+
+// A character, or a malformed byte.
+struct Char {
+    gunichar code; // of a malformed byte: kMalformed | byte, which no character has
+    unsigned int length;
+};
+
+inline bool IsMalformed(const Char &c) { return (c.code & kMalformed) != 0; }
+
+// The character at `at` in a text that ends with a NUL.  A byte that begins no well-formed
+// character counts as one of its own.
+inline Char CharAt(const char *at)
+{
+    const auto byte = static_cast<guchar>(*at);
+    if (byte < 0x80)
+        return {byte, 1};
+    const gunichar code = g_utf8_get_char_validated(at, -1);
+    if ((code & kMalformed) != 0)
+        return {kMalformed | byte, 1};
+    return {code, static_cast<unsigned int>(g_utf8_skip[byte])};
+}
+
+// Whether the `length` bytes at `at`, one or more, begin a well-formed character but do not end it.
+// GLib alone accepts E0 80 too, which begins no character.  After the second byte any continuation
+// byte may follow.
 inline bool IsCutOff(const char *at, size_t length)
 {
     const auto lead = static_cast<guchar>(*at);
@@ -26,9 +50,9 @@ inline bool IsCutOff(const char *at, size_t length)
     return length == 1 || g_utf8_validate(completed, static_cast<gssize>(whole), nullptr) != FALSE;
 }
 
-// What `function` (g_utf8_strup, g_utf8_casefold) makes of the `length` bytes of well-formed text at
-// `text`; the caller releases it with g_free.  Such a function looks beyond a length for marks, so it
-// gets a copy that ends with a NUL.
+// Applies `function` (g_utf8_strup, g_utf8_casefold) to `length` bytes of well-formed text.  The
+// caller releases the result with g_free.  These functions look for marks after the given length,
+// so they get a copy that ends with a NUL.
 inline gchar *ChangeCase(gchar *(*function)(const gchar *, gssize), const char *text, size_t length)
 {
     char room[256];

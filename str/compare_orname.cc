@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Comparison of O/R names, attribute by attribute.  The name services parse; the text comparison
-// orders the values.
+// Comparison of O/R names, attribute by attribute.  The name services parse them, and
+// str_cmpTextStr orders their values.
 #include <str/compare.h>
 
 #include <platform/ccs.h>
@@ -14,15 +14,15 @@
 namespace
 {
 
-constexpr int kMost = 255; // bytes of a value that count
+constexpr int kMost = 255; // bytes of a value that are compared
 
-// A value and its set, apart from the name it was in, where no NUL stands behind it.
+// A copy of a value, which no NUL follows in its name, and its set.
 struct Value {
     char text[kMost + 1];
     CSDescriptor cs;
 };
 
-// Which T.61 forms are taken.
+// Which T.61 forms are used.
 struct Acceptable {
     const char *charsetName;
     bool any;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Matching of UTF-8 text.  Its characters never begin inside one another, so bytes are compared.
+// Matching of UTF-8 text, by bytes: no character begins inside another.
 #include <str/match.h>
 
 #include "base/wildcard.h"
@@ -19,7 +19,7 @@ bool IsLoneUs(const char *pattern) { return pattern[0] == kUs && pattern[1] == '
 
 bool IsValid(const char *text) { return g_utf8_validate(text, -1, nullptr) != 0; }
 
-// Whether the texts are well-formed is asked last, since what does not match needs no answer to it.
+// Validates last: most texts do not match.
 bool Matches(const char *string, const char *pattern)
 {
     return IsLoneUs(pattern) ||
@@ -30,8 +30,8 @@ bool Matches(const char *string, const char *pattern)
 
 int str_utf8USPatternMatch(const char *string, const char *pattern)
 {
-    frame::TraceEntry("str_utf8USPatternMatch");
+    frame::TraceEntry();
     const bool matches = Matches(string, pattern);
-    frame::TraceExit("str_utf8USPatternMatch");
+    frame::TraceExit();
     return matches ? 1 : 0;
 }

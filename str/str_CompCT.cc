@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The case table compiler: from a source file to a record, and to the compiled file; and the two
-// operations on a record's arrays that loader, registry and work area use too.
+// The case table compiler: from a source file to a record, and to the compiled file.  Also the two
+// operations on a record's arrays, which loader, registry and work area use too.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
 
@@ -23,7 +23,7 @@ namespace
 
 constexpr char kSource[] = "str/str_CompCT";
 
-// The scanner: one line, the place in it, and the number of lines read since the compile began.
+// The scanner: one line, the place in it, and the number of lines read so far.
 constexpr int kLineSize = 81;
 char theLine[kLineSize];
 char *theScan = theLine;
@@ -37,9 +37,9 @@ constexpr int kMostSideBytes = 2;
 
 // ---- Words ---------------------------------------------------------------------------------
 
-// Part of the line; no NUL stands behind it.
+// Part of the line; no NUL follows it.
 struct Word {
-    const char *text; // null for none
+    const char *text; // null at the end of the file
     size_t length;
 };
 
@@ -66,8 +66,8 @@ bool NextSignificantLine(FILE *stream)
     return false;
 }
 
-// The next word, of the current line or of those after it.  `freshLine` leaves the rest of the
-// current line out; with `sameLine` the word must stand on it.
+// The next word, on the current line or a later one.  `freshLine` skips the rest of the current
+// line; `sameLine` requires a word on it.
 Word NextWord(FILE *stream, bool freshLine, bool sameLine)
 {
     if (freshLine) {
@@ -88,7 +88,7 @@ Word NextWord(FILE *stream, bool freshLine, bool sameLine)
     return {word, static_cast<size_t>(theScan - word)};
 }
 
-// Whether a word is a keyword or the beginning of one.
+// Whether a word is the keyword or an abbreviation of it.
 bool Matches(const Word &word, const char *keyword)
 {
     return word.length <= std::strlen(keyword) && std::memcmp(word.text, keyword, word.length) == 0;
@@ -137,7 +137,7 @@ void ReadCaseHeader(FILE *stream, CaseTableRecord *record)
 
 bool IsOneOf(char ch, const char *set) { return ch != '\0' && std::strchr(set, ch) != nullptr; }
 
-// How many bytes at the start of a word are of `set` (or are not).
+// How many bytes at the start of a word are in `set` or, when `of` is false, are not.
 size_t Span(const Word &word, const char *set, bool of)
 {
     size_t length = 0;
@@ -146,7 +146,7 @@ size_t Span(const Word &word, const char *set, bool of)
     return length;
 }
 
-// The rest of a word, or the next one of the line when nothing is left of it.
+// The rest of a word or, when nothing is left of it, the next word on the line.
 Word RestOrNextWord(FILE *stream, const Word &word, size_t offset)
 {
     return offset < word.length ? From(word, offset) : NextWord(stream, false, true);
@@ -158,7 +158,7 @@ void CopySide(const Word &side, char (&out)[kSideSize])
     out[side.length] = '\0';
 }
 
-// Takes the next rule apart; false at the end of the file.
+// Splits the next rule into its sides; false at the end of the file.
 bool SplitRule(FILE *stream, bool first, char (&left)[kSideSize], char (&right)[kSideSize])
 {
     const Word word = NextWord(stream, first, false);
@@ -187,11 +187,11 @@ bool SplitRule(FILE *stream, bool first, char (&left)[kSideSize], char (&right)[
 }
 
 struct Side {
-    uint8_t bytes[kMostSideBytes]; // the second is 0 where there is one
+    uint8_t bytes[kMostSideBytes]; // the second is 0 when there is only one
     int length;
 };
 
-// The bytes that a side of a rule writes down.
+// The bytes that a side of a rule means.
 Side Decode(const char *text, int codeWhenEmpty, int codeWhenLong, int line = __builtin_LINE())
 {
     int length = 0;
@@ -259,8 +259,8 @@ void ReadRules(FILE *stream, CaseTableRecord *record)
 
 // ---- The compiled file ---------------------------------------------------------------------
 
-// An array is named by its offset in the file: every process writes the same bytes.  `end` is where
-// the arrays before it end.
+// References in the file are offsets, so every process writes the same bytes.  `end` is where the
+// arrays before this one end.
 CaseTableRef Place(CaseTableRef array, size_t size, size_t *end)
 {
     if (array == 0)
@@ -281,7 +281,7 @@ void WriteLeads(FILE *stream, const CaseTableRecord *record, size_t end)
 {
     if (record->pLeads == 0)
         return;
-    LeadEntry leads[UCHAR_MAX + 1]; // a byte has one entry at most
+    LeadEntry leads[UCHAR_MAX + 1]; // at most one for each byte
     const size_t size = ArraySize<LeadEntry>(record->NumLeads);
     std::memcpy(leads, reference::Resolve(record->pLeads), size);
     for (int32_t i = 0; i < record->NumLeads; ++i)
@@ -308,7 +308,7 @@ void WriteCaseTableFile(FILE *stream, const CaseTableRecord *record)
         WriteArray(stream, leads[i].pTrails, ArraySize<PairRule>(leads[i].NumTrails));
 }
 
-// Writes the compiled file under another name first: whoever reads it finds all of it or none.
+// Writes the compiled file under another name first, so a reader finds the whole file or none.
 void WriteCompiledTable(const char *compiledName, const CaseTableRecord *record)
 {
     if (ext_GetVornithGid() != getegid())
@@ -391,7 +391,7 @@ void str_FreeCTEntry(CaseTableRecord *record)
 
 int str_CompileCaseTable(const char *sourceName, const char *compiledName, CaseTableRecord *record)
 {
-    frame::TraceEntry("str_CompileCaseTable");
+    frame::TraceEntry();
     FILE *source = nullptr;
     const bool compiled = frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
@@ -410,6 +410,6 @@ int str_CompileCaseTable(const char *sourceName, const char *compiledName, CaseT
                 os_fclose(source);
             er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", sourceName, theLineNumber, 0);
         });
-    frame::TraceExit("str_CompileCaseTable");
+    frame::TraceExit();
     return compiled ? 1 : 0;
 }

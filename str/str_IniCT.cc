@@ -47,7 +47,7 @@ void BuildCaseTableNames(uint32_t setNumber, char (&source)[kPathSize], char (&c
 
 bool CompiledFileExists(const char *path) { return os_fexists(path) != 0; }
 
-// The lock of the case tables, as far as this process holds it.
+// The lock of the case tables, and whether this process holds it.
 struct Lock {
     int handle;
     bool held;
@@ -67,8 +67,8 @@ void GiveBack(Lock *lock)
     lock->held = false;
 }
 
-// Locks the tables for what is to be done: true when the set must be compiled, and by us, as its
-// compiled file is still missing now that nobody else can be making it.
+// Locks the tables.  True when the lock is exclusive and the compiled file is still missing: this
+// process must then compile it.
 bool LockToCompile(Lock *lock, const char *compiled)
 {
     if (!CompiledFileExists(compiled)) {
@@ -81,8 +81,8 @@ bool LockToCompile(Lock *lock, const char *compiled)
     return false;
 }
 
-// Takes the last slot back.  The last one of all goes with its block, since an array that counts
-// none begins a new one.
+// Takes back the slot added last.  When no other is left, the block is released, since an empty
+// array begins with a new block.
 void DropSlot(CaseTableRecord **tables, int32_t *count)
 {
     if (--*count > 0)
@@ -136,7 +136,7 @@ CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables,
 
 CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
 {
-    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 1);
+    er_RealLogProc(ER_TRACE_STARTUP, __func__, 1);
     if (FirstInit && str_ba == nullptr) {
         NumCaseTabs = 0;
         pCaseTabs = nullptr;
@@ -145,13 +145,13 @@ CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
     if (InitTabsDone == 0)
         ccs_DoInitTables();
     CaseTableRecord *table = nullptr;
-    if (str_ba == nullptr) { // the tables of an image are all there are
+    if (str_ba == nullptr) { // nothing is added to an image
         const int setNumber = ccs_GetCSNumber(cs);
         int32_t companion = 0;
         void *const csTable = ccs_GetCSTable(&companion);
         table = str_ReadCaseTable(static_cast<uint32_t>(setNumber), &pCaseTabs, &NumCaseTabs,
                                   companion, csTable);
     }
-    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 0);
+    er_RealLogProc(ER_TRACE_STARTUP, __func__, 0);
     return table;
 }

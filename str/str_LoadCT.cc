@@ -2,8 +2,8 @@
 //
 // The case table loader: from a compiled file to a record.
 //
-// The file may be damaged, so a count is checked before what it counts is allocated, references
-// are never used, and the record names at every moment only blocks that this load has allocated.
+// The file may be damaged.  So counts are checked before anything is allocated, the references in
+// the file are never used, and at every moment the record refers only to blocks of this load.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
 
@@ -32,7 +32,7 @@ void ReadCaseTableHeader(FILE *stream)
         frame::Raise(kSource, STR_ESC_NOT_A_CASE_TABLE);
 }
 
-// The record as it stands in the file, naming nothing yet.
+// The record in the file, without its references.
 CaseTableRecord ReadRecord(FILE *stream)
 {
     CaseTableRecord record;
@@ -41,7 +41,7 @@ CaseTableRecord ReadRecord(FILE *stream)
     return record;
 }
 
-// A negative count is none; one that no array can have makes the file no case table.
+// A negative count means 0; a count that no array can have is an error.
 int32_t CheckedCount(int32_t count)
 {
     if (count > kMostEntries)
@@ -49,8 +49,8 @@ int32_t CheckedCount(int32_t count)
     return count < 0 ? 0 : count;
 }
 
-// Reads an array of its own.  It is named before it is filled, so that it is released whatever
-// happens.
+// Reads an array into a block of its own.  The record refers to it before it is filled, so it is
+// released whatever happens.
 void ReadBlock(CaseTableRef *array, size_t size, FILE *stream)
 {
     if (size == 0)
@@ -60,8 +60,8 @@ void ReadBlock(CaseTableRef *array, size_t size, FILE *stream)
     Read(reference::Resolve(*array), size, stream);
 }
 
-// Reads the lead entries.  Their count stays 0 until they name no trails: a file cut off in the
-// middle must not have its references released.
+// Reads the lead entries.  Their count stays 0 until their references are cleared: when the file is
+// cut off, the references in it must not be released.
 void ReadLeads(CaseTableRecord *record, FILE *stream)
 {
     const int32_t count = CheckedCount(record->NumLeads);
@@ -95,7 +95,7 @@ void ReadCaseTableArrays(FILE *stream, CaseTableRecord *record)
 
 int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
 {
-    frame::TraceEntry("str_LoadCaseTable");
+    frame::TraceEntry();
     FILE *stream = nullptr;
     const bool loaded = frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
@@ -108,11 +108,11 @@ int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
             stream = nullptr;
         },
         [&] {
-            str_FreeCTEntry(record); // a close that escapes finds it filled
+            str_FreeCTEntry(record); // filled when the close escapes
             if (stream != nullptr)
                 os_fclose(stream);
             er_LogInfo(1, compiledName, 0);
         });
-    frame::TraceExit("str_LoadCaseTable");
+    frame::TraceExit();
     return loaded ? 1 : 0;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The work area, in which a server gathers the tables of all sets, and the image of it in shared
-// memory, from which every other process reads them.
+// The work area, where a server gathers the tables of all sets, and its image in shared memory,
+// from which every other process reads them.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
 
@@ -23,7 +23,7 @@ constexpr char kSource[] = "str/str_Smem";
 CaseTableRecord *pWkAreaTabs;
 int32_t NumWkAreaTabs;
 
-// The number of the set whose source has this name; 0 when it is no source.
+// The number of the set whose source has this name; 0 when this is not the name of a source.
 uint32_t SetOfSource(const char *name)
 {
     unsigned long number = 0;
@@ -31,7 +31,7 @@ uint32_t SetOfSource(const char *name)
     if (std::sscanf(name, "%lu%255s", &number, suffix) != 2 || std::strcmp(suffix, ".s") != 0)
         return 0;
     return static_cast<uint32_t>(
-        std::min<unsigned long>(number, UINT32_MAX)); // no set has that one
+        std::min<unsigned long>(number, UINT32_MAX)); // no set has that number
 }
 
 void ReadSources(void *directory, int32_t companion, void *csTable)
@@ -44,7 +44,7 @@ void ReadSources(void *directory, int32_t companion, void *csTable)
     }
 }
 
-// What an array may take in the segment: one element more than it has, rounded up.
+// The bytes that an array may take in the segment: one element more than it has, rounded up.
 template <class T>
 uint32_t Budget(int32_t count)
 {
@@ -73,7 +73,7 @@ struct Segment {
     char *start;
 };
 
-// Copies `size` bytes into a block of their own and stores its offset; false when there is no room.
+// Copies `size` bytes into a new block and stores its offset; false when there is no room.
 bool Place(const Segment &segment, const void *bytes, size_t size, uint32_t *offset)
 {
     const uint32_t given = segment.alloc(segment.start, static_cast<uint32_t>(size));
@@ -85,7 +85,7 @@ bool Place(const Segment &segment, const void *bytes, size_t size, uint32_t *off
     return true;
 }
 
-// Copies an array of this process and lets its reference, in the copy of the record, name the copy.
+// Copies an array of this process.  Its reference, in the copied record, becomes the copy's offset.
 bool PlaceArray(const Segment &segment, CaseTableRef *array, size_t size)
 {
     return *array == 0 || Place(segment, reference::Resolve(*array), size, array);
@@ -97,7 +97,7 @@ T *At(const Segment &segment, uint32_t offset)
     return static_cast<T *>(static_cast<void *>(segment.start + offset));
 }
 
-// Copies the arrays of a record that has itself been copied.
+// Copies the arrays of a record that has been copied.
 bool PlaceArrays(const Segment &segment, CaseTableRecord *copy)
 {
     if (!PlaceArray(segment, &copy->pByteMap, kByteMapSize) ||
@@ -115,7 +115,7 @@ bool PlaceArrays(const Segment &segment, CaseTableRecord *copy)
 
 int str_ReadStrToWkArea(int32_t companion, void *csTable)
 {
-    er_RealLogProc(ER_TRACE_STARTUP, "str_ReadStrToWkArea", 1);
+    er_RealLogProc(ER_TRACE_STARTUP, __func__, 1);
     void *directory = nullptr;
     const bool scanned = frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
@@ -129,7 +129,7 @@ int str_ReadStrToWkArea(int32_t companion, void *csTable)
             if (directory != nullptr)
                 os_closedir(directory);
         });
-    er_RealLogProc(ER_TRACE_STARTUP, "str_ReadStrToWkArea", 0);
+    er_RealLogProc(ER_TRACE_STARTUP, __func__, 0);
     return scanned ? 1 : 0;
 }
 

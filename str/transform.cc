@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Transformation of UTF-8 input.  What is validated need not be all that is read, so characters are
-// told from bytes that are none at every step.
+// Transformation of UTF-8 input.  Only a prefix may have been validated, so every step checks for
+// malformed bytes.
 #include <str/transform.h>
 
+#include "base/utf8.h"
 #include "str/core/frame.h"
 
 #include <platform/dstring.h>
@@ -22,14 +23,14 @@ namespace
 
 constexpr char kInvalidText[] = "str_TransformUTF8InputStr(), Invalid UTF8 in input string: ";
 
-// The transform buffer; readied by the first call.
+// The transform buffer; the first call initialises it.
 dstring theBuffer;
 bool theBufferIsNew = true;
 
 constexpr char kEsc = 0x1B;
-constexpr gunichar kNone = 0; // the input has no NUL
+constexpr gunichar kNone = 0; // no character of the input is a NUL
 constexpr int kMostDigits = 3;
-constexpr int kMostControl = 31; // numbers up to this one stand for control functions
+constexpr int kMostControl = 31; // numbers up to this one mean control functions
 constexpr int kControlShift = 64;
 constexpr int kMostGroups = 4; // in the prefix
 
@@ -44,28 +45,13 @@ void EmptyBuffer()
 
 // ---- Characters ----------------------------------------------------------------------------
 
-// A character, or a byte that belongs to none.
-struct Char {
-    gunichar code; // of a byte that belongs to none, one that no character has
-    unsigned int length;
-};
+using utf8::Char;
+using utf8::CharAt;
 
-Char CharAt(const char *at)
-{
-    constexpr gunichar noCharacter = 0x80000000;
-    const auto byte = static_cast<guchar>(*at);
-    if (byte < 0x80)
-        return {byte, 1};
-    const gunichar code = g_utf8_get_char_validated(at, -1);
-    if ((code & noCharacter) != 0)
-        return {noCharacter | byte, 1};
-    return {code, static_cast<unsigned int>(g_utf8_skip[byte])};
-}
+// The place after the character; a NUL is not passed.
+const char *After(const char *at) { return *at == '\0' ? at : at + CharAt(at).length; }
 
-// The place behind the character; the NUL's own for the NUL.
-const char *Behind(const char *at) { return *at == '\0' ? at : at + CharAt(at).length; }
-
-// Where in the set the character stands; null when it does not.
+// Where the character is in the set; null when it is not there.
 const char *FindIn(const char *set, const Char &c)
 {
     for (Char member; *set != '\0'; set += member.length) {
@@ -82,10 +68,10 @@ const char *FindIn(const char *set, const Char &c)
 struct Prefix {
     bool over;
     bool inGroup;
-    int groups; // that are closed
+    int groups; // closed so far
 };
 
-// Whether the next character stands in one of them.
+// Whether the next character belongs to the prefix.
 bool IsInPrefix(Prefix *prefix, gunichar code)
 {
     if (prefix->over)
@@ -109,7 +95,7 @@ struct Rules {
     gunichar escape;
 };
 
-// More than a string can hold is refused by the service, which UINT_MAX is, too.
+// The service refuses more bytes than a string can hold; UINT_MAX is more.
 void Append(const char *from, const char *to)
 {
     if (from != to)
@@ -134,7 +120,7 @@ void AppendNumber(int number)
     }
 }
 
-// Appends what the escape character before `at` makes of the input there; answers where it ends.
+// Appends what the escape character before `at` makes of the input there.  Returns where that ends.
 const char *AppendEscaped(const char *at)
 {
     Char c = CharAt(at);
@@ -148,14 +134,14 @@ const char *AppendEscaped(const char *at)
         AppendNumber(number);
         return at;
     }
-    Append(at, at + c.length); // the NUL too
-    return Behind(at);
+    Append(at, at + c.length); // even a NUL
+    return After(at);
 }
 
-// Appends the input as the rules have it.
+// Appends the input, changed by the rules.
 void Rewrite(const char *at, const Rules &rules, Prefix prefix)
 {
-    const char *pending = at; // where what is to be copied, but is not yet, begins
+    const char *pending = at; // the input from here on is still to be copied
     while (*at != '\0') {
         const Char c = CharAt(at);
         const char *const next = at + c.length;
@@ -172,7 +158,7 @@ void Rewrite(const char *at, const Rules &rules, Prefix prefix)
             pending = at = AppendEscaped(next);
         } else if (FindIn(rules.dropChars, c) != nullptr) {
             Append(pending, at);
-            pending = at = Behind(next);
+            pending = at = After(next);
         } else {
             at = next;
         }
@@ -180,7 +166,7 @@ void Rewrite(const char *at, const Rules &rules, Prefix prefix)
     Append(pending, at);
 }
 
-// The buffer's text; where there is none, empty for an empty input and null for any other.
+// The buffer's text.  When that is empty: an empty text for an empty input, else null.
 char *Result(const char *input, int maxLen)
 {
     if (theBuffer.length > 0)
@@ -197,7 +183,7 @@ char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *speci
                                 const char *const *replacements, const char *dropChars,
                                 char escChar, int prefixMode, unsigned int *outLen)
 {
-    frame::TraceEntry("str_TransformUTF8InputStr");
+    frame::TraceEntry();
     EmptyBuffer();
     const auto escape = static_cast<guchar>(escChar);
     const Prefix prefix = {prefixMode == 0, false, 0};
@@ -208,6 +194,6 @@ char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *speci
         er_LogMsg(11, 100, STR_LOG_INVALID_UTF8, kInvalidText, bad, 0);
     *outLen = theBuffer.length;
     char *const result = Result(input, maxLen);
-    frame::TraceExit("str_TransformUTF8InputStr");
+    frame::TraceExit();
     return result;
 }

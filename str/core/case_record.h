@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The case table record as those who fill and read it see it.
+// The case table record, for the code that fills and reads it.
 #ifndef STR_CORE_CASE_RECORD_H
 #define STR_CORE_CASE_RECORD_H
 
@@ -14,7 +14,7 @@
 namespace libstr
 {
 
-// An expansion, by its only byte, or a trail, by its second.
+// The upper case of a single byte (an expansion), or of the second byte of a pair (a trail).
 struct PairRule {
     uint8_t byte;
     uint8_t upper[2];
@@ -22,10 +22,10 @@ struct PairRule {
 static_assert(sizeof(PairRule) == CASE_TABLE_RULE_SIZE);
 
 inline constexpr size_t kByteMapSize = CASE_TABLE_MAP_SIZE;
-// Of any array: an index is a signed 16-bit number.
+// The most elements of any array: an index is a signed 16-bit number.
 inline constexpr int32_t kMostEntries = CASE_TABLE_MOST_ENTRIES;
 
-// The bytes of an array of a record; 0 for a count that is none.
+// The bytes of an array of a record.  A negative count means 0.
 template <class T>
 size_t ArraySize(int32_t count)
 {

@@ -9,8 +9,8 @@ namespace libstr
 namespace
 {
 
-// A number is named by one character and a '$'.  A conversion ends the directive, and the '$' behind
-// it is text.
+// An argument number is one character and a '$'.  But a conversion ends the directive, and a '$'
+// after it is text.
 bool IsNumberNamed(const char *at, const char *end)
 {
     return end - at > 1 && at[1] == '$' && *at != '\0' && TypeOf(*at, '\0') == STR_ARG_UNUSED;
@@ -24,7 +24,7 @@ int ReadNumber(const char *at, Directive *directive)
     return number;
 }
 
-// 0 for a byte that is no flag.
+// 0 for a byte that is not a flag.
 unsigned int FlagOf(char byte)
 {
     for (unsigned int i = 0; kFlags[i] != '\0'; ++i)
@@ -69,7 +69,7 @@ Directive ReadLongDirective(const char *start, const char *end)
             (dot ? directive.precParam : directive.widthParam) =
                 named ? ReadNumber(at + 1, &directive) : kNextArgument;
         } else if (*at == '$' && at != starDollar) {
-            directive.flags = 0; // all up to here was a position, or passes for one
+            directive.flags = 0; // all before it is taken for a position
             directive.width = 0;
             directive.precision = -1;
         } else if (*at >= '0' && *at <= '9' && (dot || directive.width > 0 || *at != '0')) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// One directive of a format.  The scanner reads from it which arguments there are, the builder what
-// to print; that both read it here is what keeps them in agreement.
+// One directive of a format.  The scanner takes the arguments from it, the builder what to print.
+// Both read it with this code, so they agree.
 #ifndef STR_CORE_DIRECTIVE_H
 #define STR_CORE_DIRECTIVE_H
 
@@ -10,15 +10,15 @@
 namespace libstr
 {
 
-// A width or precision that is no argument, or one that is the next argument.
-inline constexpr int kNoArgument = -1;
-inline constexpr int kNextArgument = 0;
+// The number of a width's or precision's argument may also be:
+inline constexpr int kNoArgument = -1;  // it is not an argument
+inline constexpr int kNextArgument = 0; // it is the next argument
 
 inline constexpr char kFlags[] = "-+ #0'";
 inline constexpr unsigned int kLeftFlag = 1; // the bit of the first; the others follow
 
 struct Directive {
-    const char *end = nullptr;    // behind the conversion; null when there is none
+    const char *end = nullptr;    // after the conversion; null when there is no conversion
     int type = STR_ARG_UNUSED;    // STR_ARG_...
     int position = 0;             // 0 for none
     int widthParam = kNoArgument; // or kNextArgument, or a number
@@ -28,10 +28,10 @@ struct Directive {
     unsigned int flags = 0;       // a bit for each of kFlags
     char conversion = '\0';
     bool halved = false;      // hh
-    bool misnumbered = false; // something in it names a number below 1
+    bool misnumbered = false; // it has an argument number below 1
 };
 
-// The type of a conversion's argument; STR_ARG_UNUSED for a byte that is no conversion.
+// The type of a conversion's argument; STR_ARG_UNUSED for a byte that is not a conversion.
 inline int TypeOf(char conversion, char size)
 {
     switch (conversion) {
@@ -62,10 +62,10 @@ inline int TypeOf(char conversion, char size)
     }
 }
 
-// The same for a directive that has more than a conversion.
+// As ReadDirective, for a directive that has more than a conversion.
 Directive ReadLongDirective(const char *start, const char *end);
 
-// Reads the directive whose '%' is at `start`, up to `end` at most.
+// Reads the directive whose '%' is at `start`.  No byte at `end` or after it is read.
 inline Directive ReadDirective(const char *start, const char *end)
 {
     Directive directive;
@@ -78,14 +78,14 @@ inline Directive ReadDirective(const char *start, const char *end)
     return directive;
 }
 
-// The numbers of a directive's arguments; 0 for a width or precision that is none.
+// The numbers of a directive's arguments; 0 for a width or precision that is not an argument.
 struct ArgumentNumbers {
     int width;
     int precision;
     int value;
 };
 
-// The next arguments stand before the value, the width first.
+// Width and precision, where they are the next arguments, come before the value in this order.
 inline ArgumentNumbers NumbersBefore(int value, const Directive &directive)
 {
     ArgumentNumbers numbers = {directive.widthParam, directive.precParam, value};

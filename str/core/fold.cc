@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Case-folding where two texts differ, and only there.
+// Case-folding only where two texts differ.
 //
-// GLib folds character by character, without regard to what stands around it, so a text's folded
-// form is its characters' folded forms in a row, and equal characters need not be folded to be
-// equal.  Each character that had to be folded is kept with its folded form, since asking GLib costs
-// an allocation.
+// GLib folds each character without regard to its neighbours, so the folded form of a text is the
+// folded forms of its characters in a row, and equal characters are equal when folded.  Each folded
+// form is kept, since GLib allocates for every call.
 #include "str/core/fold.h"
 
 #include "base/blocks.h"
@@ -23,38 +22,38 @@ namespace
 {
 
 constexpr size_t kMostBytes = 4;   // of a character
-constexpr size_t kMostFolded = 12; // of a folded form, which is up to three characters of four
+constexpr size_t kMostFolded = 12; // of a folded form: up to three characters
 
 struct Folded {
-    gunichar character; // 0 for a free place, as no text holds a NUL
+    gunichar character; // 0 for a free place: no text contains a NUL
     uint8_t length;
     char bytes[kMostFolded];
 };
 
-// Folded forms, by the low bits of their characters; a newer one takes the place of an older.
+// Folded forms, by the low bits of their characters.  A newer one replaces an older one.
 constexpr size_t kPlaces = 1024;
 Folded theFolded[kPlaces];
 
-// The form of a character, good until another is asked for.
-const Folded *FoldedForm(const char *at, size_t length, gunichar character)
+// The folded form of the well-formed character `c` at `at`, valid until the next call.
+const Folded *FoldedForm(const char *at, const utf8::Char &c)
 {
-    Folded *const place = &theFolded[character % kPlaces];
-    if (place->character == character)
+    Folded *const place = &theFolded[c.code % kPlaces];
+    if (place->character == c.code)
         return place;
-    char *const folded = utf8::ChangeCase(g_utf8_casefold, at, length);
+    char *const folded = utf8::ChangeCase(g_utf8_casefold, at, c.length);
     place->length = static_cast<uint8_t>(std::min(std::strlen(folded), kMostFolded));
     std::memcpy(place->bytes, folded, place->length);
-    place->character = character;
+    place->character = c.code;
     g_free(folded);
     return place;
 }
 
-// A text in folded form: the form of one character, its own copy, and the text after it.
+// A text in folded form: the form of one character, and the text after that character.
 struct FoldedText {
     const char *at;
     const char *end;
     Folded form;
-    size_t used; // bytes of the form that are compared
+    size_t used; // bytes of the form that have been compared
 };
 
 FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {}, 0}; }
@@ -66,20 +65,16 @@ bool HasEnded(const FoldedText &text) { return Pending(text) == 0 && text.at == 
 // Makes the next character pending.
 void TakeCharacter(FoldedText *text)
 {
-    const auto left = static_cast<size_t>(text->end - text->at);
-    const gunichar character = g_utf8_get_char_validated(text->at, static_cast<gssize>(left));
-    const bool wellFormed = character < 0x80000000;
-    const size_t length =
-        wellFormed ? static_cast<size_t>(g_utf8_skip[static_cast<uint8_t>(*text->at)]) : 1;
-    text->form = wellFormed ? *FoldedForm(text->at, length, character) : Folded{0, 1, {*text->at}};
+    const utf8::Char c = utf8::CharAt(text->at);
+    text->form = utf8::IsMalformed(c) ? Folded{0, 1, {*text->at}} : *FoldedForm(text->at, c);
     text->used = 0;
-    text->at += length;
+    text->at += c.length;
 }
 
 bool IsContinuation(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; }
 
-// How many of the `same` bytes that both texts begin with belong to whole characters.  A character
-// begins at a byte that is no continuation, at most three before its last one.
+// How many of the `same` bytes at the start of both texts belong to whole characters.  A character
+// begins at a byte that is not a continuation, at most three before its last byte.
 size_t WholeCharacters(const char *at1, const char *at2, size_t same)
 {
     for (size_t back = 0; back < kMostBytes && back <= same; ++back)
@@ -88,8 +83,7 @@ size_t WholeCharacters(const char *at1, const char *at2, size_t same)
     return same;
 }
 
-// Passes over the characters that both texts have in the same bytes, and over ASCII letters that
-// differ in case alone.
+// Passes over equal characters, and over ASCII letters that differ only in case.
 void SkipAlike(FoldedText *text1, FoldedText *text2)
 {
     const auto most = static_cast<size_t>(std::min(text1->end - text1->at, text2->end - text2->at));

@@ -7,8 +7,8 @@
 namespace libstr
 {
 
-// Whether two NUL-terminated texts are the same once GLib has case-folded them (g_utf8_casefold).
-// A byte of no well-formed character stands for itself.
+// Whether two NUL-terminated texts are equal after case-folding by GLib (g_utf8_casefold).  A
+// malformed byte is equal only to itself.
 bool AreAlikeFolded(const char *s1, const char *s2);
 
 } // namespace libstr

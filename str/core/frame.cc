@@ -15,7 +15,7 @@ void PassOn(const char *source, int line)
         return;
     er_TraceBeforeJump(source, line);
     sigjmp_buf *const environment = er_GetCurrEnv();
-    if (environment == nullptr) { // where the default service does not return from the trace
+    if (environment == nullptr) { // the default service's trace has aborted already
         std::fputs("libstr: an escape is passed on, and there is no error environment\n", stderr);
         std::abort();
     }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The frame that every export shares: trace points and the protected region.
+// What every export shares: trace points and the protected region.
 //
 // An escape is a siglongjmp to the current error environment, so no frame that it may cross holds
-// an object with a non-trivial destructor: no tracer that traces its exit from a destructor, no
-// guard that puts the environment back.  Both are plain calls instead.
+// an object with a non-trivial destructor.  Tracing an exit and restoring an environment are
+// therefore plain calls.
 #ifndef STR_CORE_FRAME_H
 #define STR_CORE_FRAME_H
 
@@ -14,21 +14,21 @@
 
 #include <type_traits>
 
-// One function, in a source of its own.
+// The only instance, defined in frame.cc.
 extern template bool libstr::RunProtected<er_SetCurrEnv>(void (*body)(void *), void *context);
 
 namespace libstr::frame
 {
 
-// An export traces its entry first of all and its exit last of all.  The level is read afresh both
-// times, since a host may change it while the export runs.
-inline void TraceEntry(const char *name)
+// An export traces its entry first and its exit last, under its own name.  Both read the level,
+// since a host may change it while the export runs.
+inline void TraceEntry(const char *name = __builtin_FUNCTION())
 {
     if (er_SubSystemLoggingLevel > 9)
         er_RealLogProc(ER_TRACE_CALL, name, 1);
 }
 
-inline void TraceExit(const char *name)
+inline void TraceExit(const char *name = __builtin_FUNCTION())
 {
     if (er_SubSystemLoggingLevel > 9)
         er_RealLogProc(ER_TRACE_CALL, name, 0);
@@ -40,11 +40,11 @@ inline void TraceExit(const char *name)
     er_TracedEscape(ER_CLASS_LIBRARY, code, source, line);
 }
 
-// Passes a live escape on to the current environment; returns when none is live.
+// Passes a live escape on to the current environment.  Returns when there is no live escape.
 void PassOn(const char *source, int line);
 
-// Runs body() in an error environment of its own.  True when it returned, false when an escape ended
-// it; the enclosing environment is current again in both cases.
+// Runs body() in an error environment of its own.  Returns true when body returned, false when an
+// escape ended it.  In both cases the enclosing environment is current again.
 template <class Body>
 bool RunProtected(Body &body)
 {
@@ -52,7 +52,7 @@ bool RunProtected(Body &body)
     return libstr::RunProtected<er_SetCurrEnv>(call, &body);
 }
 
-// Runs body() and forgets an escape that ends it: the error status is what it was.
+// Runs body() and forgets an escape that ends it: the error status is restored.
 template <class Body>
 void Disregard(Body &&body)
 {
@@ -79,14 +79,16 @@ inline void Judge(Verdict verdict)
         er_Clear();
 }
 
-// The protected region.  True when body() ran to its end.  When an escape ends it: the enclosing
-// environment is made current, so that an escape from the clean-up goes there; release() gives
-// back what the body still held, logs, and stores the results of a failure; the verdict is
-// carried out; and what is still live then is passed on.  False when nothing was.
+// The protected region.  Returns true when body() ran to its end.  When an escape ends it:
 //
-// What body and release share lives in the caller's frame and is captured by reference; body is
-// called through a pointer from a frame that the optimiser may not look into, so its stores are
-// all made when the escape arrives.
+//   1. The enclosing environment becomes current, so an escape from the clean-up goes there.
+//   2. release() gives back what the body still held, logs, and stores the results of a failure.
+//   3. The verdict is carried out.
+//   4. An escape that is still live is passed on.  When there is none, returns false.
+//
+// Body and release share variables of the caller's frame, captured by reference.  The optimiser
+// cannot see from the frame that calls body into body, so all stores of body are in memory when the
+// escape arrives.
 template <class Body, class Release>
 bool Protect(const char *source, Verdict verdict, Body &&body, Release &&release,
              int line = __builtin_LINE())

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sizes are counted without loss.  Where an interface has a smaller type for its answer, a size
-// that it cannot say is refused in the same way as memory that cannot be had.
+// Sizes inside the library are exact.  Where an interface returns a smaller type, a size that does
+// not fit raises the escape of an allocation that fails.
 #ifndef STR_CORE_SIZES_H
 #define STR_CORE_SIZES_H
 
@@ -14,12 +14,12 @@
 namespace libstr
 {
 
-template <class Answer, class Size>
-Answer Fit(const char *source, Size size, int line = __builtin_LINE())
+template <class Result, class Size>
+Result Fit(const char *source, Size size, int line = __builtin_LINE())
 {
-    if (!std::in_range<Answer>(size))
+    if (!std::in_range<Result>(size))
         frame::Raise(source, OS_ESC_MEMORY, line);
-    return static_cast<Answer>(size);
+    return static_cast<Result>(size);
 }
 
 } // namespace libstr

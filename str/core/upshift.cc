@@ -12,7 +12,7 @@ namespace libstr
 namespace
 {
 
-// One bit in three: where rules begin in three blocks of their bytes.
+// One bit in three: the bytes of three blocks where rules begin.
 constexpr uint64_t kRuleStarts = [] {
     uint64_t starts = 0;
     for (unsigned int bit = 0; bit < 3 * blocks::kSize; bit += sizeof(PairRule))
@@ -20,7 +20,7 @@ constexpr uint64_t kRuleStarts = [] {
     return starts;
 }();
 
-// The first rule for a byte; null for none.  Looks at as many rules at a time as a block has bytes.
+// The first rule for a byte; null for none.  Looks at as many rules at once as a block has bytes.
 const PairRule *FindRule(const PairRule *rules, int32_t count, uint8_t byte)
 {
     constexpr int32_t kStride = blocks::kSize;
@@ -45,7 +45,7 @@ const PairRule *FindRule(const PairRule *rules, int32_t count, uint8_t byte)
 // The first entry of a lead byte; null for none.
 const LeadEntry *FindLead(UpShiftTable *table, uint8_t byte, ptrdiff_t avail)
 {
-    constexpr int kLongRun = 16; // bytes, for which an index is worth while
+    constexpr int kLongRun = 16; // bytes that make an index pay
     if (!table->leadsAreIndexed && avail >= kLongRun) {
         std::memset(table->leadIndex, 0, sizeof table->leadIndex);
         for (int32_t i = table->numLeads; i > 0; --i)
@@ -62,7 +62,7 @@ const LeadEntry *FindLead(UpShiftTable *table, uint8_t byte, ptrdiff_t avail)
     return nullptr;
 }
 
-// The bytes written, 0 when no expansion is for this byte.
+// Returns the bytes written; 0 when this byte has no expansion.
 int FindExpansion(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 {
     const PairRule *const rule = FindRule(table.expansions, table.numExpansions, in[0]);
@@ -72,7 +72,7 @@ int FindExpansion(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
     return 2;
 }
 
-// The bytes written, 0 when there is no rule for this pair of bytes.
+// Returns the bytes written; 0 when this pair of bytes has no rule.
 int FindPairUpShift(const uint8_t *in, ptrdiff_t avail, uint8_t *out, UpShiftTable *table)
 {
     const LeadEntry *const lead = FindLead(table, in[0], avail);

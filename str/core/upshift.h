@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The one-character lookup: how everything that disregards case sees a case table.
+// The upper case of one character.  All code that disregards case reads case tables through it.
 #ifndef STR_CORE_UPSHIFT_H
 #define STR_CORE_UPSHIFT_H
 
@@ -12,29 +12,29 @@
 namespace libstr
 {
 
-// A case table as a run of text needs it, its references resolved once.
+// A case table with its references resolved, once for a run of text.
 struct UpShiftTable {
     ByteMap map;
     const PairRule *expansions;
-    int32_t numExpansions; // 0 for no list
+    int32_t numExpansions; // 0 without a list
     const LeadEntry *leads;
-    int32_t numLeads; // 0 for no list
+    int32_t numLeads; // 0 without a list
 
-    // Where the first entry of each lead byte stands, counted from 1, once a long run has asked.
+    // The place of each lead byte's first entry, counted from 1.  Filled in for long runs only.
     bool leadsAreIndexed;
     uint16_t leadIndex[256];
 };
 
 void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record);
 
-// The upper case of one character: what it is, in one byte or two, and how many bytes it was.
+// The upper case of one character, in one byte or two, and how many bytes the character had.
 struct UpShifted {
     uint8_t bytes[2];
     int written;
     int consumed;
 };
 
-// What a character that has no one-byte upper case in the byte map becomes.
+// The upper case of a character that has none in the byte map.
 UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail);
 
 inline UpShifted UpShiftOne(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail)
