@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Upper case and comparison of text in the universal set, both by way of the conversion service.
+// Upper case and comparison of text in the universal set, by way of the conversion service.
 #include <str/case.h>
 
+#include "str/core/buffer.h"
 #include "str/core/frame.h"
 
 #include <platform/cvc.h>
-#include <platform/os.h>
 
 #include <glib.h>
 
@@ -17,13 +17,12 @@ using namespace libstr;
 namespace
 {
 
-// The copy of a comparison's first text: the service may use its storage again for the second.
-char *theCopy;
-size_t theCapacity;
+// A comparison's first text: the service may reuse its own storage for the second.
+Buffer<char> theCopy;
 
-constexpr size_t kSpare = 50; // bytes beyond what is needed
+constexpr size_t kSpare = 50; // bytes more than needed
 
-// What the service calls a form of the universal set, and its upper case.
+// The service's names for a form of the universal set and for its upper case.
 struct Form {
     const char *name;
     const char *upperName;
@@ -43,13 +42,11 @@ Form FormOf(int variant)
 
 const char *Copy(const char *text, size_t length)
 {
-    if (theCapacity <= length) {
-        theCopy = static_cast<char *>(os_realloc(theCopy, length + kSpare));
-        theCapacity = length + kSpare;
-    }
-    std::memcpy(theCopy, text, length);
-    theCopy[length] = '\0';
-    return theCopy;
+    if (theCopy.capacity <= length)
+        Resize(&theCopy, length + kSpare);
+    std::memcpy(theCopy.at, text, length);
+    theCopy.at[length] = '\0';
+    return theCopy.at;
 }
 
 bool IsEmpty(const char *text) { return text == nullptr || *text == '\0'; }
@@ -60,17 +57,17 @@ char *str_ToUpperUni(const char *in, int inLen, int *outLen, int variant)
 {
     const Form form = FormOf(variant);
     char *upper = nullptr;
-    frame::TraceEntry("str_ToUpperUni");
+    frame::TraceEntry();
     int details[3];
     cvc_ConvertString(CVC_REQUEST_TEXT, CVC_OPTIONS_NONE, in, inLen, form.name, form.upperName,
                       &upper, outLen, &details[0], &details[1], &details[2]);
-    frame::TraceExit("str_ToUpperUni");
+    frame::TraceExit();
     return upper;
 }
 
 int str_strcasecmpUni(const char *s1, const char *s2, int variant)
 {
-    frame::TraceEntry("str_strcasecmpUni");
+    frame::TraceEntry();
     int length = 0;
     const char *first = s1;
     char *upper = str_ToUpperUni(s1, -1, &length, variant);
@@ -84,6 +81,6 @@ int str_strcasecmpUni(const char *s1, const char *s2, int variant)
         second = upper;
     }
     const int order = g_strcmp0(first, second);
-    frame::TraceExit("str_strcasecmpUni");
+    frame::TraceExit();
     return order;
 }

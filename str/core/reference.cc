@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// References where addresses are wider than they: places in a table of blocks, counted from 1.
+// References where addresses are wider than 4 bytes: places in a table of blocks, counted from 1.
 #include "str/core/reference.h"
 
-#include <platform/os.h>
+#include "str/core/buffer.h"
 
 namespace
 {
@@ -13,15 +13,13 @@ union Place {
     CaseTableRef nextFree; // 0 for none
 };
 
-// It grows to the most arrays that the process held at once and is never released.
-Place *thePlaces;
-CaseTableRef thePlaceCount;
+libstr::Buffer<Place> thePlaces;
 CaseTableRef theFirstFree;
 
 constexpr bool kIsAddress = sizeof(void *) == sizeof(CaseTableRef);
 constexpr CaseTableRef kFirstPlaces = 64;
 
-Place *PlaceOf(CaseTableRef ref) { return &thePlaces[ref - 1]; }
+Place *PlaceOf(CaseTableRef ref) { return &thePlaces.at[ref - 1]; }
 
 void PutFree(CaseTableRef ref)
 {
@@ -38,11 +36,11 @@ void Reserve()
 {
     if (kIsAddress || theFirstFree != 0)
         return;
-    const CaseTableRef count = thePlaceCount == 0 ? kFirstPlaces : 2 * thePlaceCount;
-    thePlaces = static_cast<Place *>(os_realloc(thePlaces, count * sizeof *thePlaces));
-    for (CaseTableRef ref = count; ref > thePlaceCount; --ref)
+    const auto old = static_cast<CaseTableRef>(thePlaces.capacity);
+    const CaseTableRef count = old == 0 ? kFirstPlaces : 2 * old;
+    Resize(&thePlaces, count);
+    for (CaseTableRef ref = count; ref > old; --ref)
         PutFree(ref);
-    thePlaceCount = count;
 }
 
 CaseTableRef Make(void *block, CaseTableRef old)

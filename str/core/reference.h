@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// References: how a case table names its arrays in 4 bytes on every build.
+// References: how a case table refers to its arrays in 4 bytes on every build.
 //
-// Where addresses are 4 bytes wide a reference of this process is the address itself; where they
-// are wider it is a place in one table of blocks.  In an attached image it is an offset.
+// Where addresses have 4 bytes, a reference of this process is the address itself.  Where they are
+// wider, it is a place in one table of blocks.  In an attached image it is an offset.
 #ifndef STR_CORE_REFERENCE_H
 #define STR_CORE_REFERENCE_H
 
@@ -15,15 +15,15 @@
 namespace libstr::reference
 {
 
-// Makes sure that the next Make cannot fail, so that no block is ever without an owner.  Raises
+// Makes sure that the next Make cannot fail: no block is ever without an owner.  Raises
 // OS_ESC_MEMORY.
 void Reserve();
 
-// A reference to `block`, in place of `old`, which named the block before it moved; 0 for a new
-// reference, made room for by Reserve.
+// A reference to `block`.  `old` referred to the block before it moved; 0 asks for a new reference,
+// after Reserve.
 CaseTableRef Make(void *block, CaseTableRef old);
 
-// The block of this process that `ref` names, null for none.
+// The block of this process that `ref` refers to; null for 0.
 void *Resolve(CaseTableRef ref);
 
 template <class T>
@@ -35,8 +35,8 @@ T *Resolve(CaseTableRef ref)
 // Releases the block and the reference, which becomes 0.
 void Release(CaseTableRef *ref);
 
-// The array that a record of the registry names: in the image once one is attached, when the
-// process no longer uses records of its own, else in the process.
+// The array that a record of the registry refers to: in the image when one is attached, since the
+// process then uses no records of its own; else in the process.
 template <class T>
 const T *ResolveForReading(CaseTableRef ref)
 {
