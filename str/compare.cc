@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The equality engines: two texts, each in a set of its own, hold the same characters or not.
+// The equality engines: do two texts, each in a set of its own, hold the same characters?
 #include "str/core/comparison.h"
 #include "str/core/fold.h"
-#include "str/core/utf8.h"
 
 using namespace libstr;
 
 namespace
 {
 
-// How far a comparison goes: to the end, or through so many bytes of each string, or through so
-// many characters.
+// How far a comparison goes: to the end, through a number of bytes of each string, or through a
+// number of characters.
 struct Extent {
     enum { toEnd, bytes, characters } unit;
     unsigned int bytes1;
@@ -19,52 +18,34 @@ struct Extent {
     unsigned int chars;
 };
 
-// A limit of 2^31 and more is none.
+// A limit of 2^31 and more means no limit.
 bool IsLimit(unsigned int limit) { return limit <= INT32_MAX; }
 
-constexpr size_t kAll = SIZE_MAX;
+bool HasEnded(const Side &side) { return side.kind == CS_SEG_END || side.offset >= side.limit; }
 
-struct Compared {
-    Side side;
-    size_t limit; // bytes of the string that count; kAll for all
-};
-
-void Fetch(Compared *string, bool first)
+// All bytes that count have been compared.
+bool IsComplete(const Side &side)
 {
-    FetchSegment(&string->side, first);
-    if (string->side.offset < string->limit)
-        string->side.left = std::min(string->side.left, string->limit - string->side.offset);
+    return side.limit == kNoByteLimit ? side.kind == CS_SEG_END : side.offset >= side.limit;
 }
 
-bool HasEnded(const Compared &string)
-{
-    return string.side.kind == CS_SEG_END || string.side.offset >= string.limit;
-}
-
-// All of what counts has been passed.
-bool IsComplete(const Compared &string)
-{
-    return string.limit == kAll ? string.side.kind == CS_SEG_END
-                                : string.side.offset >= string.limit;
-}
-
-Compared Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool plain,
-               decltype(&NextSegmentFromList) walker)
+Side Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool plain,
+           decltype(&NextSegmentFromList) walker)
 {
     const bool limited = IsLimit(limit);
-    Compared string = {};
-    string.limit = limited ? limit : kAll;
-    string.side.next = plain ? nullptr : walker;
-    string.side.cs = cs;
-    string.side.str = str;
-    string.side.length = limited ? static_cast<int>(limit) : -1;
+    Side side = {};
+    side.next = plain ? nullptr : walker;
+    side.cs = cs;
+    side.str = str;
+    side.length = limited ? static_cast<int>(limit) : -1;
+    side.limit = limited ? limit : kNoByteLimit;
     if (plain)
-        string.side.size = strnlen(str, string.limit);
-    Fetch(&string, true);
-    return string;
+        side.size = strnlen(str, side.limit);
+    FetchSegment(&side, true);
+    return side;
 }
 
-// Both strings are in one set of single bytes throughout, so each is one segment.
+// Both strings are in the same single-byte set and switch to no other, so each is one segment.
 bool AreOnePlainSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
     return cs1->csNum == cs2->csNum && cs1->escMode == 0 && cs2->escMode == 0 &&
@@ -104,7 +85,7 @@ RunResult CompareCharRun(const char *p1, const char *p2, size_t bytes, int charL
     return {0, done, done, charLimit - left};
 }
 
-// Compares the run up to the nearer end of the two segments.
+// Compares the rest of two segments up to the end of the shorter.
 RunResult CompareRun(const Side &side1, const Side &side2, bool caseless, uint16_t common,
                      bool byChars, int charLimit)
 {
@@ -120,7 +101,7 @@ RunResult CompareRun(const Side &side1, const Side &side2, bool caseless, uint16
     return {std::strncmp(side1.at, side2.at, bytes) != 0 ? 1 : 0, bytes, bytes, 0};
 }
 
-// The same as Compare to the end, for two strings of one plain set, the most frequent of all.
+// As Compare to the end, for two strings of one plain set, which is the most frequent case.
 int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
 {
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(kind) : nullptr;
@@ -132,49 +113,34 @@ int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
     side2.at = s2;
     side2.left = std::strlen(s2);
     const RunResult run = CompareUpShiftedRun(side1, side2, kNoLimit, table);
-    return run.order == 0 && run.step1 == side1.left && run.step2 == side2.left ? 0 : 1;
+    return run.order == 0 && run.bytes1 == side1.left && run.bytes2 == side2.left ? 0 : 1;
 }
 
-// 0 when the texts are equal as far as the extent goes, else 1.
+// 0 when the texts are equal through the extent, else 1.
 int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *cs1,
             const CSDescriptor *cs2, const Extent &extent)
 {
     const bool plain = AreOnePlainSet(cs1, cs2);
     if (plain && extent.unit == Extent::toEnd)
         return ComparePlain(s1, s2, caseless, cs1->csNum);
-    Compared string1 = Begin(s1, cs1, extent.bytes1, plain, NextSegmentFromList);
-    Compared string2 = Begin(s2, cs2, extent.bytes2, plain, NextSegmentByWalk);
-    Side &side1 = string1.side;
-    Side &side2 = string2.side;
-
+    Side side1 = Begin(s1, cs1, extent.bytes1, plain, NextSegmentFromList);
+    Side side2 = Begin(s2, cs2, extent.bytes2, plain, NextSegmentByWalk);
     const bool byChars = extent.unit == Extent::characters;
     const bool counted = byChars && IsLimit(extent.chars);
     unsigned int chars = 0;
-    uint16_t common = CS_SEG_NONE;
-    bool equal = EquivalentSegmentSets(side1.kind, side2.kind, &common);
-    const auto goesOn = [&] {
-        return equal && !HasEnded(string1) && !HasEnded(string2) &&
-               !(counted && chars >= extent.chars);
-    };
-    while (goesOn()) {
+    while (!HasEnded(side1) && !HasEnded(side2) && !(counted && chars >= extent.chars)) {
+        uint16_t common = CS_SEG_NONE;
+        if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
+            return 1;
         const int charLimit = counted ? static_cast<int>(extent.chars - chars) : kNoLimit;
         const RunResult run = CompareRun(side1, side2, caseless, common, byChars, charLimit);
-        equal = run.order == 0;
-        if (!equal)
-            break;
+        if (run.order != 0)
+            return 1;
         chars += static_cast<unsigned int>(run.chars);
-        Advance(&side1, run.step1);
-        Advance(&side2, run.step2);
-        if (side1.left == 0)
-            Fetch(&string1, false);
-        if (side2.left == 0)
-            Fetch(&string2, false);
-        if (goesOn())
-            equal = EquivalentSegmentSets(side1.kind, side2.kind, &common);
+        PassRun(&side1, &side2, run);
     }
-    if (counted)
-        return equal && chars >= extent.chars ? 0 : 1;
-    return equal && IsComplete(string1) && IsComplete(string2) ? 0 : 1;
+    const bool complete = counted ? chars >= extent.chars : IsComplete(side1) && IsComplete(side2);
+    return complete ? 0 : 1;
 }
 
 bool IsEmpty(const char *str) { return *str == '\0'; }

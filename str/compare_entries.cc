@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The str_strcmp family: the C library's comparison where it means the same, else the engines.
+// The str_strcmp family: the C library compares where its result is the same, else the engines.
 #include <str/compare.h>
 
 #include "str/core/frame.h"
-#include "str/core/utf8.h"
-
-#include <platform/ccs.h>
+#include "str/core/sets.h"
 
 #include <cstring>
 
@@ -20,11 +18,9 @@ bool AreOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
     return cs1->csNum == cs2->csNum;
 }
 
-bool IsByteSet(const CSDescriptor *cs) { return (ccs_GetCSFlags(cs) & CS_FLAG_BYTE) != 0; }
-
-// Runs a comparison between the traces of the function that was called.
+// Runs the comparison of an export between the export's traces.
 template <class Comparison>
-int Traced(const char *name, Comparison compare)
+int Traced(Comparison compare, const char *name = __builtin_FUNCTION())
 {
     frame::TraceEntry(name);
     const int result = compare();
@@ -41,8 +37,8 @@ int str_strcmp(const char *s1, const char *s2, const CSDescriptor *cs)
 
 int str_strcmp3(const char *s1, const char *s2, const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
-    return Traced("str_strcmp3", [&] {
-        return AreOneSet(cs1, cs2) && (IsByteSet(cs1) || IsUtf8(cs1))
+    return Traced([&] {
+        return AreOneSet(cs1, cs2) && (HasByteCharacters(cs1) || IsUtf8(cs1))
                    ? std::strcmp(s1, s2)
                    : str_DoCompareToEnd(s1, s2, 0, cs1, cs2);
     });
@@ -56,8 +52,8 @@ int str_strncmp(const char *s1, const char *s2, unsigned int chars, const CSDesc
 int str_strnccmp3(const char *s1, const char *s2, unsigned int chars, const CSDescriptor *cs1,
                   const CSDescriptor *cs2)
 {
-    return Traced("str_strnccmp3", [&] {
-        return AreOneSet(cs1, cs2) && IsByteSet(cs1)
+    return Traced([&] {
+        return AreOneSet(cs1, cs2) && HasByteCharacters(cs1)
                    ? std::strncmp(s1, s2, chars)
                    : str_DoCompareByCharLen(s1, s2, chars, 0, cs1, cs2);
     });
@@ -72,8 +68,8 @@ int str_strncmp2(const char *s1, const char *s2, unsigned int bytes1, unsigned i
 int str_strnbcmp3(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
                   const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
-    return Traced("str_strnbcmp3", [&] {
-        return AreOneSet(cs1, cs2) && IsByteSet(cs1)
+    return Traced([&] {
+        return AreOneSet(cs1, cs2) && HasByteCharacters(cs1)
                    ? std::strncmp(s1, s2, bytes1)
                    : str_DoCompareByByteLen(s1, s2, bytes1, bytes2, 0, cs1, cs2);
     });
@@ -87,7 +83,7 @@ int str_strucasecmp(const char *s1, const char *s2, const CSDescriptor *cs)
 int str_strucasecmp3(const char *s1, const char *s2, const CSDescriptor *cs1,
                      const CSDescriptor *cs2)
 {
-    return Traced("str_strucasecmp3", [&] { return str_DoCompareToEnd(s1, s2, 1, cs1, cs2); });
+    return Traced([&] { return str_DoCompareToEnd(s1, s2, 1, cs1, cs2); });
 }
 
 int str_strucasencmp(const char *s1, const char *s2, unsigned int chars, const CSDescriptor *cs)
@@ -98,8 +94,7 @@ int str_strucasencmp(const char *s1, const char *s2, unsigned int chars, const C
 int str_strucasenccmp3(const char *s1, const char *s2, unsigned int chars, const CSDescriptor *cs1,
                        const CSDescriptor *cs2)
 {
-    return Traced("str_strucasenccmp3",
-                  [&] { return str_DoCompareByCharLen(s1, s2, chars, 1, cs1, cs2); });
+    return Traced([&] { return str_DoCompareByCharLen(s1, s2, chars, 1, cs1, cs2); });
 }
 
 int str_strucasencmp2(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
@@ -111,6 +106,5 @@ int str_strucasencmp2(const char *s1, const char *s2, unsigned int bytes1, unsig
 int str_strucasenbcmp3(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,
                        const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
-    return Traced("str_strucasenbcmp3",
-                  [&] { return str_DoCompareByByteLen(s1, s2, bytes1, bytes2, 1, cs1, cs2); });
+    return Traced([&] { return str_DoCompareByByteLen(s1, s2, bytes1, bytes2, 1, cs1, cs2); });
 }

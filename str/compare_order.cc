@@ -8,8 +8,8 @@ using namespace libstr;
 namespace
 {
 
-// An upper-cased character as the order takes it: its bytes are signed, so that those of 0x80 and
-// above come before all others.
+// Where an upper-case character comes in the order.  Bytes are signed: those of 0x80 and above come
+// first.
 int OrderValue(const UpShifted &upper)
 {
     const int first = static_cast<int8_t>(upper.bytes[0]);
@@ -25,21 +25,21 @@ int FinalByte(const CSDescriptor *cs)
     return static_cast<int8_t>(designation[std::strlen(designation) - 1]);
 }
 
-// The order of two sets whose texts cannot be compared: sets of single bytes first, then by their
-// designations, then by number.
+// The order of two sets whose texts cannot be compared: single-byte sets first, then by
+// designation, then by number.
 int OrderOfSets(uint16_t kind1, uint16_t kind2)
 {
     const CSDescriptor cs1 = {kind1, 0};
     const CSDescriptor cs2 = {kind2, 0};
-    const bool bytes1 = (ccs_GetCSFlags(&cs1) & CS_FLAG_BYTE) != 0;
-    const bool bytes2 = (ccs_GetCSFlags(&cs2) & CS_FLAG_BYTE) != 0;
+    const bool bytes1 = HasByteCharacters(&cs1);
+    const bool bytes2 = HasByteCharacters(&cs2);
     if (bytes1 != bytes2)
         return bytes1 ? -1 : 1;
     const int difference = FinalByte(&cs1) - FinalByte(&cs2);
     return difference != 0 ? difference : static_cast<int16_t>(kind1) - static_cast<int16_t>(kind2);
 }
 
-// What comes first of two, when one or both of them have ended.
+// The order of two strings of which one or both have ended.
 int OrderOfEnds(bool ended1, bool ended2) { return ended1 && ended2 ? 0 : ended1 ? -1 : 1; }
 
 RunResult OrderRun(const Side &side1, const Side &side2, bool caseless, uint16_t common)
@@ -61,8 +61,8 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
 {
     if (*s1 == '\0' || *s2 == '\0')
         return OrderOfEnds(*s1 == '\0', *s2 == '\0');
-    Side side1 = {NextSegmentFromList, cs1, s1, -1, 0, s1, 0, 0, CS_SEG_END};
-    Side side2 = {NextSegmentByWalk, cs2, s2, -1, 0, s2, 0, 0, CS_SEG_END};
+    Side side1 = {NextSegmentFromList, cs1, s1, -1, 0, kNoByteLimit, s1, 0, 0, CS_SEG_END};
+    Side side2 = {NextSegmentByWalk, cs2, s2, -1, 0, kNoByteLimit, s2, 0, 0, CS_SEG_END};
     FetchSegment(&side1, true);
     FetchSegment(&side2, true);
     for (;;) {
@@ -76,11 +76,6 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
         const RunResult run = OrderRun(side1, side2, caseless != 0, common);
         if (run.order != 0)
             return run.order;
-        Advance(&side1, run.step1);
-        Advance(&side2, run.step2);
-        if (side1.left == 0)
-            FetchSegment(&side1, false);
-        if (side2.left == 0)
-            FetchSegment(&side2, false);
+        PassRun(&side1, &side2, run);
     }
 }

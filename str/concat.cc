@@ -5,6 +5,7 @@
 
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sets.h"
 
 #include <climits>
 #include <cstring>
@@ -14,13 +15,7 @@ using namespace libstr;
 namespace
 {
 
-bool IsAscii(uint16_t kind, const CSDescriptor *cs)
-{
-    const CSDescriptor segCs = SegmentDescriptor(kind, cs);
-    return (ccs_GetCSFlags(&segCs) & CS_FLAG_ASCII) != 0;
-}
-
-// The kind of the first segment that is not ignored, CS_SEG_END for none.
+// The kind of the first segment that is not ignored; CS_SEG_END for none.
 uint16_t FirstKind(const char *text, const CSDescriptor *cs)
 {
     SegmentWalk walk = WalkSegments(text, cs);
@@ -30,8 +25,8 @@ uint16_t FirstKind(const char *text, const CSDescriptor *cs)
     return walk.kind;
 }
 
-// The kind of the last one, CS_SEG_RAW for none.  Walks to the end, so that the service knows the
-// state there.
+// The kind of the last such segment; CS_SEG_RAW for none.  Walks to the end, so the service knows
+// the state there.
 uint16_t LastKind(const char *text, const CSDescriptor *cs)
 {
     uint16_t last = CS_SEG_RAW;
@@ -42,15 +37,13 @@ uint16_t LastKind(const char *text, const CSDescriptor *cs)
     return last;
 }
 
-bool SwitchesSets(const CSDescriptor *cs) { return (ccs_GetCSFlags(cs) & CS_FLAG_ESCAPES) != 0; }
-
 bool NeedsEscapes(const char *dst, const char *src, const CSDescriptor *cs)
 {
     const uint16_t first = FirstKind(src, cs);
-    if (!IsText(first) || !IsAscii(first, cs))
+    if (!IsText(first) || !IsAscii(FlagsOf(first)))
         return false;
     const uint16_t last = LastKind(dst, cs);
-    return IsText(last) && !IsAscii(last, cs);
+    return IsText(last) && !IsAscii(FlagsOf(last));
 }
 
 void AppendEscapes(char *dst, const char *src, const CSDescriptor *cs)
@@ -60,7 +53,7 @@ void AppendEscapes(char *dst, const char *src, const CSDescriptor *cs)
         std::strcat(dst, escapes);
 }
 
-// The first of so many bytes, all of them of the text, whose value as a signed char is `ch`.
+// The first of `size` bytes whose value as a signed char is `ch`.
 char *FindByte(const char *seg, int ch, size_t size)
 {
     if (ch < SCHAR_MIN || ch > SCHAR_MAX)
@@ -82,34 +75,34 @@ const char *str_GetEscapes(const char *dst, const char *src, const CSDescriptor 
 
 char *str_strcat(char *dst, const char *src, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_strcat");
+    frame::TraceEntry();
     AppendEscapes(dst, src, cs);
     std::strcat(dst, src);
-    frame::TraceExit("str_strcat");
+    frame::TraceExit();
     return dst;
 }
 
 char *str_strncat(char *dst, const char *src, size_t n, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_strncat");
+    frame::TraceEntry();
     AppendEscapes(dst, src, cs);
     std::strncat(dst, src, n);
-    frame::TraceExit("str_strncat");
+    frame::TraceExit();
     return dst;
 }
 
 char *str_strchr(const char *str, int ch, const CSDescriptor *cs)
 {
     if (cs->escMode == 0)
-        return const_cast<char *>(std::strchr(str, ch)); // before the trace, so without any
-    frame::TraceEntry("str_strchr");
-    const bool allText = (ccs_GetCSFlags(cs) & CS_FLAG_BYTE) != 0;
+        return const_cast<char *>(std::strchr(str, ch)); // the common case: no trace
+    frame::TraceEntry();
+    const bool allText = HasByteCharacters(cs);
     char *found = nullptr;
     SegmentWalk walk = WalkSegments(str, cs);
     while (found == nullptr && NextSegment(&walk))
-        if (IsText(walk.kind) && (allText || IsAscii(walk.kind, cs)))
+        if (IsText(walk.kind) && (allText || IsAscii(FlagsOf(walk.kind))))
             found = FindByte(walk.at, ch, walk.size);
-    frame::TraceExit("str_strchr");
+    frame::TraceExit();
     return found;
 }
 

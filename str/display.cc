@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Display width: one column per displayed character.  UTF-8 is counted by characters, plain
-// single-byte text by bytes, and all other text segment by segment.
+// single-byte text by bytes, and other text segment by segment.
 #include <str/display.h>
 
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sets.h"
 #include "str/core/sizes.h"
 #include "str/core/units.h"
 #include "str/core/utf8.h"
@@ -18,9 +19,9 @@ using namespace libstr;
 namespace
 {
 
-constexpr char kSource[] = "str/str_split"; // of all that measures and cuts
+constexpr char kSource[] = "str/str_split"; // escapes carry this name in all that measures or cuts
 
-// Segments shorter than this are counted unit by unit: blocks of bytes do not pay.
+// Shorter segments are counted unit by unit: blocks of bytes would not pay.
 constexpr unsigned int kShort = 8;
 
 unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int segLen)
@@ -37,7 +38,7 @@ unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int se
             if (offset >= segLen)
                 break;
         }
-        // The service is given the whole segment's length: a NUL ends a unit before that does.
+        // The service gets the whole segment's length, since a NUL ends a unit in any case.
         const int length = UnitLength(rule, seg + offset, segLen);
         columns += IsDisplayed(seg[offset]);
         if (length < 1 || static_cast<unsigned int>(length) >= segLen - offset)
@@ -47,7 +48,7 @@ unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int se
     return columns;
 }
 
-// The rules of the sets met last in a text, which mostly takes turns between a few.
+// The rules of the sets met last.  Most texts take turns between a few sets.
 struct RuleCache {
     struct Entry {
         CSDescriptor cs;
@@ -59,7 +60,7 @@ struct RuleCache {
 const UnitRule &RuleFor(RuleCache *cache, uint16_t kind, const CSDescriptor *cs)
 {
     RuleCache::Entry &entry = cache->entries[kind % std::size(cache->entries)];
-    if (entry.cs.csNum != kind) { // 0 at first, which is no kind of text
+    if (entry.cs.csNum != kind) { // 0 at first, and no text has kind 0
         entry.cs = SegmentDescriptor(kind, cs);
         entry.rule = UnitRuleOf(&entry.cs);
     }
@@ -94,7 +95,7 @@ size_t CountByte(const char *str, char byte)
 
 unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_dispstrlen");
+    frame::TraceEntry();
     unsigned int columns;
     if (IsUtf8(cs))
         columns = static_cast<unsigned int>(str_utf8DispStrLen(str, -1, 1));
@@ -102,7 +103,7 @@ unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
         return Fit<unsigned int>(kSource, std::strlen(str)); // the common case: no exit trace
     else
         columns = Fit<unsigned int>(kSource, WalkedWidth(str, cs));
-    frame::TraceExit("str_dispstrlen");
+    frame::TraceExit();
     return columns;
 }
 
@@ -113,11 +114,11 @@ int str_GetDispLen(const char *seg, unsigned int segLen, const CSDescriptor *seg
 
 int str_utf8DispStrLen(const char *str, int maxLen, int countEsc)
 {
-    frame::TraceEntry("str_utf8DispStrLen");
+    frame::TraceEntry();
     auto columns = static_cast<int64_t>(CountUtf8(str, maxLen));
     if (countEsc == 0)
         columns -= static_cast<int64_t>(CountByte(str, '\x1B'));
     const int result = Fit<int>(kSource, columns);
-    frame::TraceExit("str_utf8DispStrLen");
+    frame::TraceExit();
     return result;
 }

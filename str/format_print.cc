@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The print functions: scan, fetch, build, deliver.  Where every byte is a character there is
-// nothing to look after, and the C library prints.
+// The print functions: scan, fetch, build, deliver.  Where every byte is a character, the C library
+// prints.
 #include <str/format.h>
 
 #include "str/core/frame.h"
+#include "str/core/sets.h"
 
-#include <platform/ccs.h>
 #include <platform/mdc.h>
 
 #include <cstdarg>
@@ -69,7 +69,7 @@ void Fetch(Arguments *arguments, va_list list)
 }
 
 struct Built {
-    const char *text; // null for none
+    const char *text; // null when nothing was built
     unsigned int length;
 };
 
@@ -101,46 +101,41 @@ int Copy(const Built &built, char *dest)
     return static_cast<int>(built.length);
 }
 
-bool HasBytesForCharacters(const CSDescriptor *cs)
-{
-    return (ccs_GetCSFlags(cs) & CS_FLAG_BYTE) != 0;
-}
-
 } // namespace
 
-#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the format is the caller's to vouch for
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the caller vouches for the format
 
 int str_simplefprintf(const CSDescriptor *cs, FILE *stream, const char *format, ...)
 {
-    frame::TraceEntry("str_simplefprintf");
+    frame::TraceEntry();
     va_list list;
     va_start(list, format);
-    const int result = HasBytesForCharacters(cs) ? std::vfprintf(stream, format, list)
-                                                 : Write(BuildText(cs, format, list), stream);
+    const int result = HasByteCharacters(cs) ? std::vfprintf(stream, format, list)
+                                             : Write(BuildText(cs, format, list), stream);
     va_end(list);
-    frame::TraceExit("str_simplefprintf");
+    frame::TraceExit();
     return result;
 }
 
 int str_simpleprintf(const CSDescriptor *cs, const char *format, ...)
 {
-    frame::TraceEntry("str_simpleprintf");
+    frame::TraceEntry();
     va_list list;
     va_start(list, format);
     const int result = Write(BuildText(cs, format, list), stdout);
     va_end(list);
-    frame::TraceExit("str_simpleprintf");
+    frame::TraceExit();
     return result;
 }
 
 int str_simplesprintf(const CSDescriptor *cs, char *dest, const char *format, ...)
 {
-    frame::TraceEntry("str_simplesprintf");
+    frame::TraceEntry();
     va_list list;
     va_start(list, format);
-    const int result = HasBytesForCharacters(cs) ? std::vsprintf(dest, format, list)
-                                                 : Copy(BuildText(cs, format, list), dest);
+    const int result = HasByteCharacters(cs) ? std::vsprintf(dest, format, list)
+                                             : Copy(BuildText(cs, format, list), dest);
     va_end(list);
-    frame::TraceExit("str_simplesprintf");
+    frame::TraceExit();
     return result;
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The scanner: which arguments a format takes, known before any of them is fetched.
+// The scanner: finds which arguments a format takes, before any of them is fetched.
 #include <str/format.h>
 
 #include "str/core/directive.h"
 #include "str/core/segments.h"
+#include "str/core/sets.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,13 +17,13 @@ char PrintfError;
 namespace
 {
 
-constexpr int kAlwaysWritten = 9; // all records up to that of this number, used or not
+constexpr int kAlwaysWritten = 9; // the records up to this number are written even when unused
 
 struct Scan {
     ParameterRecord *table;
     int current; // the number of the last directive
-    int highest; // that has been recorded
-    int written; // all records up to this one are of this scan
+    int highest; // the highest number recorded
+    int written; // this scan has written all records up to this number
 };
 
 bool IsInTable(int number) { return number >= 1 && number < STR_PARAMETERS; }
@@ -33,7 +34,7 @@ void ClearUpTo(Scan *scan, int number)
         scan->table[++scan->written] = {};
 }
 
-// The record of an argument's number, as it stands so far.
+// The record of an argument, as written so far.
 ParameterRecord *RecordOf(Scan *scan, int number)
 {
     ClearUpTo(scan, number);
@@ -41,7 +42,8 @@ ParameterRecord *RecordOf(Scan *scan, int number)
     return scan->table + number;
 }
 
-// A directive that has this number for its value still stands there.
+// Records an argument that is a width or precision.  The text of a directive with the same number
+// stays in the record.
 void RecordMeasure(Scan *scan, int number)
 {
     if (number == 0)
@@ -59,7 +61,7 @@ ArgumentNumbers Number(Scan *scan, const Directive &directive)
         value += directive.widthParam == kNextArgument;
         value += directive.precParam == kNextArgument;
     }
-    scan->current = std::min(value, STR_PARAMETERS); // behind the table is as far as it goes
+    scan->current = std::min(value, STR_PARAMETERS); // one past the table at most
     return NumbersBefore(value, directive);
 }
 
@@ -106,11 +108,7 @@ void ScanSegment(Scan *scan, const char *at, const char *end)
     }
 }
 
-bool HoldsDirectives(uint16_t kind)
-{
-    const CSDescriptor segCs = {kind, 0};
-    return IsText(kind) && (ccs_GetCSFlags(&segCs) & CS_FLAG_ASCII_SUPERSET) != 0;
-}
+bool HoldsDirectives(uint16_t kind) { return IsText(kind) && HoldsAscii(FlagsOf(kind)); }
 
 } // namespace
 

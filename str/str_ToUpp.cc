@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Upper case by case tables: of a character, of a run in one set, of a whole text.
+// Upper case by case tables: of a character, of a run in one set, and of a whole text.
 #include "base/utf8.h"
+#include "str/core/buffer.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sets.h"
 #include "str/core/sizes.h"
 #include "str/core/upshift.h"
-#include "str/core/utf8.h"
-
-#include <platform/os.h>
 
 #include <glib.h>
 
@@ -21,11 +20,10 @@ namespace
 
 constexpr char kSource[] = "str/str_ToUpp";
 
-// The shared upper-case buffer: it grows to the longest result and is never released.
-unsigned char *theBuffer;
-unsigned int theCapacity;
+// The upper-case buffer.
+Buffer<unsigned char> theBuffer;
 
-// The last result in UTF-8, GLib's to release.
+// The last result in UTF-8; released with g_free.
 char *theUtf8Result;
 
 constexpr unsigned int kStep = 128; // the buffer grows by at least so many bytes
@@ -33,21 +31,18 @@ constexpr unsigned int kRoom = 3;   // for a character in two bytes and the NUL
 
 unsigned char *GrowUpperBuffer(uint64_t need, unsigned int *capacity)
 {
-    if (theCapacity == 0 || theCapacity < need) {
-        const bool byAStep = theCapacity == 0 ? need < kStep : need - theCapacity < kStep;
-        const uint64_t size = byAStep ? uint64_t{theCapacity} + kStep : need;
-        const auto grown = Fit<unsigned int>(kSource, size + 1);
-        theBuffer = static_cast<unsigned char *>(theCapacity == 0 ? os_malloc(grown)
-                                                                  : os_realloc(theBuffer, grown));
-        theCapacity = grown;
+    const uint64_t old = theBuffer.capacity;
+    if (old == 0 || old < need) {
+        const uint64_t size = need < old + kStep ? old + kStep : need;
+        Grow(&theBuffer, Fit<unsigned int>(kSource, size + 1));
     }
-    *capacity = theCapacity;
-    return theBuffer;
+    *capacity = static_cast<unsigned int>(theBuffer.capacity);
+    return theBuffer.at;
 }
 
 // ---- Runs of a text ------------------------------------------------------------------------
 
-// The result of a text as far as it goes.
+// The result so far.
 struct Result {
     unsigned char *buffer;
     unsigned int used;
@@ -63,7 +58,7 @@ void AppendUnchanged(const char *bytes, unsigned int length, Result *result)
     result->used += length;
 }
 
-// Appends a run in upper case, or as it is without a table.
+// Appends a run in upper case; without a table, unchanged.
 void Append(const char *bytes, unsigned int length, const CaseTableRecord *table, Result *result)
 {
     if (table == nullptr)
@@ -90,8 +85,7 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
         Append(str, length, own, result);
         return;
     }
-    constexpr uint32_t kOwnForAll = CS_FLAG_CASE | CS_FLAG_UNIFORM;
-    const bool ownForAll = own != nullptr && (ccs_GetCSFlags(cs) & kOwnForAll) == kOwnForAll;
+    const bool ownForAll = own != nullptr && IsUniform(cs);
     SegmentWalk walk = WalkSegments(str, cs, static_cast<int>(length));
     while (NextSegment(&walk)) {
         const CaseTableRecord *table = nullptr;
@@ -103,7 +97,7 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
     }
 }
 
-// A length that reaches beyond the text means the text.
+// The text ends at the NUL, even before the length.
 size_t LengthOf(const char *str, int length)
 {
     return length < 0 ? std::strlen(str) : strnlen(str, static_cast<size_t>(length));
@@ -142,7 +136,7 @@ char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescri
 
 int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table)
 {
-    if ((ccs_GetCSFlags(cs) & CS_FLAG_CASE) == 0)
+    if (!HasCase(cs))
         return 0;
     const uint16_t number = ccs_GetToUpperTable(cs);
     CaseTableRecord *const found = number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
@@ -172,7 +166,7 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
     while (len > 0) {
         if (uint64_t{end} + kRoom > *capacity)
             buf = GrowUpperBuffer(uint64_t{end} + kRoom, capacity);
-        // Before each of these bytes there is room, so none of them would have let the buffer grow.
+        // These bytes fit with room to spare, so the buffer need not grow between them.
         const size_t fit =
             std::min(static_cast<size_t>(len), size_t{*capacity} - end - (kRoom - 1));
         const size_t mapped = MapBytes(&lookup.map, in, fit, buf + end);
@@ -193,11 +187,11 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
 
 char *str_ToUpper(const char *str, int len, int *outLen, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_ToUpper");
+    frame::TraceEntry();
     g_free(theUtf8Result);
     theUtf8Result = nullptr;
     char *const result =
         IsUtf8(cs) ? UpperCaseUtf8(str, len, outLen) : UpperCaseByTables(str, len, outLen, cs);
-    frame::TraceExit("str_ToUpper");
+    frame::TraceExit();
     return result;
 }

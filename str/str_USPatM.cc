@@ -5,10 +5,9 @@
 
 #include "base/two_way.h"
 #include "base/wildcard.h"
+#include "str/core/buffer.h"
 #include "str/core/frame.h"
-
-#include <platform/ccs.h>
-#include <platform/os.h>
+#include "str/core/sets.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,23 +21,16 @@ using wildcard::kUs;
 
 constexpr char kSource[] = "str/str_USPatM";
 
-// The string segment array: the service keeps one list only, and the pattern's comes next.
-CSSegment *theRecords;
-int theCapacity; // in records
+// The string's segments: the service keeps one list, which it needs for the pattern.
+Buffer<CSSegment> theRecords;
 
-constexpr int kSpare = 20; // records beyond those needed now
+constexpr int kSpare = 20; // records more than needed
 
 bool MakeRoom(int capacity)
 {
     return frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
-        [capacity] {
-            const size_t size = static_cast<size_t>(capacity) * sizeof *theRecords;
-            theRecords = static_cast<CSSegment *>(theCapacity == 0 ? os_malloc(size)
-                                                                   : os_realloc(theRecords, size));
-            theCapacity = capacity;
-        },
-        [] {});
+        [capacity] { Grow(&theRecords, static_cast<size_t>(capacity)); }, [] {});
 }
 
 // ---- Positions -----------------------------------------------------------------------------
@@ -55,7 +47,7 @@ bool IsUs(const Position &at)
     return !IsEnd(at) && at.offset < at.record->length && at.record->text[at.offset] == kUs;
 }
 
-// A position in the pattern where a piece is over.
+// A piece of the pattern ends at this position.
 bool EndsPiece(const Position &at) { return IsEnd(at) || IsUs(at); }
 
 bool IsBefore(const Position &a, const Position &b)
@@ -63,7 +55,7 @@ bool IsBefore(const Position &a, const Position &b)
     return a.record < b.record || (a.record == b.record && a.offset < b.offset);
 }
 
-// Moves on inside the record, and from its end to the next one that is not empty.
+// Moves on inside the record, and from its end to the next record that is not empty.
 void Advance(Position *at, unsigned int count)
 {
     at->offset += count;
@@ -85,19 +77,7 @@ void Store(const Position &at, const CSSegment **record, unsigned int *offset)
 
 // ---- Equivalence ---------------------------------------------------------------------------
 
-uint32_t FlagsOf(uint16_t kind)
-{
-    const CSDescriptor cs = {kind, 0};
-    return ccs_GetCSFlags(&cs);
-}
-
-bool IsAscii(uint32_t flags) { return (flags & CS_FLAG_ASCII) != 0; }
-
-bool IsUniformSuperset(uint32_t flags)
-{
-    constexpr uint32_t both = CS_FLAG_ASCII_SUPERSET | CS_FLAG_UNIFORM;
-    return (flags & both) == both;
-}
+bool IsUniformSuperset(SetFlags set) { return HoldsAscii(set) && IsUniform(set); }
 
 bool AreEquivalent(uint16_t a, uint16_t b)
 {
@@ -122,7 +102,7 @@ Bytes RestOf(const Position &at)
     return {at.record->text + at.offset, at.record->length - at.offset};
 }
 
-// How many of the next `most` bytes in the pattern's record are the piece's.
+// How many of the next `most` bytes in the pattern's record belong to the piece.
 size_t PieceBytes(const Bytes &pattern, size_t most)
 {
     const size_t count = std::min(pattern.count, most);
@@ -130,9 +110,10 @@ size_t PieceBytes(const Bytes &pattern, size_t most)
     return us == nullptr ? count : static_cast<size_t>(static_cast<const char *>(us) - pattern.at);
 }
 
-enum class Mode { whole, prefix }; // must the string end with the piece
+enum class Mode { whole, prefix }; // `whole`: the string must end where the piece ends
 
-// Moves both positions to the end of the piece.  False, and neither moved, when it is not there.
+// Moves both positions to the end of the piece.  When the string does not have it there, returns
+// false and moves neither.
 bool MatchPiece(Position *string, Position *pattern, Mode mode)
 {
     Position s = *string, p = *pattern;
@@ -160,8 +141,8 @@ bool MatchPiece(Position *string, Position *pattern, Mode mode)
 
 // ---- The search for a piece ----------------------------------------------------------------
 
-// The kind of the whole piece; CS_SEG_END when it has several, CS_SEG_RAW when it holds raw bytes,
-// which match nothing.
+// The kind of the whole piece: CS_SEG_END when it has several, CS_SEG_RAW when it contains raw
+// bytes, which match nothing.
 uint16_t SoleKind(Position pattern)
 {
     uint16_t kind = pattern.record->kind;
@@ -176,20 +157,20 @@ uint16_t SoleKind(Position pattern)
     return kind;
 }
 
-// A number for the kind, the same for equivalent kinds.  Equivalence does not pass from set to set:
-// each of two sets may be equivalent to ASCII, and they not to each other.  When the piece is all of
-// one kind, only the kinds equivalent to that one have its number.  When it is not, such two sets
-// have the same number, and who finds the piece by the numbers has to compare the kinds.
+// A number for the kind, the same for equivalent kinds.  Equivalence is not transitive: two sets
+// may both be equivalent to ASCII, but not to each other.  When the piece is of one kind, only the
+// kinds equivalent to it share its number.  Otherwise two such sets have the same number, so a
+// place found by the numbers must be checked by the kinds.
 uint32_t FamilyOf(uint16_t kind, uint16_t soleKind)
 {
     constexpr uint32_t ascii = CS_SEG_END;
     if (soleKind != CS_SEG_END)
         return AreEquivalent(kind, soleKind) ? ascii : kind;
-    const uint32_t flags = FlagsOf(kind);
-    return IsAscii(flags) || IsUniformSuperset(flags) ? ascii : kind;
+    const SetFlags set = FlagsOf(kind);
+    return IsAscii(set) || IsUniformSuperset(set) ? ascii : kind;
 }
 
-// Reads a list as symbols for twoway::Find: bytes with the families of their kinds.
+// Reads a list as symbols for twoway::Find: each byte with the family of its kind.
 class Reader
 {
   public:
@@ -253,7 +234,7 @@ struct PieceReader : Reader {
     bool IsEnd() const { return EndsPiece(At()); }
 };
 
-// Takes the piece when it is at `place`: moves both positions to its end.
+// When the piece is at `place`, moves both positions to its end.
 bool TakePiece(const Reader &place, Position *string, Position *pattern)
 {
     Position s = place.At();
@@ -263,9 +244,9 @@ bool TakePiece(const Reader &place, Position *string, Position *pattern)
     return true;
 }
 
-// Takes the piece at the leftmost place from the string's position on.  An empty piece needs a byte
-// there, of an equivalent set.  Most searches end at one of the first places where the piece may
-// begin, so these are tried one by one.  The search for the others divides the piece first.
+// Takes the piece at its leftmost place from the string's position on.  An empty piece needs a byte
+// of an equivalent set there.  Most searches end at one of the first places where the piece may
+// begin, so these are tried one by one, before the piece is divided for the search.
 bool FindPiece(Position *string, Position *pattern)
 {
     constexpr int firstPlaces = 16;
@@ -291,7 +272,7 @@ bool FindPiece(Position *string, Position *pattern)
 
 // ---- The pattern ---------------------------------------------------------------------------
 
-// The bytes of the records from the position on.
+// The bytes from the position to the end of the list.
 size_t CountRest(const Position &at)
 {
     size_t count = 0;
@@ -316,10 +297,10 @@ Position FromEnd(const CSSegment *records, int recordCount, size_t count)
 // A string or pattern divided into segments.
 struct List {
     const CSSegment *records;
-    int count; // the one at the end included
+    int count; // with the record at the end
 };
 
-// The head is matched already.  Each middle piece is taken at its leftmost place.
+// Matches the middle pieces, each at its leftmost place.  The head has been matched.
 bool MatchMiddle(Position *string, Position *pattern)
 {
     Position s = *string, p = *pattern;
@@ -336,8 +317,8 @@ bool MatchMiddle(Position *string, Position *pattern)
     return found;
 }
 
-// Compares the tail, after the US at `pattern` if there is one, with the end of the string.  It must
-// not begin before `free`.
+// Compares the tail, after the US at `pattern` if there is one, with the end of the string.  The
+// tail must not begin before `free`.
 bool MatchTail(const List &string, const Position &free, Position *pattern)
 {
     Position p = *pattern;
@@ -349,7 +330,7 @@ bool MatchTail(const List &string, const Position &free, Position *pattern)
     return true;
 }
 
-// How a pattern is made up.
+// The number and places of the US in a pattern.
 struct Shape {
     size_t usCount;
     bool startsUs, endsUs;
@@ -367,7 +348,7 @@ Shape ShapeOf(const List &pattern)
     return shape;
 }
 
-// No US, or one at an end: the string is compared at one place.
+// No US, or one at an end: the string is compared at one place only.
 bool IsSimple(const Shape &shape)
 {
     return shape.usCount == 0 || (shape.usCount == 1 && (shape.startsUs || shape.endsUs));
@@ -392,17 +373,20 @@ List Segments(const CSDescriptor *cs, const char *text)
 
 bool IsUsable(const List &list) { return list.records != nullptr && list.count >= 2; }
 
-// The string's segments, in the array; not usable when there is no list or no memory.
+// The string's segments, copied; not usable without a list or without memory.
 List KeptSegments(const CSDescriptor *cs, const char *string)
 {
     const List list = Segments(cs, string);
-    if (!IsUsable(list) || (list.count > theCapacity && !MakeRoom(list.count + kSpare)))
+    if (!IsUsable(list))
         return {nullptr, 0};
-    std::memcpy(theRecords, list.records, static_cast<size_t>(list.count) * sizeof *theRecords);
-    return {theRecords, list.count};
+    const auto count = static_cast<size_t>(list.count);
+    if (count > theRecords.capacity && !MakeRoom(list.count + kSpare))
+        return {nullptr, 0};
+    std::memcpy(theRecords.at, list.records, count * sizeof(CSSegment));
+    return {theRecords.at, list.count};
 }
 
-// One segment that is all of the text.
+// The whole text is one segment.
 bool IsOneSegment(const List &list, const char *text)
 {
     return list.count == 2 && list.records->length == std::strlen(text);
@@ -412,8 +396,8 @@ bool IsOneSegment(const List &list, const char *text)
 
 int str_USPatternMatch(const char *string, const char *pattern, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_USPatternMatch");
-    if (theCapacity == 0 && !MakeRoom(kSpare))
+    frame::TraceEntry();
+    if (theRecords.capacity == 0 && !MakeRoom(kSpare))
         return 0;
     if (std::strcmp(string, pattern) == 0)
         return 1;
@@ -434,7 +418,7 @@ int str_USPatternMatch(const char *string, const char *pattern, const CSDescript
     const Shape shape = ShapeOf(wanted);
     const bool matches = MatchShape(text, shape, &s, &p);
     if (!IsSimple(shape))
-        frame::TraceExit("str_USPatternMatch"); // the only exit with a trace
+        frame::TraceExit(); // every other return is without an exit trace
     return matches ? 1 : 0;
 }
 
@@ -481,9 +465,8 @@ int str_EquivTypes(int kind1, int kind2)
         return 0;
     if (a == b)
         return 1;
-    const uint32_t flagsOfA = FlagsOf(a), flagsOfB = FlagsOf(b);
-    return (IsAscii(flagsOfA) && (IsAscii(flagsOfB) || IsUniformSuperset(flagsOfB))) ||
-                   (IsAscii(flagsOfB) && IsUniformSuperset(flagsOfA))
-               ? 1
-               : 0;
+    const SetFlags setA = FlagsOf(a), setB = FlagsOf(b);
+    const bool equivalent = (IsAscii(setA) && (IsAscii(setB) || IsUniformSuperset(setB))) ||
+                            (IsAscii(setB) && IsUniformSuperset(setA));
+    return equivalent ? 1 : 0;
 }

@@ -2,19 +2,19 @@
 //
 // The builder: the text of a format and its arguments.
 //
-// Strings, bytes and the digits of plain integers are put in as they are.  All other values go
-// through the C library, one directive at a time.  What it is handed is written here from what the
-// directive was read to mean, with width and precision as arguments of their own: whatever the
-// format says, it finds the arguments that it looks for.
+// Strings, bytes and the digits of plain integers are copied.  The C library prints all other
+// values, one directive at a time.  It never sees the caller's directive: one is written here from
+// the parsed fields, with width and precision as arguments.  So no format, however malformed, makes
+// it read an argument that is not there.
 #include <str/format.h>
 
+#include "str/core/buffer.h"
 #include "str/core/directive.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
+#include "str/core/sets.h"
 #include "str/core/truncation.h"
 #include "str/core/utf8.h"
-
-#include <platform/os.h>
 
 #include <algorithm>
 #include <charconv>
@@ -30,29 +30,24 @@ namespace
 
 constexpr char kSource[] = "str/str_fmtstr";
 
-// The print buffer: the text that was built last, and a NUL.
-char *theBuffer;
-unsigned int theCapacity;
+// The print buffer: the text built last, and a NUL.
+Buffer<char> theBuffer;
 
-constexpr unsigned int kLeastGrowth = 128;
-constexpr unsigned int kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
+constexpr size_t kLeastGrowth = 128;
+constexpr size_t kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
 
 void GrowPrintBuffer(uint64_t need)
 {
-    if (theCapacity != 0 && need <= theCapacity)
+    if (theBuffer.capacity != 0 && need <= theBuffer.capacity)
         return;
     if (need > kMostCapacity)
         frame::Raise(kSource, OS_ESC_MEMORY);
-    const unsigned int capacity =
-        std::max(static_cast<unsigned int>(need), theCapacity + kLeastGrowth);
-    theBuffer = static_cast<char *>(theCapacity == 0 ? os_malloc(capacity)
-                                                     : os_realloc(theBuffer, capacity));
-    theCapacity = capacity;
+    Grow(&theBuffer, std::max(static_cast<size_t>(need), theBuffer.capacity + kLeastGrowth));
 }
 
 // ---- Room ----------------------------------------------------------------------------------
 
-// What a build works on.
+// The arguments of str_buildpfstring, and the length of its result so far.
 struct Build {
     const CSDescriptor *cs;
     const ParameterRecord *table;
@@ -64,14 +59,14 @@ struct Build {
     const double *doubles;
     const long double *longDoubles;
     void *const *pointers;
-    unsigned int length; // bytes in the print buffer, always less than its capacity
+    unsigned int length; // less than the buffer's capacity
 };
 
-// Room for so many bytes more, and the NUL.
+// Makes room for so many more bytes and the NUL.
 void MakeRoom(const Build &build, size_t bytes)
 {
-    if (theCapacity - build.length <= bytes)
-        GrowPrintBuffer(uint64_t{theCapacity} + bytes);
+    if (theBuffer.capacity - build.length <= bytes)
+        GrowPrintBuffer(uint64_t{theBuffer.capacity} + bytes);
 }
 
 struct Bytes {
@@ -80,16 +75,16 @@ struct Bytes {
 };
 constexpr Bytes kNothing = {"", 0};
 
-// Put what there is room for.
+// Put and PutSpaces write where MakeRoom has made room.
 void Put(Build *build, Bytes bytes)
 {
-    std::memcpy(theBuffer + build->length, bytes.at, bytes.size);
+    std::memcpy(theBuffer.at + build->length, bytes.at, bytes.size);
     build->length += static_cast<unsigned int>(bytes.size);
 }
 
 void PutSpaces(Build *build, size_t count)
 {
-    std::memset(theBuffer + build->length, ' ', count);
+    std::memset(theBuffer.at + build->length, ' ', count);
     build->length += static_cast<unsigned int>(count);
 }
 
@@ -103,14 +98,14 @@ void AppendText(Build *build, Bytes text)
 
 // ---- Layout --------------------------------------------------------------------------------
 
-// A directive's flags, width and precision, with the arguments that some of them are.
+// A directive's flags, width and precision, with the values of those that are arguments.
 struct Layout {
     unsigned int flags;
     int width;     // 0 for none
     int precision; // negative for none
 };
 
-// False when there is no int of that number.
+// False when the argument of that number is not an int.
 bool FetchInt(const Build &build, int number, int *value)
 {
     if (number < 1 || number > build.maxParam || build.table[number].type != STR_ARG_INT)
@@ -134,27 +129,27 @@ bool FetchLayout(const Build &build, int k, const Directive &directive, Layout *
     return numbers.precision == 0 || FetchInt(build, numbers.precision, &layout->precision);
 }
 
-// Appends the bytes, with spaces up to the width, and what follows them.
-void AppendPadded(Build *build, const Layout &layout, Bytes bytes, Bytes behind)
+// Appends the bytes, padded with spaces to the width, and then `suffix`.
+void AppendPadded(Build *build, const Layout &layout, Bytes bytes, Bytes suffix)
 {
     const auto width = static_cast<size_t>(layout.width);
     const size_t padding = width > bytes.size ? width - bytes.size : 0;
     const bool left = (layout.flags & kLeftFlag) != 0;
-    MakeRoom(*build, padding + bytes.size + behind.size);
+    MakeRoom(*build, padding + bytes.size + suffix.size);
     if (padding != 0 && !left)
         PutSpaces(build, padding);
     Put(build, bytes);
     if (padding != 0 && left)
         PutSpaces(build, padding);
-    if (behind.size != 0)
-        Put(build, behind);
+    if (suffix.size != 0)
+        Put(build, suffix);
 }
 
-// What has to follow a string so that text of the format reads as such again.  `length` as in a
-// walk.
+// The escapes that must follow a string so that the format's text after it reads as ASCII.
+// `length` as in a walk.
 Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
 {
-    if ((ccs_GetCSFlags(cs) & CS_FLAG_ESCAPES) == 0)
+    if (!SwitchesSets(cs))
         return kNothing;
     uint16_t last = CS_SEG_END;
     SegmentWalk walk = WalkSegments(string, cs, length);
@@ -163,8 +158,7 @@ Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
     uint32_t unused;
     if (!IsText(last) && last != CS_SEG_RAW)
         last = ccs_GetCP(0, &unused);
-    const CSDescriptor segCs = SegmentDescriptor(last, cs);
-    if ((ccs_GetCSFlags(&segCs) & CS_FLAG_ASCII_SUPERSET) != 0)
+    if (HoldsAscii(FlagsOf(last)))
         return kNothing;
     int escLen = 0;
     const char *escapes = ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &escLen);
@@ -173,19 +167,18 @@ Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
     return {escapes, static_cast<size_t>(escLen)};
 }
 
-constexpr int kMostRounds = 8; // more are for the most malformed of texts, of which nothing is kept
+constexpr int kMostRounds = 8; // only badly malformed texts need more; nothing of them is kept
 
-// What may come after the bytes of a cut string: bytes that complete a character or an escape
-// sequence, in either half, in any set and in UTF-8.
+// Samples of what may follow a cut string: bytes that complete a character or an escape sequence,
+// in either half, in any set and in UTF-8.
 constexpr char kSequels[][5] = {"~~~~", "\xBF\xBF\xBF\xBF", "\x80\x80\x80\x80"};
 
-// The bytes at the front of `n` that hold no part of a longer character or escape sequence,
-// whatever comes after them.  They are walked in a copy, in the print buffer, as nothing after them
-// is read.
+// How many of the first `n` bytes are whole characters and escape sequences, whatever follows them.
+// Nothing after them may be read, so a copy in the print buffer is walked.
 unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 {
     MakeRoom(*build, n + sizeof *kSequels);
-    char *const copy = theBuffer + build->length;
+    char *const copy = theBuffer.at + build->length;
     std::memcpy(copy, string, n);
     unsigned int whole = n;
     for (const auto &sequel : kSequels) {
@@ -206,8 +199,8 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
     return std::min(bytes, n);
 }
 
-// The bytes of a string that are kept when it is cut after `n` bytes, of which none is a NUL: whole
-// characters, and the escape sequences before them.  Out of line, as most strings are not cut.
+// The bytes to keep of a string that is cut after `n` bytes, none of them NUL: whole characters,
+// and the escape sequences before them.  Not inlined, since most strings are not cut.
 [[gnu::noinline]] unsigned int KeptBytes(Build *build, const char *string, unsigned int n)
 {
     if (IsUtf8(build->cs))
@@ -219,7 +212,7 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
             BytesToLastCharacter(string, WholeBytes(build, string, n), build->cs);
         if (kept == n)
             return n;
-        n = kept; // where it ends now, what follows may complete something too
+        n = kept; // what follows may complete a character at the new end too
     }
     return 0;
 }
@@ -240,15 +233,15 @@ void AppendString(Build *build, const char *string, const Layout &layout)
 
 // ---- Values of the C library ---------------------------------------------------------------
 
-// A directive as the C library gets it: width and precision are always arguments.
-struct Order {
+// A directive for the C library, with width and precision as arguments.
+struct CDirective {
     char text[16];
 };
 
-Order WriteOrder(unsigned int flags, const char *size, char conversion)
+CDirective WriteDirective(unsigned int flags, const char *size, char conversion)
 {
-    Order order;
-    char *at = order.text;
+    CDirective directive;
+    char *at = directive.text;
     *at++ = '%';
     for (unsigned int i = 0; kFlags[i] != '\0'; ++i)
         if ((flags >> i & 1U) != 0)
@@ -258,17 +251,17 @@ Order WriteOrder(unsigned int flags, const char *size, char conversion)
             *at++ = *part++;
     *at++ = conversion;
     *at = '\0';
-    return order;
+    return directive;
 }
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the order is ours, not the caller's
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the directive is ours, not the caller's
 
 template <class Value>
-int Print(const Build &build, const Order &order, const Layout &layout, Value value)
+int Print(const Build &build, const CDirective &directive, const Layout &layout, Value value)
 {
-    return std::snprintf(theBuffer + build.length, theCapacity - build.length, order.text,
-                         layout.width, layout.precision, value);
+    return std::snprintf(theBuffer.at + build.length, theBuffer.capacity - build.length,
+                         directive.text, layout.width, layout.precision, value);
 }
 
 #pragma GCC diagnostic pop
@@ -276,19 +269,18 @@ int Print(const Build &build, const Order &order, const Layout &layout, Value va
 template <class Value>
 void AppendValue(Build *build, const Layout &layout, const char *size, char conversion, Value value)
 {
-    // That much is printed at least.  Where there is no room for it, the C library, which would take
-    // long to find out, is not asked.
+    // At least so much is printed.  The C library would take long to find out that it does not fit.
     MakeRoom(*build, static_cast<size_t>(std::max({layout.width, layout.precision, 0})));
-    const Order order = WriteOrder(layout.flags, size, conversion);
-    int printed = Print(*build, order, layout, value);
-    if (printed >= 0 && static_cast<unsigned int>(printed) >= theCapacity - build->length) {
+    const CDirective directive = WriteDirective(layout.flags, size, conversion);
+    int printed = Print(*build, directive, layout, value);
+    if (printed >= 0 && static_cast<size_t>(printed) >= theBuffer.capacity - build->length) {
         MakeRoom(*build, static_cast<size_t>(printed));
-        printed = Print(*build, order, layout, value);
+        printed = Print(*build, directive, layout, value);
     }
     if (printed < 0)
         frame::Raise(kSource, OS_ESC_MEMORY);
     build->length += static_cast<unsigned int>( // a 'c' may print a NUL
-        strnlen(theBuffer + build->length, static_cast<size_t>(printed)));
+        strnlen(theBuffer.at + build->length, static_cast<size_t>(printed)));
 }
 
 // ---- Integers ------------------------------------------------------------------------------
@@ -298,8 +290,7 @@ constexpr int BaseOf(char conversion)
     return conversion == 'x' || conversion == 'X' ? 16 : conversion == 'o' ? 8 : 10;
 }
 
-// Most integers are laid out no further than strings are: their digits need no help, and cost a
-// fraction of a call of the C library.
+// Most integers need only digits and spaces, which cost a fraction of a call of the C library.
 template <class Value>
 void AppendInteger(Build *build, const Layout &layout, const char *size, char conversion,
                    Value value)
@@ -309,15 +300,13 @@ void AppendInteger(Build *build, const Layout &layout, const char *size, char co
     char digits[3 * sizeof value + 2];
     char *const end = digits + sizeof digits;
     const bool isSigned = conversion == 'd' || conversion == 'i';
-    const char *const behind =
-        isSigned ? std::to_chars(digits, end, value).ptr
-                 : std::to_chars(digits, end, static_cast<std::make_unsigned_t<Value>>(value),
-                                 BaseOf(conversion))
-                       .ptr;
-    AppendPadded(build, layout, {digits, static_cast<size_t>(behind - digits)}, kNothing);
+    const auto unsignedValue = static_cast<std::make_unsigned_t<Value>>(value);
+    const auto written = isSigned ? std::to_chars(digits, end, value)
+                                  : std::to_chars(digits, end, unsignedValue, BaseOf(conversion));
+    AppendPadded(build, layout, {digits, static_cast<size_t>(written.ptr - digits)}, kNothing);
 }
 
-// The C library pads a NUL too.
+// A NUL is left to the C library, which pads it too.
 void AppendByte(Build *build, const Layout &layout, int value)
 {
     const char byte = static_cast<char>(value);
@@ -328,7 +317,7 @@ void AppendByte(Build *build, const Layout &layout, int value)
 
 // ---- Directives ----------------------------------------------------------------------------
 
-// Whether the type that the table gives is one that the conversion prints.
+// Whether the conversion prints arguments of this type.
 bool Suits(int type, const Directive &directive)
 {
     const bool integer = directive.type <= STR_ARG_LONG && directive.conversion != 'c';
@@ -362,7 +351,7 @@ void AppendArgument(Build *build, int k, const Directive &directive, const Layou
         return AppendValue(build, layout, "L", conversion, build->longDoubles[k]);
     case STR_ARG_STRING:
         return AppendString(build, static_cast<const char *>(build->pointers[k]), layout);
-    default: // of the pointers, n prints nothing
+    default: // a pointer; n prints nothing
         if (conversion == 'P')
             AppendValue(build, layout, "", 'p', build->pointers[k]);
     }
@@ -380,13 +369,13 @@ void AppendDirective(Build *build, int k)
         AppendText(build, {record.text, record.textLen});
 }
 
-// The numbers of the directives, in the order in which they stand in the format.
+// The numbers of the directives, in the order of the format.
 struct Sequence {
     int numbers[STR_PARAMETERS];
     int count;
 };
 
-// By insertion, which takes one comparison for each that stands behind the one before it.
+// Sorts by insertion: most directives are in order and take one comparison each.
 void Arrange(const Build &build, Sequence *sequence)
 {
     sequence->count = 0;
@@ -439,6 +428,6 @@ char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char
     *outLen = build.length;
     if (build.length == 0)
         return nullptr;
-    theBuffer[build.length] = '\0';
-    return theBuffer;
+    theBuffer.at[build.length] = '\0';
+    return theBuffer.at;
 }

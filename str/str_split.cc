@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Splitting at a budget of displayed characters or of their bytes.  Both parts of every split stand
-// in one buffer, so that splitting many texts allocates only when a longer one than ever arrives.
+// Splitting at a budget of displayed characters or of their bytes.  Both parts of every split share
+// one buffer, so only a text longer than all before it costs an allocation.
 #include <str/split.h>
 
+#include "str/core/buffer.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
 #include "str/core/sizes.h"
 #include "str/core/units.h"
-
-#include <platform/os.h>
 
 #include <algorithm>
 #include <cstring>
@@ -21,26 +20,16 @@ namespace
 
 constexpr char kSource[] = "str/str_split";
 
-// The shared split buffer: the first part, a NUL, the escapes of the second part, that part, a NUL.
-char *theBuffer;
-size_t theCapacity;
+// The split buffer: the first part, a NUL, the escapes of the second part, that part, a NUL.
+Buffer<char> theBuffer;
 
-constexpr int kMostEscapes = 81; // that the service may ask for
+constexpr int kMostEscapes = 81; // bytes of model escapes
 
 constexpr int kByBytes = 1; // mode; all others count characters
 
-void MakeRoom(size_t need)
-{
-    if (theCapacity == 0)
-        theBuffer = static_cast<char *>(os_malloc(need));
-    else if (need > theCapacity)
-        theBuffer = static_cast<char *>(os_realloc(theBuffer, need));
-    theCapacity = std::max(theCapacity, need);
-}
-
 struct Parts {
     unsigned int firstLen;
-    char *second; // null for none
+    char *second; // null when nothing is left for it
     unsigned int secondLen;
 };
 
@@ -50,13 +39,15 @@ Parts FillBuffer(const char *str, size_t splitPoint, bool plain)
     const size_t restLen = std::strlen(rest);
     const auto firstLen = Fit<unsigned int>(kSource, splitPoint);
     const auto mostSecond = Fit<unsigned int>(kSource, uint64_t{restLen} + kMostEscapes);
-    MakeRoom(Fit<size_t>(kSource, uint64_t{firstLen} + mostSecond + 2)); // two NULs
-    std::memcpy(theBuffer, str, splitPoint);
-    theBuffer[splitPoint] = '\0';
+    const auto need = Fit<size_t>(kSource, uint64_t{firstLen} + mostSecond + 2); // two NULs
+    if (need > theBuffer.capacity)
+        Grow(&theBuffer, need);
+    std::memcpy(theBuffer.at, str, splitPoint);
+    theBuffer.at[splitPoint] = '\0';
     if (restLen == 0)
         return {firstLen, nullptr, 0};
 
-    char *const second = theBuffer + splitPoint + 1;
+    char *const second = theBuffer.at + splitPoint + 1;
     int escLen = 0;
     const char *escapes = plain ? "" : ccs_GetModelEscapes(&escLen);
     const auto escaped = static_cast<unsigned int>(std::clamp(escLen, 0, kMostEscapes));
@@ -70,8 +61,10 @@ size_t PlainSplitPoint(const char *str, int limit)
     return limit <= 0 ? 0 : strnlen(str, static_cast<size_t>(limit));
 }
 
-char *Split(const char *name, const char *str, int mode, int limit, char **second,
-            unsigned int *firstLen, unsigned int *secondLen, const CSDescriptor *cs)
+// Splits between the traces of the export that calls it.
+char *Split(const char *str, int mode, int limit, char **second, unsigned int *firstLen,
+            unsigned int *secondLen, const CSDescriptor *cs,
+            const char *name = __builtin_FUNCTION())
 {
     frame::TraceEntry(name);
     char *const first = str_DoSplit(str, mode, limit, second, firstLen, secondLen, cs);
@@ -79,106 +72,101 @@ char *Split(const char *name, const char *str, int mode, int limit, char **secon
     return first;
 }
 
-// A displayed unit inside a segment: what it counts and what it takes.  A line feed is displayed
-// here, where text is laid out in lines.
-struct Displayed {
-    bool counts;
-    int length;
+// What a budget is measured in: displayed characters, or their bytes.
+struct Measure {
+    const char *name; // of the export that counts so
+    bool bytes;
 };
 
-Displayed UnitAt(const UnitRule &rule, const char *at, unsigned int avail)
+constexpr Measure kCharacters = {"str_CountSSDispChars", false};
+constexpr Measure kBytes = {"str_CountSSDispBytes", true};
+
+// Counting inside a segment.
+struct Count {
+    UnitScan scan;
+    bool bytes;
+    unsigned int segLen;
+    unsigned int offset;
+    unsigned int control; // of the control function right before `offset`; `offset` without one
+    int left;             // of the budget
+    bool fits;            // false: the budget is too small for the next character
+};
+
+// Counts the plain characters that come next.
+void CountPlain(Count *count)
 {
-    if (*at == '\n')
-        return {true, 1};
-    return {IsDisplayed(*at), UnitLength(rule, at, avail)};
+    const unsigned int shift = count->bytes ? 0 : count->scan.shift;
+    const auto left = static_cast<unsigned int>(count->left);
+    const unsigned int rest = count->segLen - count->offset;
+    SetLimit(&count->scan, left >= rest >> shift ? count->segLen : count->offset + (left << shift));
+    const unsigned int plain = PlainBytes(&count->scan, count->offset);
+    count->offset += plain;
+    count->left -= static_cast<int>(plain >> shift);
+    if (plain != 0)
+        count->control = count->offset;
 }
 
-// Whether the control function at `control`, if there is one, may be the last before `offset`.  A
-// single shift may not: the service can tell its length only together with its character.
-bool EndsAt(const UnitRule &rule, const char *seg, unsigned int control, unsigned int offset)
+// Whether the text can be cut after the control function before the unit.  After a single shift it
+// cannot: the service does not know the length of a shift without its character.
+bool CanCutHere(const Count &count)
 {
-    return control == offset || ccs_GetCtrlLen(seg + control, offset - control, rule.cs) >= 1;
+    return count.control == count.offset ||
+           ccs_GetCtrlLen(count.scan.seg + count.control, count.offset - count.control,
+                          count.scan.rule.cs) >= 1;
 }
 
-// Moves over a unit.  False at the end of the segment, where a unit that reaches beyond it ends too.
-bool Pass(unsigned int *offset, int length, unsigned int segLen)
+// Counts one unit.  A line feed counts too, since text is laid out in lines here.  False when
+// counting ends with the unit or before it.  A unit that reaches beyond the segment ends there.
+bool CountUnit(Count *count)
 {
-    if (static_cast<unsigned int>(length) >= segLen - *offset) {
-        *offset = segLen;
+    const char *const at = count->scan.seg + count->offset;
+    const unsigned int rest = count->segLen - count->offset;
+    const bool isNewline = *at == '\n';
+    const int length = isNewline ? 1 : UnitLength(count->scan.rule, at, rest);
+    int cost = 0;
+    if (isNewline || IsDisplayed(*at))
+        cost = count->bytes ? std::max(length, 0) : 1;
+    count->fits = cost <= count->left;
+    if (!count->fits) {
+        count->offset = CanCutHere(*count) ? count->offset : count->control;
         return false;
     }
-    *offset += static_cast<unsigned int>(length);
+    count->left -= cost;
+    if (length < 1)
+        return false;
+    const unsigned int begin = count->offset;
+    count->offset += std::min(static_cast<unsigned int>(length), rest);
+    count->control = IsControl(*at) && !isNewline ? begin : count->offset;
     return true;
 }
 
-const char *CountChars(const char *seg, unsigned int segLen, int budget, int *used,
-                       const CSDescriptor *segCs)
+// Counts the units of a segment up to the budget.  Returns where the budget is used up; null when
+// it is not.  `used` receives how much of it is.
+const char *CountUnits(const char *seg, unsigned int segLen, const Measure &measure, int budget,
+                       int *used, const CSDescriptor *segCs)
 {
-    frame::TraceEntry("str_CountSSDispChars");
-    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, segLen);
-    unsigned int offset = 0;
-    int count = 0;
-    while (offset < segLen && count < budget) {
-        const auto left = static_cast<unsigned int>(budget - count);
-        const bool beyond = left >= (segLen - offset) >> scan.shift;
-        SetLimit(&scan, beyond ? segLen : offset + (left << scan.shift));
-        const unsigned int plain = PlainBytes(&scan, offset);
-        offset += plain;
-        count += static_cast<int>(plain >> scan.shift);
-        if (offset >= segLen || count >= budget)
-            break;
-        const Displayed unit = UnitAt(scan.rule, seg + offset, segLen - offset);
-        count += unit.counts;
-        if (unit.length < 1 || !Pass(&offset, unit.length, segLen))
-            break;
+    frame::TraceEntry(measure.name);
+    Count count = {.scan = ScanUnits(UnitRuleOf(segCs), seg, segLen),
+                   .bytes = measure.bytes,
+                   .segLen = segLen,
+                   .offset = 0,
+                   .control = 0,
+                   .left = budget,
+                   .fits = true};
+    bool goesOn = true;
+    while (goesOn && count.offset < segLen && count.left > 0) {
+        CountPlain(&count);
+        if (count.offset < segLen && count.left > 0)
+            goesOn = CountUnit(&count);
     }
-    *used = count;
-    frame::TraceExit("str_CountSSDispChars");
-    return count >= budget ? seg + offset : nullptr;
+    *used = budget - count.left;
+    frame::TraceExit(measure.name);
+    return !count.fits || count.left <= 0 ? seg + count.offset : nullptr;
 }
 
-const char *CountBytes(const char *seg, unsigned int segLen, int budget, int *used,
-                       const CSDescriptor *segCs)
-{
-    frame::TraceEntry("str_CountSSDispBytes");
-    UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, segLen);
-    unsigned int offset = 0;
-    unsigned int control = 0; // the control function right before offset; offset itself for none
-    int bytes = 0;
-    bool fits = true;
-    while (offset < segLen && bytes < budget) {
-        SetLimit(&scan,
-                 offset + std::min(static_cast<unsigned int>(budget - bytes), segLen - offset));
-        const unsigned int plain = PlainBytes(&scan, offset);
-        offset += plain;
-        bytes += static_cast<int>(plain);
-        if (plain != 0)
-            control = offset;
-        if (offset >= segLen || bytes >= budget)
-            break;
-        const Displayed unit = UnitAt(scan.rule, seg + offset, segLen - offset);
-        fits = !unit.counts || unit.length <= budget - bytes;
-        if (!fits && !EndsAt(scan.rule, seg, control, offset))
-            offset = control;
-        if (!fits || unit.length < 1)
-            break;
-        const bool isControl = IsControl(seg[offset]) && !unit.counts;
-        control = offset;
-        bytes += unit.counts ? unit.length : 0;
-        if (!Pass(&offset, unit.length, segLen))
-            break;
-        control = isControl ? control : offset;
-    }
-    *used = bytes;
-    frame::TraceExit("str_CountSSDispBytes");
-    return !fits || bytes >= budget ? seg + offset : nullptr;
-}
-
-using CountSegment = decltype(CountChars);
-
-// The place in the text where the budget is used up; null when it is not.  Takes what is counted
-// off the budget.
-const char *FindCut(const char *str, CountSegment *count, int *budget, const CSDescriptor *cs)
+// Where in the text the budget is used up; null when it is not.  Takes what is counted off the
+// budget.
+const char *FindCut(const char *str, const Measure &measure, int *budget, const CSDescriptor *cs)
 {
     SegmentWalk walk = WalkSegments(str, cs);
     while (*budget > 0 && NextSegment(&walk)) {
@@ -193,7 +181,7 @@ const char *FindCut(const char *str, CountSegment *count, int *budget, const CSD
         }
         const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
         int used = 0;
-        const char *cut = count(walk.at, walk.size, *budget, &used, &segCs);
+        const char *cut = CountUnits(walk.at, walk.size, measure, *budget, &used, &segCs);
         *budget -= used;
         if (cut != nullptr)
             return cut;
@@ -205,8 +193,8 @@ size_t WalkedSplitPoint(const char *str, int mode, int limit, const CSDescriptor
 {
     frame::TraceEntry("str_FindSplitPoint");
     int budget = limit;
-    const char *const cut = FindCut(str, mode == kByBytes ? CountBytes : CountChars, &budget, cs);
-    size_t splitPoint = 0; // nowhere, unless something displayed comes before
+    const char *const cut = FindCut(str, mode == kByBytes ? kBytes : kCharacters, &budget, cs);
+    size_t splitPoint = 0; // no split, unless something displayed comes before
     if (budget != limit)
         splitPoint = cut != nullptr ? static_cast<size_t>(cut - str) : std::strlen(str);
     frame::TraceExit("str_FindSplitPoint");
@@ -218,19 +206,19 @@ size_t WalkedSplitPoint(const char *str, int mode, int limit, const CSDescriptor
 char *str_SplitByDispLen(const char *str, int limit, char **second, unsigned int *firstLen,
                          unsigned int *secondLen, const CSDescriptor *cs)
 {
-    return Split("str_SplitByDispLen", str, 0, limit, second, firstLen, secondLen, cs);
+    return Split(str, 0, limit, second, firstLen, secondLen, cs);
 }
 
 char *str_SplitByDispBytes(const char *str, int limit, char **second, unsigned int *firstLen,
                            unsigned int *secondLen, const CSDescriptor *cs)
 {
-    return Split("str_SplitByDispBytes", str, kByBytes, limit, second, firstLen, secondLen, cs);
+    return Split(str, kByBytes, limit, second, firstLen, secondLen, cs);
 }
 
 char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned int *firstLen,
                   unsigned int *secondLen, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_DoSplit");
+    frame::TraceEntry();
     const bool plain = IsPlainByteSet(cs) && cs->escMode == 0;
     const size_t splitPoint =
         plain ? PlainSplitPoint(str, limit) : WalkedSplitPoint(str, mode, limit, cs);
@@ -248,8 +236,8 @@ char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned 
             *secondLen = parts.secondLen;
         },
         [] { er_LogMsg(3, 3, STR_LOG_GIVEN_UP, 0); });
-    frame::TraceExit("str_DoSplit");
-    return theBuffer;
+    frame::TraceExit();
+    return theBuffer.at;
 }
 
 int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor *cs)
@@ -260,11 +248,11 @@ int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor 
 const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budget, int *used,
                                  const CSDescriptor *segCs)
 {
-    return CountChars(seg, BeforeNul(seg, segLen), budget, used, segCs);
+    return CountUnits(seg, BeforeNul(seg, segLen), kCharacters, budget, used, segCs);
 }
 
 const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budget, int *used,
                                  const CSDescriptor *segCs)
 {
-    return CountBytes(seg, BeforeNul(seg, segLen), budget, used, segCs);
+    return CountUnits(seg, BeforeNul(seg, segLen), kBytes, budget, used, segCs);
 }

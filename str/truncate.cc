@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Truncation to a budget of bytes and the bounded copies built on it.  A copy is one strncpy, which
-// stops at the source's NUL, and one memset.
+// Truncation to a budget of bytes, and the bounded copies built on it.  A copy is one strncpy,
+// which stops at the source's NUL, and one memset.
 #include <str/truncate.h>
 
 #include "str/core/frame.h"
-#include "str/core/segments.h"
+#include "str/core/sets.h"
 #include "str/core/truncation.h"
 #include "str/core/units.h"
 #include "str/core/utf8.h"
@@ -28,11 +28,11 @@ void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 
 unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_truncstrlen");
+    frame::TraceEntry();
     if (IsPlainByteSet(cs))
         return n; // the common case: no exit trace
     const unsigned int kept = WalkedTruncation(src, n, cs);
-    frame::TraceExit("str_truncstrlen");
+    frame::TraceExit();
     return kept;
 }
 
@@ -44,22 +44,22 @@ unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescrip
 char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescriptor *cs,
                    unsigned int *outLen)
 {
-    frame::TraceEntry("str_truncate");
+    frame::TraceEntry();
     const unsigned int kept = IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs);
     CopyAndPad(dst, src, kept, n);
     *outLen = kept;
-    frame::TraceExit("str_truncate");
+    frame::TraceExit();
     return dst;
 }
 
 char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
-    frame::TraceEntry("str_strncpy");
+    frame::TraceEntry();
     const unsigned int kept = IsUtf8(cs)           ? Utf8Truncation(src, n)
                               : IsPlainByteSet(cs) ? n
                                                    : str_truncstrlen(src, n, cs);
     CopyAndPad(dst, src, kept, n);
-    frame::TraceExit("str_strncpy");
+    frame::TraceExit();
     return dst;
 }
 

@@ -7,7 +7,7 @@ namespace libstr
 namespace
 {
 
-// The walk of the first string, over the list of its segments.
+// The first string, by the list of its segments.
 struct {
     const CSSegment *list;
     int count;
@@ -16,7 +16,7 @@ struct {
     const char *str;
 } theListWalk;
 
-// The walk of the second, step by step.
+// The second string, segment by segment.
 SegmentWalk theStepWalk;
 
 bool TakesPart(uint16_t kind) { return IsText(kind) || kind == CS_SEG_RAW || kind == CS_SEG_END; }
@@ -71,13 +71,11 @@ bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
     }
     if (kind1 == CS_SEG_RAW || kind2 == CS_SEG_RAW)
         return false;
-    const CSDescriptor cs1 = {kind1, 0};
-    const CSDescriptor cs2 = {kind2, 0};
-    const uint32_t flags1 = ccs_GetCSFlags(&cs1);
-    const uint32_t flags2 = ccs_GetCSFlags(&cs2);
-    if ((flags1 & CS_FLAG_ASCII) != 0 && (flags2 & CS_FLAG_ASCII_SUPERSET) != 0)
+    const SetFlags set1 = FlagsOf(kind1);
+    const SetFlags set2 = FlagsOf(kind2);
+    if (IsAscii(set1) && HoldsAscii(set2))
         *common = kind2;
-    else if ((flags2 & CS_FLAG_ASCII) != 0 && (flags1 & CS_FLAG_ASCII_SUPERSET) != 0)
+    else if (IsAscii(set2) && HoldsAscii(set1))
         *common = kind1;
     else
         return false;

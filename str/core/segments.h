@@ -19,7 +19,7 @@ namespace libstr
 struct SegmentWalk {
     const CSDescriptor *cs; // of the whole string
     const char *at;         // the segment's first byte
-    int length;             // bytes from there on to consider, negative for up to the NUL
+    int length;             // bytes to consider from there on; negative: up to the NUL
     unsigned int size;      // the segment's bytes
     uint16_t kind;
     bool begun;
@@ -34,7 +34,7 @@ inline SegmentWalk WalkSegments(const char *text, const CSDescriptor *cs, int le
 inline bool NextSegment(SegmentWalk *walk)
 {
     walk->at += walk->size;
-    if (walk->length >= 0) // and stays so, whatever size a service answered
+    if (walk->length >= 0) // never becomes negative, whatever size the service returned
         walk->length -=
             static_cast<int>(std::min(walk->size, static_cast<unsigned int>(walk->length)));
     auto *next = walk->begun ? ccs_GetNextStr : ccs_Get1stStr;
@@ -46,19 +46,13 @@ inline bool NextSegment(SegmentWalk *walk)
 // A segment of characters of a set.
 inline bool IsText(uint16_t kind) { return static_cast<int16_t>(kind) > 0; }
 
-// A segment that carries no characters: escape and control sequences.
+// A segment without characters: an escape or control sequence.
 inline bool IsIgnored(uint16_t kind) { return kind == CS_SEG_IGNORE || kind == CS_SEG_NONE; }
 
-// The descriptor of one segment of a string: the segment's set, with the string's own escMode.
+// The descriptor of one segment: the set is the segment's, escMode the string's.
 inline CSDescriptor SegmentDescriptor(uint16_t kind, const CSDescriptor *cs)
 {
     return {kind, cs->escMode};
-}
-
-// Every byte of the set is a character of its own, so bytes may be counted and cut anywhere.
-inline bool IsPlainByteSet(const CSDescriptor *cs)
-{
-    return (ccs_GetCSFlags(cs) & (CS_FLAG_BYTE | CS_FLAG_T61)) == CS_FLAG_BYTE;
 }
 
 } // namespace libstr

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The unit-length rule of width, truncation and splitting: how long the unit is that starts at a
-// byte inside a text segment.
+// byte of a text segment.
 //
-//     low seven bits below 0x20     a control function; the service tells its length
+//     low seven bits below 0x20     a control function; the service knows its length
 //     0x20 and 0x7F                 one byte
-//     any other byte                a character: a base unit, or the set's fixed bytes
+//     any other byte                a character: a base unit, or the set's fixed number of bytes
 //
-// What depends on the set alone is asked once per segment.  Most text is runs of characters that
-// need no question at all, so they are passed over in blocks of bytes:
+// What depends on the set alone is asked once per segment.  In most text, long runs of characters
+// need no question at all.  They are passed over in blocks of bytes:
 //
 //     UnitScan scan = ScanUnits(UnitRuleOf(segCs), seg, limit);
 //     for (unsigned int offset = 0; offset < limit;) {
@@ -19,9 +19,8 @@
 #ifndef STR_CORE_UNITS_H
 #define STR_CORE_UNITS_H
 
-#include <platform/ccs.h>
-
 #include "base/blocks.h"
+#include "str/core/sets.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -30,7 +29,7 @@
 namespace libstr
 {
 
-// The bytes of a segment that a caller gives are those before the NUL: it ends every text.
+// The bytes of a segment that a caller passes: a NUL ends every text.
 inline unsigned int BeforeNul(const char *seg, unsigned int size)
 {
     return static_cast<unsigned int>(strnlen(seg, size));
@@ -38,17 +37,16 @@ inline unsigned int BeforeNul(const char *seg, unsigned int size)
 
 struct UnitRule {
     const CSDescriptor *cs; // of the segment
-    bool baseUnits;         // lengths come from the service, character by character
-    bool asciiUnits;        // ... but ASCII characters are known to be units of one byte
+    bool baseUnits;         // lengths come from the service, character by character,
+    bool asciiUnits;        // ... but an ASCII character is a unit of one byte
     int bytes;              // of every character, where baseUnits is false
 };
 
 inline UnitRule UnitRuleOf(const CSDescriptor *segCs)
 {
-    const uint32_t flags = ccs_GetCSFlags(segCs);
-    const bool baseUnits = (flags & CS_FLAG_T61) != 0;
-    const bool asciiUnits = baseUnits && (flags & CS_FLAG_ASCII_SUPERSET) != 0;
-    return {segCs, baseUnits, asciiUnits, baseUnits ? 1 : ccs_GetNumBytes(segCs)};
+    const SetFlags set = segCs;
+    const bool baseUnits = HasBaseUnits(set);
+    return {segCs, baseUnits, baseUnits && HoldsAscii(set), baseUnits ? 1 : ccs_GetNumBytes(segCs)};
 }
 
 inline bool IsControl(char byte) { return (byte & 0x60) == 0; }
@@ -59,7 +57,7 @@ inline constexpr char kDelete = 0x7F;
 // The unit that begins with the byte takes a column.
 inline bool IsDisplayed(char byte) { return !IsControl(byte) && byte != kDelete; }
 
-// The length of the unit at `at`, below 1 when it cannot be told.
+// The length of the unit at `at`; below 1 when the service does not know it.
 inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
 {
     const char byte = *at;
@@ -72,35 +70,46 @@ inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
     return rule.asciiUnits && (byte & 0x80) == 0 ? 1 : ccs_GetT61BaseUnitLen(at, avail, rule.cs);
 }
 
-// The segment's bytes, passed over as far as they are plain: characters of one byte or, where the
-// set's have two, of two, that need no look of their own.
+// Passes over the plain characters of a segment: those of one byte or, in a set of two-byte
+// characters, of two bytes, that need no UnitLength.
 struct UnitScan {
     UnitRule rule;
     const char *seg;
-    unsigned int limit;  // of the bytes that may be passed over
-    bool usable;         // false: every byte needs a look
-    unsigned int shift;  // of a plain character's length, which is 1 or 2 bytes
-    uint32_t highLooks;  // masks: do bytes from 0x80 on need a look,
+    unsigned int limit;  // see SetLimit
+    bool usable;         // false: every byte needs UnitLength
+    unsigned int shift;  // a plain character has 1 << shift bytes
+    uint32_t highLooks;  // masks: do bytes of 0x80 and above need UnitLength,
     uint32_t spaceLooks; // and do spaces
-    unsigned int base;   // the block looked at last, which of its bytes need a look, and its end
-    uint32_t looks;
-    unsigned int end;
+    unsigned int base;   // the current block begins here
+    unsigned int end;    // and ends here; 0 for no block
+    uint32_t looks;      // its bytes that need UnitLength
 };
 
 inline UnitScan ScanUnits(const UnitRule &rule, const char *seg, unsigned int limit)
 {
     const bool pairs = !rule.baseUnits && rule.bytes == 2;
-    const bool usable = rule.baseUnits ? rule.asciiUnits : rule.bytes == 1 || pairs;
-    return {rule,
-            seg,
-            limit,
-            usable,
-            pairs ? 1U : 0U,
-            rule.baseUnits ? blocks::kAll : 0,
-            pairs ? blocks::kAll : 0,
-            0,
-            0,
-            0};
+    return {.rule = rule,
+            .seg = seg,
+            .limit = limit,
+            .usable = rule.baseUnits ? rule.asciiUnits : rule.bytes == 1 || pairs,
+            .shift = pairs ? 1U : 0U,
+            .highLooks = rule.baseUnits ? blocks::kAll : 0,
+            .spaceLooks = pairs ? blocks::kAll : 0,
+            .base = 0,
+            .end = 0,
+            .looks = 0};
+}
+
+// The next PlainBytes looks at the bytes again.
+inline void ForgetBlock(UnitScan *scan) { scan->end = 0; }
+
+// No byte at the limit or after it is read or passed over.  The limit may go up and down, but stays
+// inside the segment.
+inline void SetLimit(UnitScan *scan, unsigned int limit)
+{
+    scan->limit = limit;
+    if (limit < scan->end)
+        ForgetBlock(scan);
 }
 
 inline void LookAtBlock(UnitScan *scan, unsigned int offset)
@@ -111,16 +120,15 @@ inline void LookAtBlock(UnitScan *scan, unsigned int offset)
     scan->looks = blocks::kAll;
     if (!scan->usable)
         return;
-    // Behind the limit stand zeros, which need a look and so end every search there.
+    // Zeros follow the limit.  They are controls, so every search ends there.
     const blocks::Block block = blocks::Load(scan->seg + offset, count);
     scan->looks = blocks::Mask(blocks::Controls(block) | blocks::Equal(block, kDelete)) |
                   (blocks::Mask(block) & scan->highLooks) |
                   (blocks::Mask(blocks::Equal(block, kSpace)) & scan->spaceLooks);
 }
 
-// The bytes from `offset` on that are plain characters, whole ones, up to the limit.  Where the
-// next block begins follows from branches, which the processor foresees, and not from counts,
-// which it would wait for.
+// The bytes of whole plain characters from `offset` on, which never goes back.  The way to the next
+// block is by branches, which the processor predicts; it would have to wait for a count.
 inline unsigned int PlainBytes(UnitScan *scan, unsigned int offset)
 {
     const unsigned int begin = offset;
@@ -143,17 +151,9 @@ inline unsigned int PlainBytes(UnitScan *scan, unsigned int offset)
         offset = reached - 1;
         if (offset == scan->base)
             break;
-        scan->end = offset; // half a character at the end of a block may be whole in the next
+        ForgetBlock(scan); // the next block may hold the whole character
     }
     return offset - begin;
-}
-
-// Sets the limit anew, for the bytes from where the scan has come to.
-inline void SetLimit(UnitScan *scan, unsigned int limit)
-{
-    scan->limit = limit;
-    if (limit < scan->end)
-        scan->end = 0; // the block is to be looked at again
 }
 
 } // namespace libstr

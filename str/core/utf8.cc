@@ -16,12 +16,12 @@ namespace
 
 constexpr unsigned int kLongest = 4; // bytes of a character
 
-// The characters of well-formed text: of the bytes of each, one is no continuation byte.  The
-// compiler counts many at a time, where GLib steps from character to character.  Of INT_MAX bytes at
-// most.
+// The characters of well-formed text of at most INT_MAX bytes: in each, only the first byte is not
+// a continuation byte.  The compiler counts many bytes at a time; GLib steps from character to
+// character.
 unsigned int CountWellFormed(const char *str, const char *end)
 {
-    unsigned int count = 0; // the smaller it is, the more of them are counted at a time
+    unsigned int count = 0; // the narrower the type, the more bytes are counted at a time
     for (; str < end; ++str)
         count += static_cast<signed char>(*str) >= static_cast<signed char>(0xC0);
     return count;
@@ -56,8 +56,8 @@ size_t CountUtf8(const char *str, int maxLen)
     return count;
 }
 
-// A character begins with a byte that stands nowhere else in one, so the end alone has to be looked
-// at: is there one that begins in the last bytes and is not over?
+// The first byte of a character occurs nowhere else in a character, so the last bytes decide: does
+// a character begin there that goes on after them?
 unsigned int Utf8Truncation(const char *str, unsigned int n)
 {
     const auto length = static_cast<unsigned int>(strnlen(str, n));
