@@ -21,28 +21,14 @@ struct Extent {
 // A limit of 2^31 and more means no limit.
 bool IsLimit(unsigned int limit) { return limit <= INT32_MAX; }
 
+size_t ByteLimit(unsigned int limit) { return IsLimit(limit) ? limit : kNoByteLimit; }
+
 bool HasEnded(const Side &side) { return side.kind == CS_SEG_END || side.offset >= side.limit; }
 
 // All bytes that count have been compared.
 bool IsComplete(const Side &side)
 {
     return side.limit == kNoByteLimit ? side.kind == CS_SEG_END : side.offset >= side.limit;
-}
-
-Side Begin(const char *str, const CSDescriptor *cs, unsigned int limit, bool plain,
-           decltype(&NextSegmentFromList) walker)
-{
-    const bool limited = IsLimit(limit);
-    Side side = {};
-    side.next = plain ? nullptr : walker;
-    side.cs = cs;
-    side.str = str;
-    side.length = limited ? static_cast<int>(limit) : -1;
-    side.limit = limited ? limit : kNoByteLimit;
-    if (plain)
-        side.size = strnlen(str, side.limit);
-    FetchSegment(&side, true);
-    return side;
 }
 
 // Both strings are in the same single-byte set and switch to no other, so each is one segment.
@@ -58,10 +44,10 @@ bool Differ(const UpShifted &upper1, const UpShifted &upper2)
            (upper1.written == 2 && upper1.bytes[1] != upper2.bytes[1]);
 }
 
-RunResult CompareUpShiftedRun(const Side &side1, const Side &side2, int charLimit,
+RunResult CompareUpShiftedRun(const Run &run1, const Run &run2, int charLimit,
                               const CaseTableRecord *table)
 {
-    return CompareRunInUpperCase(side1, side2, charLimit, table,
+    return CompareRunInUpperCase(run1, run2, charLimit, table,
                                  [](const UpShifted &upper1, const UpShifted &upper2) {
                                      return Differ(upper1, upper2) ? 1 : 0;
                                  });
@@ -85,20 +71,19 @@ RunResult CompareCharRun(const char *p1, const char *p2, size_t bytes, int charL
     return {0, done, done, charLimit - left};
 }
 
-// Compares the rest of two segments up to the end of the shorter.
-RunResult CompareRun(const Side &side1, const Side &side2, bool caseless, uint16_t common,
-                     bool byChars, int charLimit)
+// Compares two runs up to the end of the shorter.
+RunResult CompareRun(const Run &run1, const Run &run2, bool caseless, uint16_t common, bool byChars,
+                     int charLimit)
 {
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
-        return CompareUpShiftedRun(side1, side2, charLimit, table);
-    const size_t bytes = std::min(side1.left, side2.left);
+        return CompareUpShiftedRun(run1, run2, charLimit, table);
+    const size_t bytes = std::min(run1.size, run2.size);
     if (byChars) {
         const CSDescriptor cs = {common, 0};
-        return CompareCharRun(side1.at, side2.at, bytes, charLimit < 0 ? INT32_MAX : charLimit,
-                              &cs);
+        return CompareCharRun(run1.at, run2.at, bytes, charLimit < 0 ? INT32_MAX : charLimit, &cs);
     }
-    return {std::strncmp(side1.at, side2.at, bytes) != 0 ? 1 : 0, bytes, bytes, 0};
+    return {std::strncmp(run1.at, run2.at, bytes) != 0 ? 1 : 0, bytes, bytes, 0};
 }
 
 // As Compare to the end, for two strings of one plain set, which is the most frequent case.
@@ -107,13 +92,10 @@ int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(kind) : nullptr;
     if (table == nullptr)
         return std::strcmp(s1, s2) != 0 ? 1 : 0;
-    Side side1 = {}, side2 = {};
-    side1.at = s1;
-    side1.left = std::strlen(s1);
-    side2.at = s2;
-    side2.left = std::strlen(s2);
-    const RunResult run = CompareUpShiftedRun(side1, side2, kNoLimit, table);
-    return run.order == 0 && run.bytes1 == side1.left && run.bytes2 == side2.left ? 0 : 1;
+    const Run run1 = {s1, std::strlen(s1)}, run2 = {s2, std::strlen(s2)};
+    const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, table);
+    const bool whole = result.bytes1 == run1.size && result.bytes2 == run2.size;
+    return result.order == 0 && whole ? 0 : 1;
 }
 
 // 0 when the texts are equal through the extent, else 1.
@@ -123,8 +105,9 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
     const bool plain = AreOnePlainSet(cs1, cs2);
     if (plain && extent.unit == Extent::toEnd)
         return ComparePlain(s1, s2, caseless, cs1->csNum);
-    Side side1 = Begin(s1, cs1, extent.bytes1, plain, NextSegmentFromList);
-    Side side2 = Begin(s2, cs2, extent.bytes2, plain, NextSegmentByWalk);
+    const size_t limit1 = ByteLimit(extent.bytes1), limit2 = ByteLimit(extent.bytes2);
+    Side side1 = plain ? OneSegmentSide(s1, cs1, limit1) : ListedSide(s1, cs1, limit1);
+    Side side2 = plain ? OneSegmentSide(s2, cs2, limit2) : WalkedSide(s2, cs2, limit2);
     const bool byChars = extent.unit == Extent::characters;
     const bool counted = byChars && IsLimit(extent.chars);
     unsigned int chars = 0;
@@ -133,7 +116,8 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
         if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
             return 1;
         const int charLimit = counted ? static_cast<int>(extent.chars - chars) : kNoLimit;
-        const RunResult run = CompareRun(side1, side2, caseless, common, byChars, charLimit);
+        const RunResult run =
+            CompareRun(side1.run, side2.run, caseless, common, byChars, charLimit);
         if (run.order != 0)
             return 1;
         chars += static_cast<unsigned int>(run.chars);

@@ -42,16 +42,16 @@ int OrderOfSets(uint16_t kind1, uint16_t kind2)
 // The order of two strings of which one or both have ended.
 int OrderOfEnds(bool ended1, bool ended2) { return ended1 && ended2 ? 0 : ended1 ? -1 : 1; }
 
-RunResult OrderRun(const Side &side1, const Side &side2, bool caseless, uint16_t common)
+RunResult OrderRun(const Run &run1, const Run &run2, bool caseless, uint16_t common)
 {
     const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
-        return CompareRunInUpperCase(side1, side2, kNoLimit, table,
+        return CompareRunInUpperCase(run1, run2, kNoLimit, table,
                                      [](const UpShifted &upper1, const UpShifted &upper2) {
                                          return OrderValue(upper1) - OrderValue(upper2);
                                      });
-    const size_t bytes = std::min(side1.left, side2.left);
-    return {std::strncmp(side1.at, side2.at, bytes), bytes, bytes, 0};
+    const size_t bytes = std::min(run1.size, run2.size);
+    return {std::strncmp(run1.at, run2.at, bytes), bytes, bytes, 0};
 }
 
 } // namespace
@@ -61,10 +61,8 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
 {
     if (*s1 == '\0' || *s2 == '\0')
         return OrderOfEnds(*s1 == '\0', *s2 == '\0');
-    Side side1 = {NextSegmentFromList, cs1, s1, -1, 0, kNoByteLimit, s1, 0, 0, CS_SEG_END};
-    Side side2 = {NextSegmentByWalk, cs2, s2, -1, 0, kNoByteLimit, s2, 0, 0, CS_SEG_END};
-    FetchSegment(&side1, true);
-    FetchSegment(&side2, true);
+    Side side1 = ListedSide(s1, cs1, kNoByteLimit);
+    Side side2 = WalkedSide(s2, cs2, kNoByteLimit);
     for (;;) {
         const bool ended1 = side1.kind == CS_SEG_END;
         const bool ended2 = side2.kind == CS_SEG_END;
@@ -73,7 +71,7 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
         uint16_t common = CS_SEG_NONE;
         if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
             return OrderOfSets(side1.kind, side2.kind);
-        const RunResult run = OrderRun(side1, side2, caseless != 0, common);
+        const RunResult run = OrderRun(side1.run, side2.run, caseless != 0, common);
         if (run.order != 0)
             return run.order;
         PassRun(&side1, &side2, run);

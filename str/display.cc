@@ -11,6 +11,7 @@
 #include "str/core/units.h"
 #include "str/core/utf8.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 
@@ -83,14 +84,6 @@ uint64_t WalkedWidth(const char *str, const CSDescriptor *cs)
     return columns;
 }
 
-size_t CountByte(const char *str, char byte)
-{
-    size_t count = 0;
-    for (; *str != '\0'; ++str)
-        count += *str == byte;
-    return count;
-}
-
 } // namespace
 
 unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
@@ -117,7 +110,7 @@ int str_utf8DispStrLen(const char *str, int maxLen, int countEsc)
     frame::TraceEntry();
     auto columns = static_cast<int64_t>(CountUtf8(str, maxLen));
     if (countEsc == 0)
-        columns -= static_cast<int64_t>(CountByte(str, '\x1B'));
+        columns -= std::count(str, str + std::strlen(str), '\x1B');
     const int result = Fit<int>(kSource, columns);
     frame::TraceExit();
     return result;

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <climits>
 
@@ -37,7 +38,7 @@ constexpr int kMostSideBytes = 2;
 
 // ---- Words ---------------------------------------------------------------------------------
 
-// Part of the line; no NUL follows it.
+// Part of the line, before its NUL.
 struct Word {
     const char *text; // null at the end of the file
     size_t length;
@@ -135,17 +136,6 @@ void ReadCaseHeader(FILE *stream, CaseTableRecord *record)
 
 // ---- Rules ---------------------------------------------------------------------------------
 
-bool IsOneOf(char ch, const char *set) { return ch != '\0' && std::strchr(set, ch) != nullptr; }
-
-// How many bytes at the start of a word are in `set` or, when `of` is false, are not.
-size_t Span(const Word &word, const char *set, bool of)
-{
-    size_t length = 0;
-    while (length < word.length && IsOneOf(word.text[length], set) == of)
-        ++length;
-    return length;
-}
-
 // The rest of a word or, when nothing is left of it, the next word on the line.
 Word RestOrNextWord(FILE *stream, const Word &word, size_t offset)
 {
@@ -164,14 +154,14 @@ bool SplitRule(FILE *stream, bool first, char (&left)[kSideSize], char (&right)[
     const Word word = NextWord(stream, first, false);
     if (word.text == nullptr)
         return false;
-    const Word leftSide = {word.text, Span(word, "=<-", false)};
+    const Word leftSide = {word.text, std::min(word.length, std::strcspn(word.text, "=<-"))};
     if (leftSide.length == 0)
         frame::Raise(kSource, STR_ESC_NO_LEFT_SIDE);
     if (leftSide.length >= kSideSize)
         frame::Raise(kSource, STR_ESC_LEFT_TOO_LONG);
 
     const Word operation = RestOrNextWord(stream, word, leftSide.length);
-    const size_t operators = Span(operation, "<>=-", true);
+    const size_t operators = std::min(operation.length, std::strspn(operation.text, "<>=-"));
     if (operators == 0)
         frame::Raise(kSource, STR_ESC_NO_OPERATOR);
 

@@ -8,6 +8,8 @@
 #include <platform/lkf.h>
 #include <platform/os.h>
 
+#include <cstdio>
+
 using namespace libstr;
 
 CaseTableRecord *pCaseTabs;
@@ -21,18 +23,12 @@ constexpr char kSource[] = "str/str_IniCT";
 bool FirstInit = true; // until the first call of str_InitCaseTables
 
 constexpr char kLockFile[] = "~/sys/toupper.lk";
-constexpr char kDirectory[] = "~/toupper/";
 constexpr size_t kMostDigits = 20;
-constexpr size_t kPathSize = sizeof kDirectory + kMostDigits + sizeof ".s";
+constexpr size_t kPathSize = sizeof "~/toupper/.s" + kMostDigits;
 
-void BuildPath(char *path, const char *digits, size_t count, char suffix)
+void BuildPath(char (&path)[kPathSize], const char *digits, char suffix)
 {
-    std::memcpy(path, kDirectory, sizeof kDirectory - 1);
-    path += sizeof kDirectory - 1;
-    std::memcpy(path, digits, count);
-    path[count] = '.';
-    path[count + 1] = suffix;
-    path[count + 2] = '\0';
+    std::snprintf(path, kPathSize, "~/toupper/%s.%c", digits, suffix);
 }
 
 void BuildCaseTableNames(uint32_t setNumber, char (&source)[kPathSize], char (&compiled)[kPathSize])
@@ -40,9 +36,8 @@ void BuildCaseTableNames(uint32_t setNumber, char (&source)[kPathSize], char (&c
     char digits[kMostDigits + 1];
     int unused = 0;
     os_ul2str(setNumber, 10, 1, digits, &unused);
-    const size_t count = strnlen(digits, kMostDigits);
-    BuildPath(source, digits, count, 's');
-    BuildPath(compiled, digits, count, 'b');
+    BuildPath(source, digits, 's');
+    BuildPath(compiled, digits, 'b');
 }
 
 bool CompiledFileExists(const char *path) { return os_fexists(path) != 0; }

@@ -69,18 +69,11 @@ void Append(const char *bytes, unsigned int length, const CaseTableRecord *table
                         table, result->buffer, &result->used, &result->capacity);
 }
 
-const CaseTableRecord *TableOf(const CSDescriptor *cs)
-{
-    CaseTableRecord *table = nullptr;
-    str_GetTouTable(cs, &table);
-    return table;
-}
-
 // The upper case of `length` bytes that are not UTF-8.
 void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Result *result)
 {
     result->buffer = GrowUpperBuffer(uint64_t{length} + length / 4, &result->capacity);
-    const CaseTableRecord *const own = TableOf(cs);
+    const CaseTableRecord *const own = CaseTableOf(cs);
     if (cs->escMode == 0) {
         Append(str, length, own, result);
         return;
@@ -91,7 +84,7 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
         const CaseTableRecord *table = nullptr;
         if (IsText(walk.kind)) {
             const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
-            table = ownForAll ? own : TableOf(&segCs);
+            table = ownForAll ? own : CaseTableOf(&segCs);
         }
         Append(walk.at, walk.size, table, result);
     }

@@ -7,60 +7,74 @@ namespace libstr
 namespace
 {
 
-// The first string, by the list of its segments.
-struct {
-    const CSSegment *list;
-    int count;
-    int index;
-    unsigned int size; // of the segment returned last
-    const char *str;
-} theListWalk;
-
-// The second string, segment by segment.
-SegmentWalk theStepWalk;
-
 bool TakesPart(uint16_t kind) { return IsText(kind) || kind == CS_SEG_RAW || kind == CS_SEG_END; }
+
+void NextInList(Side *side)
+{
+    while (++side->index < side->count && !TakesPart(side->list[side->index].kind))
+        side->offset += side->list[side->index].length;
+    const bool ended = side->index >= side->count;
+    side->size = ended ? 0 : side->list[side->index].length;
+    side->kind = ended ? uint16_t{CS_SEG_END} : side->list[side->index].kind;
+}
+
+void NextInWalk(Side *side)
+{
+    NextSegment(&side->walk);
+    for (; !TakesPart(side->walk.kind); NextSegment(&side->walk))
+        side->offset += side->walk.size;
+    side->size = side->walk.size;
+    side->kind = side->walk.kind;
+}
+
+void NextOfOne(Side *side)
+{
+    side->size = 0;
+    side->kind = CS_SEG_END;
+}
+
+int WalkLength(size_t limit) { return limit == kNoByteLimit ? -1 : static_cast<int>(limit); }
+
+void EnterSegment(Side *side)
+{
+    side->run.at = side->str + side->offset;
+    side->run.size = side->size;
+    if (side->offset < side->limit)
+        side->run.size = std::min(side->run.size, side->limit - side->offset);
+}
 
 } // namespace
 
-const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
-                                size_t *segLen, uint16_t *kind, size_t *offset)
+Side ListedSide(const char *str, const CSDescriptor *cs, size_t limit)
 {
-    auto &walk = theListWalk;
-    if (first) {
-        walk = {nullptr, 0, 0, 0, str};
-        walk.list = ccs_GetAllStrs(cs, str, len, &walk.count);
-        *offset = 0;
-    } else {
-        ++walk.index;
-        *offset += walk.size;
-    }
-    while (walk.index < walk.count && !TakesPart(walk.list[walk.index].kind))
-        *offset += walk.list[walk.index++].length;
-    if (walk.index < walk.count) {
-        *kind = walk.list[walk.index].kind;
-        *segLen = walk.size = walk.list[walk.index].length;
-    } else {
-        *kind = CS_SEG_END;
-    }
-    return walk.str + *offset;
+    Side side = {.str = str, .limit = limit, .next = NextInList};
+    side.list = ccs_GetAllStrs(cs, str, WalkLength(limit), &side.count);
+    FetchSegment(&side);
+    return side;
 }
 
-const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
-                              size_t *segLen, uint16_t *kind, size_t *offset)
+Side WalkedSide(const char *str, const CSDescriptor *cs, size_t limit)
 {
-    SegmentWalk &walk = theStepWalk;
-    if (first) {
-        walk = WalkSegments(str, cs, len);
-        *offset = 0;
-    }
-    do {
-        *offset += walk.size;
-        NextSegment(&walk);
-    } while (!TakesPart(walk.kind));
-    *kind = walk.kind;
-    *segLen = walk.size;
-    return walk.at;
+    Side side = {.str = str, .limit = limit, .next = NextInWalk};
+    side.walk = WalkSegments(str, cs, WalkLength(limit));
+    FetchSegment(&side);
+    return side;
+}
+
+Side OneSegmentSide(const char *str, const CSDescriptor *cs, size_t limit)
+{
+    Side side = {.str = str, .limit = limit, .next = NextOfOne};
+    side.size = strnlen(str, limit);
+    side.kind = side.size != 0 ? cs->csNum : uint16_t{CS_SEG_END};
+    EnterSegment(&side);
+    return side;
+}
+
+void FetchSegment(Side *side)
+{
+    side->offset += side->size;
+    side->next(side);
+    EnterSegment(side);
 }
 
 bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
@@ -85,9 +99,7 @@ bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
 const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind)
 {
     const CSDescriptor cs = {kind, 0};
-    CaseTableRecord *table = nullptr;
-    str_GetTouTable(&cs, &table);
-    return table;
+    return CaseTableOf(&cs);
 }
 
 } // namespace libstr

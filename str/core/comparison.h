@@ -16,17 +16,6 @@
 namespace libstr
 {
 
-// The segment walkers: each finds the next segment that takes part in a comparison, which is text,
-// raw bytes or the end.  With `first` it begins the string `str`, of `len` bytes or up to its NUL
-// for -1; without, it goes on from where it was and ignores both.
-//
-// Returns the segment's first byte, and stores its bytes, its kind and its offset in the string.
-// The service keeps one walk state, so one side of a comparison is listed and the other walked.
-const char *NextSegmentFromList(const CSDescriptor *cs, const char *str, int len, bool first,
-                                size_t *segLen, uint16_t *kind, size_t *offset);
-const char *NextSegmentByWalk(const CSDescriptor *cs, const char *str, int len, bool first,
-                              size_t *segLen, uint16_t *kind, size_t *offset);
-
 // Whether segments of these kinds can be compared; `common` receives the kind whose rules apply.
 bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common);
 
@@ -36,36 +25,40 @@ const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind);
 inline constexpr size_t kNoByteLimit = SIZE_MAX;
 inline constexpr int kNoLimit = -1; // of characters
 
-// One string of a comparison, and its current segment.
-struct Side {
-    // The walker; null for a string that is one segment of its set.
-    decltype(&NextSegmentFromList) next;
-    const CSDescriptor *cs;
-    const char *str;
-    int length;   // for the walker
-    size_t size;  // of a string that is one segment
-    size_t limit; // bytes of the string that count, or kNoByteLimit
-
+// Bytes to compare.
+struct Run {
     const char *at;
-    size_t left;   // bytes of the segment from `at` on
-    size_t offset; // of the segment in the string
-    uint16_t kind;
+    size_t size;
 };
 
-inline void FetchSegment(Side *side, bool first)
-{
-    if (side->next != nullptr) {
-        side->at = side->next(side->cs, side->str, side->length, first, &side->left, &side->kind,
-                              &side->offset);
-    } else {
-        side->at = first ? side->str : side->str + side->size;
-        side->left = first ? side->size : 0;
-        side->offset = first ? 0 : side->size;
-        side->kind = first && side->size != 0 ? side->cs->csNum : uint16_t{CS_SEG_END};
-    }
-    if (side->offset < side->limit)
-        side->left = std::min(side->left, side->limit - side->offset);
-}
+// One string of a comparison, and its current segment: text, raw bytes or the end.
+struct Side {
+    const char *str = nullptr;
+    size_t limit = kNoByteLimit; // bytes of the string that count
+    // Finds the next segment: moves `offset` there, sets `size` and `kind`.
+    void (*next)(Side *side) = nullptr;
+
+    size_t offset = 0; // of the segment in the string
+    size_t size = 0;
+    uint16_t kind = CS_SEG_END;
+    Run run = {nullptr, 0}; // what is left of the segment, up to the limit
+
+    SegmentWalk walk = {};           // of a side that is walked
+    const CSSegment *list = nullptr; // of a side that is listed
+    int count = 0;
+    int index = -1;
+};
+
+// Begin a string at its first segment.  The service keeps one walk state and one list, so one side
+// of a comparison is listed and the other walked.  A limit other than kNoByteLimit fits an int.
+Side ListedSide(const char *str, const CSDescriptor *cs, size_t limit);
+Side WalkedSide(const char *str, const CSDescriptor *cs, size_t limit);
+
+// The same for a string that is one segment of its set.
+Side OneSegmentSide(const char *str, const CSDescriptor *cs, size_t limit);
+
+// Moves on to the next segment.
+void FetchSegment(Side *side);
 
 // How two runs compare.  Where they are equal, what was compared: the bytes of each side and, under
 // a limit of characters, the characters.
@@ -78,37 +71,37 @@ struct RunResult {
 
 inline void Advance(Side *side, size_t bytes)
 {
-    side->at += bytes;
-    side->left -= bytes;
+    side->run.at += bytes;
+    side->run.size -= bytes;
 }
 
 // Moves both sides past a run of equal characters, and on to the next segment where one is over.
-inline void PassRun(Side *side1, Side *side2, const RunResult &run)
+inline void PassRun(Side *side1, Side *side2, const RunResult &passed)
 {
-    Advance(side1, run.bytes1);
-    Advance(side2, run.bytes2);
-    if (side1->left == 0)
-        FetchSegment(side1, false);
-    if (side2->left == 0)
-        FetchSegment(side2, false);
+    Advance(side1, passed.bytes1);
+    Advance(side2, passed.bytes2);
+    if (side1->run.size == 0)
+        FetchSegment(side1);
+    if (side2->run.size == 0)
+        FetchSegment(side2);
 }
 
-// Compares the rest of two segments in upper case, character by character, up to the end of either
-// and through `charLimit` characters at most.  `judge` orders two characters: 0 for equal.
+// Compares two runs in upper case, character by character, up to the end of either and through
+// `charLimit` characters at most.  `judge` orders two characters: 0 for equal.
 template <class Judge>
-RunResult CompareRunInUpperCase(const Side &side1, const Side &side2, int charLimit,
+RunResult CompareRunInUpperCase(const Run &run1, const Run &run2, int charLimit,
                                 const CaseTableRecord *record, Judge judge)
 {
     const bool limited = charLimit >= 0;
     // Equal bytes need no case table.
-    if (!limited && side1.left == side2.left && std::memcmp(side1.at, side2.at, side1.left) == 0)
-        return {0, side1.left, side2.left, 0};
+    if (!limited && run1.size == run2.size && std::memcmp(run1.at, run2.at, run1.size) == 0)
+        return {0, run1.size, run2.size, 0};
     UpShiftTable table;
     SetUpShiftTable(&table, record);
-    const auto *const begin1 = reinterpret_cast<const uint8_t *>(side1.at);
-    const auto *const begin2 = reinterpret_cast<const uint8_t *>(side2.at);
-    const uint8_t *at1 = begin1, *const end1 = begin1 + side1.left;
-    const uint8_t *at2 = begin2, *const end2 = begin2 + side2.left;
+    const auto *const begin1 = reinterpret_cast<const uint8_t *>(run1.at);
+    const auto *const begin2 = reinterpret_cast<const uint8_t *>(run2.at);
+    const uint8_t *at1 = begin1, *const end1 = begin1 + run1.size;
+    const uint8_t *at2 = begin2, *const end2 = begin2 + run2.size;
     ptrdiff_t left = limited ? charLimit : PTRDIFF_MAX; // more than there are bytes
     while (at1 < end1 && at2 < end2 && left > 0) {
         const ptrdiff_t most = std::min({end1 - at1, end2 - at2, left});

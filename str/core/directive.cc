@@ -2,6 +2,7 @@
 #include "str/core/directive.h"
 
 #include <climits>
+#include <cstring>
 
 namespace libstr
 {
@@ -27,10 +28,8 @@ int ReadNumber(const char *at, Directive *directive)
 // 0 for a byte that is not a flag.
 unsigned int FlagOf(char byte)
 {
-    for (unsigned int i = 0; kFlags[i] != '\0'; ++i)
-        if (byte == kFlags[i])
-            return 1U << i;
-    return 0;
+    const char *const flag = std::strchr(kFlags, byte);
+    return flag == nullptr || *flag == '\0' ? 0 : 1U << (flag - kFlags);
 }
 
 void AddDigit(int *number, char digit)

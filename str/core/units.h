@@ -127,8 +127,9 @@ inline void LookAtBlock(UnitScan *scan, unsigned int offset)
                   (blocks::Mask(blocks::Equal(block, kSpace)) & scan->spaceLooks);
 }
 
-// The bytes of whole plain characters from `offset` on, which never goes back.  The way to the next
-// block is by branches, which the processor predicts; it would have to wait for a count.
+// The bytes of whole plain characters from `offset` on.  The offset never goes back.  Branches
+// decide where the next block begins, since the processor predicts them; it would wait for a
+// computed offset.
 inline unsigned int PlainBytes(UnitScan *scan, unsigned int offset)
 {
     const unsigned int begin = offset;

@@ -25,6 +25,14 @@ struct UpShiftTable {
     uint16_t leadIndex[256];
 };
 
+// The case table of a set; null for none.
+inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
+{
+    CaseTableRecord *table = nullptr;
+    str_GetTouTable(cs, &table);
+    return table;
+}
+
 void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record);
 
 // The upper case of one character, in one byte or two, and how many bytes the character had.
