@@ -72,19 +72,12 @@ char *Split(const char *str, int mode, int limit, char **second, unsigned int *f
     return first;
 }
 
-// What a budget is measured in: displayed characters, or their bytes.
-struct Measure {
-    const char *name; // of the export that counts so
-    bool bytes;
-};
-
-constexpr Measure kCharacters = {"str_CountSSDispChars", false};
-constexpr Measure kBytes = {"str_CountSSDispBytes", true};
+// What a budget is measured in.
+enum class Measure { characters, bytes };
 
 // Counting inside a segment.
 struct Count {
     UnitScan scan;
-    bool bytes;
     unsigned int segLen;
     unsigned int offset;
     unsigned int control; // of the control function right before `offset`; `offset` without one
@@ -93,9 +86,10 @@ struct Count {
 };
 
 // Counts the plain characters that come next.
+template <Measure measure>
 void CountPlain(Count *count)
 {
-    const unsigned int shift = count->bytes ? 0 : count->scan.shift;
+    const unsigned int shift = measure == Measure::bytes ? 0 : count->scan.shift;
     const auto left = static_cast<unsigned int>(count->left);
     const unsigned int rest = count->segLen - count->offset;
     SetLimit(&count->scan, left >= rest >> shift ? count->segLen : count->offset + (left << shift));
@@ -117,15 +111,16 @@ bool CanCutHere(const Count &count)
 
 // Counts one unit.  A line feed counts too, since text is laid out in lines here.  False when
 // counting ends with the unit or before it.  A unit that reaches beyond the segment ends there.
+template <Measure measure>
 bool CountUnit(Count *count)
 {
     const char *const at = count->scan.seg + count->offset;
     const unsigned int rest = count->segLen - count->offset;
     const bool isNewline = *at == '\n';
     const int length = isNewline ? 1 : UnitLength(count->scan.rule, at, rest);
-    int cost = 0;
-    if (isNewline || IsDisplayed(*at))
-        cost = count->bytes ? std::max(length, 0) : 1;
+    int cost = isNewline || IsDisplayed(*at) ? 1 : 0;
+    if (measure == Measure::bytes)
+        cost *= std::max(length, 0);
     count->fits = cost <= count->left;
     if (!count->fits) {
         count->offset = CanCutHere(*count) ? count->offset : count->control;
@@ -142,31 +137,32 @@ bool CountUnit(Count *count)
 
 // Counts the units of a segment up to the budget.  Returns where the budget is used up; null when
 // it is not.  `used` receives how much of it is.
-const char *CountUnits(const char *seg, unsigned int segLen, const Measure &measure, int budget,
-                       int *used, const CSDescriptor *segCs)
+template <Measure measure>
+const char *CountUnits(const char *seg, unsigned int segLen, int budget, int *used,
+                       const CSDescriptor *segCs)
 {
-    frame::TraceEntry(measure.name);
-    Count count = {.scan = ScanUnits(UnitRuleOf(segCs), seg, segLen),
-                   .bytes = measure.bytes,
-                   .segLen = segLen,
-                   .offset = 0,
-                   .control = 0,
-                   .left = budget,
-                   .fits = true};
+    const char *const name =
+        measure == Measure::bytes ? "str_CountSSDispBytes" : "str_CountSSDispChars";
+    frame::TraceEntry(name);
+    Count count = {ScanUnits(UnitRuleOf(segCs), seg, segLen), segLen, 0, 0, budget, true};
     bool goesOn = true;
     while (goesOn && count.offset < segLen && count.left > 0) {
-        CountPlain(&count);
+        CountPlain<measure>(&count);
         if (count.offset < segLen && count.left > 0)
-            goesOn = CountUnit(&count);
+            goesOn = CountUnit<measure>(&count);
     }
     *used = budget - count.left;
-    frame::TraceExit(measure.name);
+    frame::TraceExit(name);
     return !count.fits || count.left <= 0 ? seg + count.offset : nullptr;
 }
 
+constexpr auto *kCountCharacters = CountUnits<Measure::characters>;
+constexpr auto *kCountBytes = CountUnits<Measure::bytes>;
+
 // Where in the text the budget is used up; null when it is not.  Takes what is counted off the
 // budget.
-const char *FindCut(const char *str, const Measure &measure, int *budget, const CSDescriptor *cs)
+const char *FindCut(const char *str, decltype(kCountBytes) count, int *budget,
+                    const CSDescriptor *cs)
 {
     SegmentWalk walk = WalkSegments(str, cs);
     while (*budget > 0 && NextSegment(&walk)) {
@@ -181,7 +177,7 @@ const char *FindCut(const char *str, const Measure &measure, int *budget, const 
         }
         const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
         int used = 0;
-        const char *cut = CountUnits(walk.at, walk.size, measure, *budget, &used, &segCs);
+        const char *cut = count(walk.at, walk.size, *budget, &used, &segCs);
         *budget -= used;
         if (cut != nullptr)
             return cut;
@@ -193,7 +189,8 @@ size_t WalkedSplitPoint(const char *str, int mode, int limit, const CSDescriptor
 {
     frame::TraceEntry("str_FindSplitPoint");
     int budget = limit;
-    const char *const cut = FindCut(str, mode == kByBytes ? kBytes : kCharacters, &budget, cs);
+    const char *const cut =
+        FindCut(str, mode == kByBytes ? kCountBytes : kCountCharacters, &budget, cs);
     size_t splitPoint = 0; // no split, unless something displayed comes before
     if (budget != limit)
         splitPoint = cut != nullptr ? static_cast<size_t>(cut - str) : std::strlen(str);
@@ -248,11 +245,11 @@ int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor 
 const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budget, int *used,
                                  const CSDescriptor *segCs)
 {
-    return CountUnits(seg, BeforeNul(seg, segLen), kCharacters, budget, used, segCs);
+    return kCountCharacters(seg, BeforeNul(seg, segLen), budget, used, segCs);
 }
 
 const char *str_CountSSDispBytes(const char *seg, unsigned int segLen, int budget, int *used,
                                  const CSDescriptor *segCs)
 {
-    return CountUnits(seg, BeforeNul(seg, segLen), kBytes, budget, used, segCs);
+    return kCountBytes(seg, BeforeNul(seg, segLen), budget, used, segCs);
 }
