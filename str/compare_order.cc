@@ -3,6 +3,9 @@
 // The order of two texts, each in a set of its own.
 #include "str/core/comparison.h"
 
+#include <array>
+#include <bit>
+
 using namespace libstr;
 
 namespace
@@ -12,8 +15,8 @@ namespace
 // first.
 int OrderValue(const UpShifted &upper)
 {
-    const int first = static_cast<int8_t>(upper.bytes[0]);
-    return upper.written == 1 ? first : first * 256 + static_cast<int8_t>(upper.bytes[1]);
+    const auto [first, second] = std::bit_cast<std::array<int8_t, 2>>(upper.bytes);
+    return upper.written == 1 ? first : first * 256 + second;
 }
 
 // The last byte of a set's designation; 0 for none.

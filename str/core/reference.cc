@@ -59,7 +59,7 @@ CaseTableRef Make(void *block, CaseTableRef old)
 void *Resolve(CaseTableRef ref)
 {
     if (kIsAddress)
-        return reinterpret_cast<void *>(uintptr_t{ref});
+        return reinterpret_cast<void *>(uintptr_t{ref}); // NOLINT(performance-no-int-to-ptr)
     return ref == 0 ? nullptr : PlaceOf(ref)->block;
 }
 

@@ -27,7 +27,7 @@ const PairRule *FindRule(const PairRule *rules, int32_t count, uint8_t byte)
     for (; count >= kStride; count -= kStride, rules += kStride) {
         const char *const bytes = reinterpret_cast<const char *>(rules);
         uint64_t matches = 0;
-        for (unsigned int i = 0; i < 3; ++i) {
+        for (size_t i = 0; i < 3; ++i) {
             const auto block = blocks::Load(bytes + i * blocks::kSize, blocks::kSize);
             const uint64_t mask = blocks::Mask(blocks::Equal(block, static_cast<char>(byte)));
             matches |= mask << i * blocks::kSize;
