@@ -84,6 +84,12 @@ uint64_t WalkedWidth(const char *str, const CSDescriptor *cs)
     return columns;
 }
 
+// Not inlined, since escapes are rarely left out.
+[[gnu::noinline]] int64_t CountEscapes(const char *str)
+{
+    return std::count(str, str + std::strlen(str), '\x1B');
+}
+
 } // namespace
 
 unsigned int str_dispstrlen(const char *str, const CSDescriptor *cs)
@@ -110,7 +116,7 @@ int str_utf8DispStrLen(const char *str, int maxLen, int countEsc)
     frame::TraceEntry();
     auto columns = static_cast<int64_t>(CountUtf8(str, maxLen));
     if (countEsc == 0)
-        columns -= std::count(str, str + std::strlen(str), '\x1B');
+        columns -= CountEscapes(str);
     const int result = Fit<int>(kSource, columns);
     frame::TraceExit();
     return result;
