@@ -6,7 +6,7 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
-#include "services/ccs/engine.h"
+#include "services/ccs/walk.h"
 #include "services/services.h"
 
 #include <algorithm>

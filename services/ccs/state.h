@@ -5,14 +5,10 @@
 #ifndef SERVICES_CCS_STATE_H
 #define SERVICES_CCS_STATE_H
 
-#include "services/ccs/sets.h"
+#include "services/ccs/bytes.h"
 
 namespace libstr::ccs
 {
-
-inline constexpr unsigned char kEsc = 0x1B;
-inline constexpr unsigned char kSo = 0x0E;
-inline constexpr unsigned char kSi = 0x0F;
 
 // What one of G0 to G3 holds: a set of the table, a designation that the table does not know (row
 // is kNoRow), or nothing (final is 0 too).

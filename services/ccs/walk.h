@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Reads a text segment by segment.
+//
+// A segment is a run of units of one kind; every escape sequence and locking shift is a segment of
+// its own.  Every byte belongs to exactly one segment, and a NUL ends the text even inside a unit.
+#ifndef SERVICES_CCS_WALK_H
+#define SERVICES_CCS_WALK_H
+
+#include "services/ccs/unit.h"
+
+namespace libstr::ccs
+{
+
+// How to pass over a run of one kind without asking what each of its units is; see walk.cc.
+struct Run {
+    uint16_t kind;
+    uint16_t single;
+    uint16_t leads;
+    uint16_t rightTrails;
+    uint16_t foreign;
+    bool pairs;
+    bool inBlocks;
+    uint32_t oneHalf;
+    uint32_t half;
+    uint32_t edges;
+    bool differs;
+};
+
+// A view with the runs of its halves.
+struct Runs {
+    View view;
+    Run left;
+    Run right;
+};
+
+// A walk over one string.
+struct Walk {
+    const SetRow *set; // of the string; null for one that the table does not know
+    enum class Next : uint8_t { any, whole, rawByte } next; // what is known of the next segment
+    State state;                                            // after the segment returned last
+    const Runs *runs; // of that state: one of the table's, or `own`
+    Runs own;
+};
+
+// Begins a walk in the initial state of the descriptor's set.  A walk must not be copied.
+void Begin(Walk *walk, const CSDescriptor &cs);
+
+// The segment at `at`, which the walk has reached.  The text ends after `avail` bytes, or before
+// that at a NUL: CS_SEG_END with length 0.
+Unit NextSegment(Walk *walk, const char *at, size_t avail);
+
+} // namespace libstr::ccs
+
+#endif
