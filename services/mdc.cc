@@ -3,6 +3,8 @@
 // Functions of the C library under names that a host can replace.
 #include <platform/mdc.h>
 
+#include <glib.h>
+
 #include <cstdio>
 #include <cstring>
 
@@ -10,13 +12,7 @@ extern "C" {
 
 size_t mdc_strlcpy(char *dest, const char *source, size_t size)
 {
-    const size_t length = std::strlen(source);
-    if (size == 0)
-        return length;
-    const size_t taken = length < size ? length : size - 1;
-    std::memcpy(dest, source, taken);
-    dest[taken] = '\0';
-    return length;
+    return g_strlcpy(dest, source, size);
 }
 
 char *mdc_strchr(const char *text, int ch) { return const_cast<char *>(std::strchr(text, ch)); }

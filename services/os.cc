@@ -9,9 +9,11 @@
 #include "services/services.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
+#include <iterator>
 #include <pthread.h>
 #include <stdio_ext.h>
 #include <sys/auxv.h>
@@ -372,16 +374,11 @@ void os_ul2str(unsigned long value, int base, int minDigits, char *buffer, int *
     if (base < 2 || base > 36)
         return;
     char digits[sizeof value * CHAR_BIT];
-    char *const end = digits + sizeof digits;
-    char *first = end;
-    do {
-        *--first = "0123456789abcdefghijklmnopqrstuvwxyz"[value % static_cast<unsigned int>(base)];
-        value /= static_cast<unsigned int>(base);
-    } while (value != 0);
-    const int used = static_cast<int>(end - first);
+    const char *const end = std::to_chars(digits, std::end(digits), value, base).ptr;
+    const int used = static_cast<int>(end - digits);
     const int zeros = std::max(minDigits - used, 0);
     std::memset(buffer, '0', static_cast<size_t>(zeros));
-    std::memcpy(buffer + zeros, first, static_cast<size_t>(used));
+    std::memcpy(buffer + zeros, digits, static_cast<size_t>(used));
     *length = zeros + used;
     buffer[*length] = '\0';
 }

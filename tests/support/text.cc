@@ -4,9 +4,10 @@
 #include "services/services.h"
 #include "tests/support/samples.h"
 
-#include <iconv.h>
+#include <glib.h>
 #include <platform/ccs.h>
 
+#include <cstring>
 #include <stdexcept>
 
 CSDescriptor DescriptorOf(const char *setName)
@@ -56,21 +57,20 @@ std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int lengt
 
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes)
 {
-    iconv_t converter = iconv_open("UTF-32LE", iconvName);
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    gsize size = 0;
+    GError *error = nullptr;
+    gchar *const decoded = g_convert(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-32LE",
+                                     iconvName, nullptr, &size, &error);
+    const bool isUnknown = g_error_matches(error, G_CONVERT_ERROR, G_CONVERT_ERROR_NO_CONVERSION);
+    g_clear_error(&error);
+    if (isUnknown)
         throw std::invalid_argument(iconvName);
-    std::string input(bytes);
-    std::u32string output(bytes.size() + 4, U'\0');
-    char *in = input.data();
-    char *out = reinterpret_cast<char *>(output.data());
-    size_t inLeft = input.size();
-    size_t outLeft = output.size() * sizeof(char32_t);
-    const size_t failures = iconv(converter, &in, &inLeft, &out, &outLeft);
-    iconv_close(converter);
-    if (failures != 0)
+    if (decoded == nullptr)
         return std::nullopt;
-    output.resize(output.size() - outLeft / sizeof(char32_t));
-    return output;
+    std::u32string text(size / sizeof(char32_t), U'\0');
+    std::memcpy(text.data(), decoded, size);
+    g_free(decoded);
+    return text;
 }
 
 const char *IconvNameOf(const Sample &sample)
