@@ -1,7 +1,7 @@
 # The upper case of ISO-8859-7.
 #
-# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
-# tells it, of the characters that iconv reads as ISO-8859-7.
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ISO-8859-7.
 # A letter whose upper case the set does not have stays as it is.
 
 TOUPPER CHARSET ISO-8859-7

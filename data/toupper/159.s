@@ -1,7 +1,7 @@
 # The upper case of JIS X 0212.
 #
-# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
-# tells it, of the characters that iconv reads as EUC-JP.
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as EUC-JP.
 # A letter whose upper case the set does not have stays as it is.
 #
 # Every pair of bytes is here, in either half. Most are their own upper case:

@@ -1,13 +1,13 @@
-# The upper case of JIS C 6226-1978.
+# The upper case of JIS C 6226-1978, JIS X 0208, GB 2312.
 #
-# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
-# tells it, of the characters that iconv reads as EUC-JP.
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as EUC-CN, EUC-JP.
 # A letter whose upper case the set does not have stays as it is.
 #
 # Every pair of bytes is here, in either half. Most are their own upper case:
 # the rule keeps the second byte from being taken for the first of a pair.
 
-TOUPPER CHARSET JIS-C-6226-1978
+TOUPPER CHARSET JIS-C-6226-1978+JIS-X-0208+GB-2312
 
 !!=!! !"=!" !\x23=!\x23 !$=!$ !%=!% !&=!& !'=!' !(=!( !)=!) !*=!* !+=!+
 !,=!, !\x2D=!\x2D !.=!. !/=!/ !0=!0 !1=!1 !2=!2 !3=!3 !4=!4 !5=!5 !6=!6

@@ -1,7 +1,7 @@
 # The upper case of IA5.
 #
-# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib
-# tells it, of the characters that iconv reads as ASCII.
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ASCII.
 # A letter whose upper case the set does not have stays as it is.
 
 TOUPPER CHARSET IA5

@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // generate DIRECTORY: writes the case table source N.s of every set that has case, from GLib's
-// simple upper case and what iconv reads in the codes of the set.
+// simple upper case and what iconv reads in the set.  Sets of two-byte characters have long sources:
+// those with the same rules share one, and the others are links to it.
 #include "services/ccs/sets.h"
 
 #include <glib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 using namespace libstr;
 
@@ -19,13 +23,13 @@ using Code = std::string;                    // the bytes of a character
 using Characters = std::map<Code, gunichar>; // in the order of their bytes
 using Rules = std::map<Code, Code>;          // to the upper case of each
 
-// ---- What the characters of a set are -----------------------------------------------------------
+// ---- The characters of a set --------------------------------------------------------------------
 
-// How iconv reads the codes of a set.
+// How iconv reads the bytes of a set.
 struct Reading {
     const char *code;
-    const char *before; // stands before the bytes
-    unsigned bits;      // what to set in each byte
+    const char *before; // comes before the bytes
+    unsigned bits;      // set in each byte
     unsigned last;      // the last byte that belongs to the set
 };
 
@@ -35,7 +39,7 @@ Reading ReadingOf(const ccs::SetRow &set)
     return {code, set.reading.before, set.reading.bits, set.right == 0 ? 0x7FU : 0xFFU};
 }
 
-// The one character that the bytes are; 0 when they are none, or several.
+// The character that the bytes are; 0 unless they are exactly one.
 gunichar CharacterOf(const Reading &reading, const Code &code)
 {
     std::string bytes = reading.before;
@@ -98,8 +102,8 @@ Code InHalf(const Code &code, unsigned top)
                  static_cast<unsigned char>(code[1]) | top);
 }
 
-// One for each pair of bytes, in either half, most to keep the pair as it is: without a rule its
-// second byte would be looked up by itself, and taken for the first of a pair.
+// One for each pair of bytes, in either half.  Most keep the pair as it is: without a rule the second
+// byte would be looked up by itself and taken for the first byte of a pair.
 Rules WholePairs(const Rules &changes)
 {
     Rules rules;
@@ -114,8 +118,8 @@ Rules WholePairs(const Rules &changes)
     return rules;
 }
 
-// The changes, and the other characters of two bytes as they are: without a rule such a character
-// would be two, and no small letter's upper case.
+// The changes, and a rule that keeps every other character of two bytes as it is: without it the
+// character would be taken for two.
 Rules WholeCharacters(const Rules &changes, const Characters &characters)
 {
     Rules rules = changes;
@@ -125,7 +129,17 @@ Rules WholeCharacters(const Rules &changes, const Characters &characters)
     return rules;
 }
 
-// ---- The file -----------------------------------------------------------------------------------
+Rules RulesOf(const ccs::SetRow &set)
+{
+    const Characters characters = CharactersOf(set, ReadingOf(set));
+    const Rules changes = ChangesOf(characters);
+    return set.bytes == 2 && !changes.empty() ? WholePairs(changes)
+                                              : WholeCharacters(changes, characters);
+}
+
+// ---- The files ----------------------------------------------------------------------------------
+
+using Sets = std::vector<const ccs::SetRow *>; // with the same rules, one or more
 
 // In the notation of platform/enc.h.
 std::string Written(const Code &code)
@@ -144,7 +158,7 @@ std::string Written(const Code &code)
     return written;
 }
 
-// Lines of rules; the pairs of another first byte begin a line of their own.
+// Lines of rules.  Pairs with another first byte begin a new line.
 std::string Lines(const Rules &rules)
 {
     constexpr size_t kLongest = 76;
@@ -172,20 +186,39 @@ std::string Word(std::string name)
     return name;
 }
 
-std::string SourceOf(const ccs::SetRow &set, const Reading &reading, const Rules &rules)
+std::string NamesOf(const Sets &sets, const char *between)
+{
+    std::string names;
+    for (const ccs::SetRow *set : sets)
+        names += (names.empty() ? "" : between) + std::string(set->name);
+    return names;
+}
+
+std::string CodesOf(const Sets &sets)
+{
+    std::set<std::string> codes;
+    for (const ccs::SetRow *set : sets)
+        codes.insert(ReadingOf(*set).code);
+    std::string list;
+    for (const std::string &code : codes)
+        list += (list.empty() ? "" : ", ") + code;
+    return list;
+}
+
+std::string SourceOf(const Sets &sets, const Rules &rules)
 {
     const std::string isMade =
         "#\n"
-        "# Made by data/toupper/generate.cc: Unicode's simple upper case as GLib\n"
-        "# tells it, of the characters that iconv reads as ";
+        "# Made by data/toupper/generate.cc: the simple upper case of Unicode, from\n"
+        "# GLib, for the characters that iconv reads as ";
     const std::string hasAllPairs =
         "#\n"
         "# Every pair of bytes is here, in either half. Most are their own upper case:\n"
         "# the rule keeps the second byte from being taken for the first of a pair.\n";
-    return std::string("# The upper case of ") + set.name + ".\n" + isMade + reading.code +
+    return "# The upper case of " + NamesOf(sets, ", ") + ".\n" + isMade + CodesOf(sets) +
            ".\n# A letter whose upper case the set does not have stays as it is.\n" +
-           (set.bytes == 2 ? hasAllPairs : "") + "\nTOUPPER CHARSET " + Word(set.name) + "\n\n" +
-           Lines(rules);
+           (sets.front()->bytes == 2 ? hasAllPairs : "") + "\nTOUPPER CHARSET " +
+           Word(NamesOf(sets, "+")) + "\n\n" + Lines(rules);
 }
 
 bool Fail(const char *why)
@@ -204,17 +237,26 @@ bool Write(const std::string &path, const std::string &text)
     return false;
 }
 
-bool WriteSource(const std::string &directory, const ccs::SetRow &set)
+bool Link(const std::string &path, const std::string &target)
 {
-    const Reading reading = ReadingOf(set);
-    const Characters characters = CharactersOf(set, reading);
-    const Rules changes = ChangesOf(characters);
-    if (changes.empty())
-        return Fail((std::string("iconv reads no small letter in ") + set.name).c_str());
-    return Write(
-        directory + "/" + std::to_string(set.number) + ".s",
-        SourceOf(set, reading,
-                 set.bytes == 2 ? WholePairs(changes) : WholeCharacters(changes, characters)));
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    std::filesystem::create_symlink(target, path, error);
+    return !error || Fail((path + ": " + error.message()).c_str());
+}
+
+bool WriteSources(const std::string &directory, const Sets &sets, const Rules &rules)
+{
+    const auto fileOf = [](const ccs::SetRow *set) { return std::to_string(set->number) + ".s"; };
+    if (rules.empty())
+        return Fail((std::string("iconv reads no small letter in ") + sets.front()->name).c_str());
+    const std::string first = fileOf(sets.front());
+    if (!Write(directory + "/" + first, SourceOf(sets, rules)))
+        return false;
+    for (size_t i = 1; i < sets.size(); ++i)
+        if (!Link(directory + "/" + fileOf(sets[i]), first))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -225,8 +267,18 @@ int main(int argc, char **argv)
         std::fputs("usage: generate DIRECTORY\n", stderr);
         return 2;
     }
-    for (const ccs::SetRow &set : ccs::kSets)
-        if ((set.flags & CS_FLAG_CASE) != 0 && !WriteSource(argv[1], set))
+    std::map<Rules, Sets> shared;
+    for (const ccs::SetRow &set : ccs::kSets) {
+        if ((set.flags & CS_FLAG_CASE) == 0)
+            continue;
+        const Rules rules = RulesOf(set);
+        if (set.bytes == 2)
+            shared[rules].push_back(&set);
+        else if (!WriteSources(argv[1], {&set}, rules))
+            return 1;
+    }
+    for (const auto &[rules, sets] : shared)
+        if (!WriteSources(argv[1], sets, rules))
             return 1;
     return 0;
 }
