@@ -17,9 +17,15 @@ namespace libstr::ccs
 inline constexpr uint8_t kNoRow = 0xFF;
 static_assert(std::size(kSets) < kNoRow);
 
-inline constexpr size_t kNumbers = 1204; // one more than the highest number
+// One more than the highest number.
+inline constexpr size_t kNumbers = [] {
+    size_t highest = 0;
+    for (const SetRow &set : kSets)
+        highest = std::max<size_t>(highest, set.number);
+    return highest + 1;
+}();
 
-// Where the rows stand, by number.
+// The rows by number.
 inline constexpr auto kRowByNumber = [] {
     std::array<uint8_t, kNumbers> rows{};
     rows.fill(kNoRow);
@@ -28,7 +34,7 @@ inline constexpr auto kRowByNumber = [] {
     return rows;
 }();
 
-// Of every set that text can be of it is said how iconv reads it.
+// Every set that can be the kind of a text says how iconv reads it.
 static_assert([] {
     for (const SetRow &set : kSets)
         if ((set.left != 0 || set.right != 0) && set.iconv == nullptr &&
@@ -68,7 +74,7 @@ inline constexpr auto kDifferent = [] {
     return all;
 }();
 
-// Where the graphic sets stand, by size and final byte.
+// The rows of the graphic sets by size and final byte.
 inline constexpr size_t kFinals = 0x80;
 inline constexpr auto kRowByFinal = [] {
     std::array<std::array<uint8_t, kFinals>, 5> rows{};
@@ -81,7 +87,7 @@ inline constexpr auto kRowByFinal = [] {
     return rows;
 }();
 
-// The row of a number, or of a designation; kNoRow when the table has none.
+// The row of a number, or of a designation; kNoRow when the table does not have it.
 constexpr uint8_t FindRow(uint16_t number)
 {
     return number < kNumbers ? kRowByNumber[number] : kNoRow;
@@ -95,7 +101,7 @@ constexpr uint8_t FindGraphicRow(Graphic graphic, char intermediate, char final)
     return kRowByFinal[static_cast<size_t>(graphic)][byte];
 }
 
-// The set of a number; null when the table has none.
+// The set of a number; null when the table does not have it.
 inline const SetRow *FindSet(uint16_t number)
 {
     const uint8_t row = FindRow(number);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The table of character sets: data alone.  To add a set, add a row; how, and what else there is to
-// do, stands in docs/adding-a-character-set.md.
+// The table of character sets: data only.  To add a set, add a row; docs/adding-a-character-set.md
+// says how, and what else to do.
 //
-// Graphic sets carry their ISO-IR registration number.  A right half is registered apart from the
-// ASCII that it is used with; here its number stands for the pair, since that is what a text in
-// ISO 8859-1, say, is made of.  The same right half used in seven bits has 1000 more: its bytes
-// are others, so it is another kind.  Text that means what it does in ASCII is IA5 wherever a left
-// half stands by itself, T.61's too.  Codes, which are ways to use several sets, begin at 1001.
+// Graphic sets have their ISO-IR registration number.  A right half is registered without the ASCII
+// that it is used with.  Here its number means the two together, since a text in ISO 8859-1, say,
+// has both.  The same right half used in seven bits has other bytes, so it is another kind; its
+// number is kInSevenBits more.  Text that means what it means in ASCII is IA5 wherever a left half is
+// used by itself, in T.61 too.  Codes, which are ways to use several sets, begin at 1001.
 #ifndef SERVICES_CCS_TABLE_H
 #define SERVICES_CCS_TABLE_H
 
@@ -23,69 +23,106 @@ inline constexpr Graphic k94 = Graphic::set94;
 inline constexpr Graphic k96 = Graphic::set96;
 inline constexpr Graphic k94n = Graphic::set94n;
 
+inline constexpr uint16_t kInSevenBits = 1000;
+
+// A part of ISO 8859: a 96-set to the right of ASCII.
+constexpr SetRow Latin(uint16_t number, const char *name, char final)
+{
+    return {.number = number,
+            .name = name,
+            .iconv = name,
+            .flags = kLatin,
+            .graphic = k96,
+            .final = final,
+            .left = static_cast<uint16_t>(number + kInSevenBits),
+            .right = number,
+            .partner = kIa5,
+            .start = {{kIa5, number}, 0, 1}};
+}
+
+// The right half `number` in seven bits.  iconv reads it in `code`, with the top bits set.
+constexpr SetRow InSevenBits(uint16_t number, const char *name, const char *code,
+                             uint32_t flags = kByteCase)
+{
+    const auto own = static_cast<uint16_t>(number + kInSevenBits);
+    return {.number = own,
+            .name = name,
+            .iconv = nullptr,
+            .reading = {code, "", 0x80},
+            .flags = flags,
+            .left = own,
+            .start = {{own}}};
+}
+
+// A set of two-byte characters, the same kind in either half.
+constexpr SetRow TwoBytes(uint16_t number, const char *name, char final, const char *code,
+                          const char *before = "", uint32_t flags = CS_FLAG_CASE)
+{
+    return {.number = number,
+            .name = name,
+            .iconv = nullptr,
+            .reading = {code, before, 0x80},
+            .flags = flags,
+            .bytes = 2,
+            .graphic = k94n,
+            .final = final,
+            .left = number,
+            .right = number,
+            .start = {{number, number}, 0, 1}};
+}
+
 // clang-format off
 inline constexpr SetRow kSets[] = {
     // Left halves.
-    {.number = 6, .name = "IA5", .iconv = "ASCII", .flags = kLatin | CS_FLAG_ASCII,
-     .graphic = k94, .final = 'B', .left = 6, .start = {{6}}},
+    {.number = kIa5, .name = "IA5", .iconv = "ASCII", .flags = kLatin | CS_FLAG_ASCII,
+     .graphic = k94, .final = 'B', .left = kIa5, .start = {{kIa5}}},
     {.number = 14, .name = "JIS X 0201 ROMAN", .iconv = "ISO646-JP", .flags = kByteCase,
      .graphic = k94, .final = 'J', .left = 14, .start = {{14}}},
     {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .reading = {"T.61-8BIT"}, .flags = kByteCase,
-     .graphic = k94, .final = 'u', .left = 6, .differs = "#$\\^`{}~", .start = {{102}}},
+     .graphic = k94, .final = 'u', .left = kIa5, .differs = "#$\\^`{}~", .start = {{102}}},
 
     // Right halves with their partners.
-    {.number = 100, .name = "ISO-8859-1", .iconv = "ISO-8859-1", .flags = kLatin,
-     .graphic = k96, .final = 'A', .left = 1100, .right = 100, .partner = 6, .start = {{6, 100}, 0, 1}},
-    {.number = 101, .name = "ISO-8859-2", .iconv = "ISO-8859-2", .flags = kLatin,
-     .graphic = k96, .final = 'B', .left = 1101, .right = 101, .partner = 6, .start = {{6, 101}, 0, 1}},
-    {.number = 144, .name = "ISO-8859-5", .iconv = "ISO-8859-5", .flags = kLatin,
-     .graphic = k96, .final = 'L', .left = 1144, .right = 144, .partner = 6, .start = {{6, 144}, 0, 1}},
-    {.number = 126, .name = "ISO-8859-7", .iconv = "ISO-8859-7", .flags = kLatin,
-     .graphic = k96, .final = 'F', .left = 1126, .right = 126, .partner = 6, .start = {{6, 126}, 0, 1}},
-    {.number = 148, .name = "ISO-8859-9", .iconv = "ISO-8859-9", .flags = kLatin,
-     .graphic = k96, .final = 'M', .left = 1148, .right = 148, .partner = 6, .start = {{6, 148}, 0, 1}},
-    {.number = 203, .name = "ISO-8859-15", .iconv = "ISO-8859-15", .flags = kLatin,
-     .graphic = k96, .final = 'b', .left = 1203, .right = 203, .partner = 6, .start = {{6, 203}, 0, 1}},
+    Latin(100, "ISO-8859-1", 'A'),
+    Latin(101, "ISO-8859-2", 'B'),
+    Latin(144, "ISO-8859-5", 'L'),
+    Latin(126, "ISO-8859-7", 'F'),
+    Latin(148, "ISO-8859-9", 'M'),
+    Latin(203, "ISO-8859-15", 'b'),
     {.number = 13, .name = "JIS X 0201", .iconv = nullptr, .reading = {"SHIFT_JIS"}, .flags = kByteCase,
-     .graphic = k94, .final = 'I', .left = 1013, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
+     .graphic = k94, .final = 'I', .left = 13 + kInSevenBits, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
     {.number = kT61, .name = "T.61", .iconv = "T.61-8BIT",
      .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES, .escMode = 1, .units = Units::marked,
-     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = 6, .start = {{102, 0, kT61}, 0, 2}},
+     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = kIa5, .start = {{102, 0, kT61}, 0, 2}},
 
     // The same right halves, in seven bits.
-    {.number = 1100, .name = "ISO-8859-1 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-1", "", 0x80}, .flags = kByteCase, .left = 1100, .start = {{1100}}},
-    {.number = 1101, .name = "ISO-8859-2 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-2", "", 0x80}, .flags = kByteCase, .left = 1101, .start = {{1101}}},
-    {.number = 1144, .name = "ISO-8859-5 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-5", "", 0x80}, .flags = kByteCase, .left = 1144, .start = {{1144}}},
-    {.number = 1126, .name = "ISO-8859-7 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-7", "", 0x80}, .flags = kByteCase, .left = 1126, .start = {{1126}}},
-    {.number = 1148, .name = "ISO-8859-9 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-9", "", 0x80}, .flags = kByteCase, .left = 1148, .start = {{1148}}},
-    {.number = 1203, .name = "ISO-8859-15 RIGHT HALF", .iconv = nullptr, .reading = {"ISO-8859-15", "", 0x80}, .flags = kByteCase, .left = 1203, .start = {{1203}}},
-    {.number = 1013, .name = "JIS X 0201 KATAKANA", .iconv = nullptr, .reading = {"SHIFT_JIS", "", 0x80}, .flags = CS_FLAG_BYTE, .left = 1013, .start = {{1013}}},
+    InSevenBits(100, "ISO-8859-1 RIGHT HALF", "ISO-8859-1"),
+    InSevenBits(101, "ISO-8859-2 RIGHT HALF", "ISO-8859-2"),
+    InSevenBits(144, "ISO-8859-5 RIGHT HALF", "ISO-8859-5"),
+    InSevenBits(126, "ISO-8859-7 RIGHT HALF", "ISO-8859-7"),
+    InSevenBits(148, "ISO-8859-9 RIGHT HALF", "ISO-8859-9"),
+    InSevenBits(203, "ISO-8859-15 RIGHT HALF", "ISO-8859-15"),
+    InSevenBits(13, "JIS X 0201 KATAKANA", "SHIFT_JIS", CS_FLAG_BYTE),
 
-    // Sets of two-byte characters, the same kind in either half.
-    {.number = 42, .name = "JIS C 6226-1978", .iconv = nullptr, .reading = {"EUC-JP", "", 0x80}, .flags = CS_FLAG_CASE, .bytes = 2,
-     .graphic = k94n, .final = '@', .left = 42, .right = 42, .start = {{42, 42}, 0, 1}},
-    {.number = 87, .name = "JIS X 0208", .iconv = nullptr, .reading = {"EUC-JP", "", 0x80}, .flags = CS_FLAG_CASE, .bytes = 2,
-     .graphic = k94n, .final = 'B', .left = 87, .right = 87, .start = {{87, 87}, 0, 1}},
-    {.number = 159, .name = "JIS X 0212", .iconv = nullptr, .reading = {"EUC-JP", "\x8F", 0x80}, .flags = CS_FLAG_CASE, .bytes = 2,
-     .graphic = k94n, .final = 'D', .left = 159, .right = 159, .start = {{159, 159}, 0, 1}},
-    {.number = 149, .name = "KS X 1001", .iconv = nullptr, .reading = {"EUC-KR", "", 0x80}, .flags = CS_FLAG_CASE, .bytes = 2,
-     .graphic = k94n, .final = 'C', .left = 149, .right = 149, .start = {{149, 149}, 0, 1}},
-    {.number = 58, .name = "GB 2312", .iconv = nullptr, .reading = {"EUC-CN", "", 0x80}, .flags = CS_FLAG_CASE, .bytes = 2,
-     .graphic = k94n, .final = 'A', .left = 58, .right = 58, .start = {{58, 58}, 0, 1}},
+    // Sets of two-byte characters.
+    TwoBytes(42, "JIS C 6226-1978", '@', "EUC-JP"),
+    TwoBytes(87, "JIS X 0208", 'B', "EUC-JP"),
+    TwoBytes(159, "JIS X 0212", 'D', "EUC-JP", "\x8F"),
+    TwoBytes(149, "KS X 1001", 'C', "EUC-KR"),
+    TwoBytes(58, "GB 2312", 'A', "EUC-CN"),
 
     // Codes.
     {.number = 1001, .name = "ISO-2022-JP", .iconv = "ISO-2022-JP", .flags = CS_FLAG_ESCAPES, .escMode = 1,
-     .start = {{6}}},
+     .start = {{kIa5}}},
     {.number = 1002, .name = "ISO-2022-KR", .iconv = "ISO-2022-KR", .flags = CS_FLAG_ESCAPES, .escMode = 1,
-     .start = {{6}}},
+     .start = {{kIa5}}},
     {.number = 1003, .name = "EUC-JP", .iconv = "EUC-JP", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{6, 87, 13, 159}, 0, 1}},
+     .start = {{kIa5, 87, 13, 159}, 0, 1}},
     {.number = 1004, .name = "EUC-KR", .iconv = "EUC-KR", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{6, 149}, 0, 1}},
+     .start = {{kIa5, 149}, 0, 1}},
     {.number = 1005, .name = "EUC-CN", .iconv = "EUC-CN", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{6, 58}, 0, 1}},
+     .start = {{kIa5, 58}, 0, 1}},
     {.number = kUtf8, .name = "UTF8", .iconv = "UTF-8", .flags = CS_FLAG_T61 | CS_FLAG_ASCII_SUPERSET,
-     .units = Units::utf8, .start = {{6}}},
+     .units = Units::utf8, .start = {{kIa5}}},
 };
 // clang-format on
 
