@@ -2,17 +2,18 @@
 /*
  * dstring_: a string of bytes that grows.
  *
- * A caller holds the record, readies it once with dstring_init, and reads `text` and `length`; all
- * else is the functions'.  Once `text` is not null, a NUL stands behind its `length` bytes, which
- * may include NULs themselves.  It moves when the string grows, so a pointer to it is good until
- * the next call that adds to the string.  Shrinking keeps the memory: steady use does not allocate.
+ * The caller owns the record, initialises it once with dstring_init, and reads `text` and `length`;
+ * only the functions write to it.  If `text` is not null, a NUL follows its `length` bytes, which
+ * may include NULs themselves.  The text moves when the string grows, so a pointer to it is valid
+ * until the next call that adds to the string.  Shrinking keeps the memory: steady use does not
+ * allocate.
  *
  * A host replaces the functions, together, by linking its own definitions.
  *
  * Threads: one at a time for one string.
  *
  * A function that adds bytes raises an escape of class ER_CLASS_LIBRARY, code OS_ESC_MEMORY, when
- * the memory cannot be had, and leaves the string as it was.  No other function raises one.
+ * memory runs out, and leaves the string as it was.  No other function raises an escape.
  */
 #ifndef PLATFORM_DSTRING_H
 #define PLATFORM_DSTRING_H
@@ -23,19 +24,19 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 typedef struct dstring {
-    char *text;            /* null until something was added or set, be it the empty string */
-    unsigned int length;   /* bytes, without the NUL behind them */
+    char *text;            /* null until something is added or set, even the empty string */
+    unsigned int length;   /* bytes, without the NUL after them */
     unsigned int capacity; /* bytes that `text` has room for */
 } dstring;
 
-/* Makes `string` empty, with null for its text; allocates nothing.  What the record held before is
- * not looked at and not released. */
+/* Makes `string` empty, with null for its text; allocates nothing.  The earlier contents of the
+ * record are neither read nor released. */
 void dstring_init(dstring *string);
 
-/* Cuts the string to its first `length` bytes; does nothing when it has no more than these. */
+/* Cuts the string to its first `length` bytes; does nothing when it is not longer. */
 void dstring_setLength(dstring *string, unsigned int length);
 
-/* Appends the `count` bytes at `bytes`, which must not lie in the string itself; or one byte. */
+/* Appends the `count` bytes at `bytes`, which must not lie in the string itself, or one byte. */
 void dstring_appendN(dstring *string, const char *bytes, unsigned int count);
 void dstring_appendChar(dstring *string, char byte);
 

@@ -7,8 +7,9 @@
  *
  * A host replaces both functions, together, by linking its own definitions.
  *
- * Threads: any.  A lock is the handle's, not the thread's: in the default service two handles of
- * one process exclude each other as those of two processes do.  In a replacement they need not.
+ * Threads: any.  A lock belongs to its handle, not to a thread: in the default service two handles
+ * of one process exclude each other as handles of two processes do.  In a replacement they need
+ * not.
  */
 #ifndef PLATFORM_LKF_H
 #define PLATFORM_LKF_H
@@ -24,24 +25,25 @@ extern "C" {
 #define LKF_EXCLUSIVE 2 /* excludes every other holder */
 
 /* Waits until the lock of the file `path` is granted in mode `mode` and returns a handle for
- * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).  Whoever comes to share
- * the lock waits while another waits to hold it alone.
+ * lkf_UnLockFile.  "~/" is the home directory of the service (platform/os.h).  A request for
+ * LKF_SHARED waits while another request for LKF_EXCLUSIVE is waiting.
  *
- * The file is made where there is none, for everybody to open whatever the file creation mask, and
- * never removed; its contents mean nothing.  It is a regular file and no symbolic link.  For
- * LKF_SHARED the right to read it is enough.  A process that could write nothing in ~/toupper gets the
- * lock of a file in the home without holding it, where that file cannot be opened or locked.  The
- * end of the process releases the lock, however it ends; a process that it has made does not hold
- * the lock, and the handle is void there.
+ * If the file does not exist, it is created so that every user may open it, whatever the file
+ * creation mask.  It is never removed, and its contents have no meaning.  It must be a regular
+ * file, not a symbolic link.  LKF_SHARED only needs the right to read it.  If a file in the home
+ * cannot be opened or locked, and the process cannot write to ~/toupper either, the call succeeds
+ * without a lock.  When the process ends, in whatever way, the lock is released.  A child process
+ * does not hold the lock, and the handle is invalid there.
  *
- * Raises an escape of class ER_CLASS_LIBRARY and then holds nothing: LKF_ESC_TIMEOUT when the lock
- * is not granted in time (30 seconds where a host says nothing else), OS_ESC_FILE when the file
- * cannot be opened or locked, when `mode` is neither of the two, and when the process holds more
- * locks than the service keeps count of (64).  The reason is logged, once until there is another. */
+ * Raises an escape of class ER_CLASS_LIBRARY and then holds nothing.  The code is LKF_ESC_TIMEOUT
+ * when the lock is not granted in time (30 seconds unless a host sets another time).  It is
+ * OS_ESC_FILE when the file cannot be opened or locked, when `mode` is neither of the two, and when
+ * the process holds more locks than the service can count (64).  The reason is logged, but not
+ * twice in a row. */
 int lkf_LockFile(int mode, const char *path);
 
-/* Releases the lock; the handle is void afterwards.  Does nothing for a void handle, nor to a
- * descriptor that took the place of the lock's own.  Raises nothing: it runs in handlers. */
+/* Releases the lock; the handle is invalid afterwards.  Does nothing for an invalid handle, nor to
+ * a descriptor that has replaced the lock's own.  Raises no escape, since handlers call it. */
 void lkf_UnLockFile(int handle);
 
 #pragma GCC visibility pop

@@ -14,8 +14,8 @@ using namespace libstr;
 namespace
 {
 
-// Gives what `fd` was opened for to the owner of `dir`, or to its group.  A file of several names may
-// have been put here by one who wants to have it.
+// Gives what `fd` was opened for to the owner of `dir`, or to its group.  A file of several names
+// may have been put here by one who wants to have it.
 bool Give(int fd, const struct stat &dir)
 {
     constexpr uid_t kSame = static_cast<uid_t>(-1);

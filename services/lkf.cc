@@ -3,8 +3,8 @@
 // Lock files.  The locks belong to open file descriptions, not to the process as older ones do,
 // which any close of the file anywhere in the process would release.
 //
-// A lock is a lock of the file's first byte.  The second byte is the turnstile: whoever waits to hold
-// the lock alone holds it, and whoever comes to share the lock waits until nobody does.
+// A lock is a lock of the file's first byte.  The second byte is the turnstile: whoever waits to
+// hold the lock alone holds it, and whoever comes to share the lock waits until nobody does.
 //
 // A child process inherits the descriptors, and with them the locks; it closes its copies at once.
 #include <platform/er.h>

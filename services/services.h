@@ -43,13 +43,13 @@ int32_t er_GetLastCode(void);
 /* ---- os_: the service home --------------------------------------------------------------- */
 
 /* Makes `dir` the service home of the process: the directory that "~/" stands for at the beginning
- * of a path.  The text is copied; null or an empty text goes back to the default, which is the first
- * of these that there is:
+ * of a path.  The text is copied; null or an empty text goes back to the default, which is the
+ * first of these that there is:
  *
  * - the environment variable STR_HOME, where it is not empty;
- * - the directory that lies from the file of these services (the shared library, or the program that
- *   they are linked into) as the installed home lies from the libraries (or the programs), where it
- *   exists: so an installed tree may be moved;
+ * - the directory that lies from the file of these services (the shared library, or the program
+ *   that they are linked into) as the installed home lies from the libraries (or the programs),
+ *   where it exists: so an installed tree may be moved;
  * - what the services were built with (STR_DEFAULT_HOME).
  *
  * A program that runs with the rights of another user takes the last.  Set the home before other

@@ -23,9 +23,9 @@ std::string ReadFile(const std::filesystem::path &file);
 std::filesystem::path CompiledFile(const std::filesystem::path &source,
                                    const std::filesystem::path &directory);
 
-// Compiles the source to the file `compiled`, with the permissions that the umask leaves.  A regular
-// file appears when it is complete, in place of an earlier one; to another, such as a device, it is
-// written.  Throws a FileError.
+// Compiles the source to the file `compiled`, with the permissions that the umask leaves.  A
+// regular file appears when it is complete, in place of an earlier one; to another, such as a
+// device, it is written.  Throws a FileError.
 void CompileTable(const std::filesystem::path &source, const std::filesystem::path &compiled);
 
 // Tells what stands in a compiled file, whatever it holds.  Returns false when something is odd.

@@ -23,9 +23,9 @@ class Converter
 
     bool IsOpen() const;
 
-    // Appends what all of `bytes` convert to, from the initial states of both codes and back to that
-    // of the output.  Returns how many bytes convert; if there are more, nothing is appended.  Needs
-    // an open converter.
+    // Appends what all of `bytes` convert to, from the initial states of both codes and back to
+    // that of the output.  Returns how many bytes convert; if there are more, nothing is appended.
+    // Needs an open converter.
     size_t Convert(std::string_view bytes, std::string &out);
 
   private:

@@ -65,8 +65,8 @@ void PutUs(std::string &pattern, char wildcard, const CSDescriptor &cs)
     });
 }
 
-// The pattern in the set, with US for the wildcard.  Of those that follow each other one is left, as
-// the library wants a byte for the second.
+// The pattern in the set, with US for the wildcard.  Of those that follow each other one is left,
+// as the library wants a byte for the second.
 std::string PatternOf(const MatchOptions &options)
 {
     const ccs_SetInfo set = FindSet(options.charset);

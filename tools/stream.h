@@ -16,7 +16,8 @@ struct OutputLost : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Writes the bytes to standard output, which is buffered.  Throws OutputLost once a write has failed.
+// Writes the bytes to standard output, which is buffered.  Throws OutputLost once a write has
+// failed.
 void Put(std::string_view bytes);
 
 // Writes what is still in the buffer.  Throws OutputLost once a write has failed.

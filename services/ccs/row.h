@@ -53,8 +53,9 @@ struct SetRow {
     uint16_t right = 0; // kind of its text in the right half
     // The characters of the left half that ASCII does not have there: they are of kind `number`.
     const char *differs = "";
-    // The set that, to its left, makes one text of both halves with it, and another that does.  With
-    // a marked set they make no text of one kind: they have the letters that its marks stand before.
+    // The set that, to its left, makes one text of both halves with it, and another that does.
+    // With a marked set they make no text of one kind: they have the letters that its marks stand
+    // before.
     uint16_t partner = 0;
     uint16_t partner2 = 0;
 

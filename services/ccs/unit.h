@@ -5,9 +5,9 @@
 // A unit is what must not be cut: a character with its marks and its single shift, an escape or
 // control sequence, a locking shift, or one byte that is none of these.
 //
-// Bad text is read as the standards' readers do.  Only the first byte of a malformed escape sequence
-// is a control function; what follows it is text.  A sequence that the end of the text cuts off is
-// ignored whole.  A byte that cannot be a character is raw.
+// Bad text is read as the standards' readers do.  Only the first byte of a malformed escape
+// sequence is a control function; what follows it is text.  A sequence that the end of the text
+// cuts off is ignored whole.  A byte that cannot be a character is raw.
 //
 // No function looks at more than `avail` bytes, nor at any byte after a NUL.
 #ifndef SERVICES_CCS_UNIT_H

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// UnitAt says what every byte means.  NextSegment repeats it over a run.  To be fast, it passes over
-// the bytes whose meaning cannot change within the run by their classes and, where they are plain
-// characters, in blocks.
+// UnitAt says what every byte means.  NextSegment repeats it over a run.  To be fast, it passes
+// over the bytes whose meaning cannot change within the run by their classes and, where they are
+// plain characters, in blocks.
 #include "services/ccs/walk.h"
 
 #include "base/blocks.h"
@@ -19,8 +19,8 @@ namespace
 // ---- Runs ----------------------------------------------------------------------------------
 //
 // A run has sets of byte classes:
-//     single       each byte is a unit
-//     leads        the byte begins a unit of two bytes, if the right byte follows: after a byte of the
+//     single       each byte is a unit leads        the byte begins a unit of two bytes, if the
+//     right byte follows: after a byte of the
 //                  left half another of that half, after one of the right half one of `rightTrails`
 //     foreign      the byte ends the run
 // For any other byte UnitAt decides.
