@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# combine.sh MAP strong|weak RESULT LINK... -- OBJECT...: links the objects into the one object
-# RESULT, in which the symbols that the version script MAP exports are global, or weak, and all
-# others are local. LINK is the compiler with the flags that choose the machine.
+# combine.sh MAP strong|weak RESULT LINK... -- OBJECT...: links the objects into one object, RESULT.
+# The symbols that the version script MAP exports are global in it, or weak; all others are local.
+# LINK is the compiler with the flags that choose the machine.
 #
 # COMDAT groups become plain sections: a local symbol in a group would be lost with the group when
-# the host has one of the same name. The linker must be the GNU one, which knows how.
+# the host has a group of the same name. Only the GNU linker can do this.
 set -euo pipefail
 map=$1 binding=$2 result=$3
 shift 3
@@ -17,7 +17,7 @@ while [[ $1 != -- ]]; do
 done
 shift
 
-# The patterns of a version script are those of objcopy.
+# objcopy understands the patterns of a version script.
 options=()
 while read -r pattern; do
     options+=(--keep-global-symbol="$pattern")

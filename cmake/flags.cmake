@@ -3,7 +3,7 @@
 #   str_headers        the include folders of the project
 #   str_warnings       the warnings that our own sources keep to
 #   str_runtime_flags  code that needs no C++ runtime and that escapes may jump over
-#   str_library_flags  the same, and nothing exported but what a header says
+#   str_library_flags  the same, and nothing exported except what a header declares
 include(CheckCXXCompilerFlag)
 
 add_library(str_headers INTERFACE)
@@ -16,7 +16,7 @@ target_compile_options(str_warnings INTERFACE
     -Wcast-align -Wformat=2 -Wundef -Wnull-dereference -Wdouble-promotion -Wimplicit-fallthrough
     $<$<BOOL:${STR_WERROR}>:-Werror>)
 
-# GCC 12 sees overlapping copies inside std::string where there are none.
+# GCC 12 wrongly reports overlapping copies inside std::string.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(str_warnings INTERFACE -Wno-restrict)
 endif()
@@ -29,14 +29,14 @@ endif()
 add_library(str_runtime_flags INTERFACE)
 target_compile_options(str_runtime_flags INTERFACE -fno-exceptions -fno-rtti)
 
-# Inter-procedural modification analysis drops stores that precede a call which does not return,
-# although the handler of the escape reads them.
+# Inter-procedural modification analysis drops stores before a call that does not return, although
+# the handler of the escape reads them.
 check_cxx_compiler_flag(-fno-ipa-modref STR_HAVE_NO_IPA_MODREF)
 if(STR_HAVE_NO_IPA_MODREF)
     target_compile_options(str_runtime_flags INTERFACE -fno-ipa-modref)
 endif()
 
-# Needs an optimising build, and would hide calls from the sanitizers.
+# Needs an optimising build, and hides calls from the sanitizers.
 if(NOT STR_SANITIZED AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(str_runtime_flags INTERFACE
         "SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2")
@@ -47,7 +47,7 @@ target_link_libraries(str_library_flags INTERFACE str_runtime_flags)
 target_compile_options(str_library_flags INTERFACE
     -fvisibility=hidden -fvisibility-inlines-hidden)
 
-# What makes statics of templates one for the process would keep them global in the archives.
+# Unique symbols, one for the process, would stay global in the archives.
 check_cxx_compiler_flag(-fno-gnu-unique STR_HAVE_NO_GNU_UNIQUE)
 if(STR_HAVE_NO_GNU_UNIQUE)
     target_compile_options(str_library_flags INTERFACE -fno-gnu-unique)

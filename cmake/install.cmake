@@ -3,8 +3,8 @@ install(TARGETS str str_shared strservices strservices_shared strtool)
 install(DIRECTORY include/str platform TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 install(FILES services/services.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/services)
 
-# The service home that the services fall back to: the case tables, compiled for those who may not
-# write there, and the lock that a reader wants to find.
+# The default service home: the case tables, compiled since not every user may write there, and the
+# lock file, which a reader needs.
 set(default_home ${CMAKE_INSTALL_DATADIR}/libstr)
 file(GLOB case_tables CONFIGURE_DEPENDS data/toupper/*.s)
 install(FILES data/toupper/README.md ${case_tables} DESTINATION ${default_home}/toupper)
@@ -27,7 +27,7 @@ else()
     install(FILES ${compiled_tables} DESTINATION ${default_home}/toupper)
 endif()
 
-# The prefix is given from where the file stands, so that an installed tree may be moved.
+# The prefix is relative to the file, so that an installed tree may be moved.
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" pkgconfig_to_prefix "${pkgconfig_to_prefix}")

@@ -1,15 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
 # str_library(<name> [WEAK] MAP <file> SOURCES <file>...)
 #
-# Compiles the sources once and makes of them lib<name>.a (target <name>) and lib<name>.so (target
-# <name>_shared), which both export what the version script MAP lists and nothing else; with WEAK,
-# the archive's symbols give way to those of the host. The shared one is linked as C and depends on
-# what it uses alone, so that the C++ runtime, which it does not use, is no dependency. Services
-# that the library calls stay undefined until the host is linked.
+# Compiles the sources once and makes lib<name>.a (target <name>) and lib<name>.so (target
+# <name>_shared) of them. Both export only what the version script MAP lists; with WEAK, the symbols
+# of the archive give way to those of the host. The shared library is linked as C and depends only on
+# what it uses, so it does not depend on the C++ runtime. Services that the library calls stay
+# undefined until the host is linked.
 #
-# The objects are never left to the optimiser of the linker, whatever the build asks for: it would
-# make weak symbols strong, inline one service into another though a host may replace either, and
-# look into protected regions, which escapes leave by a jump.
+# Link-time optimisation is always off: it would make weak symbols strong, inline one service into
+# another although a host may replace either, and analyse protected regions, which escapes leave by
+# a jump.
 function(str_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "WEAK" "MAP" "SOURCES")
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Conversion from one character set to another.  iconv, as GLib wraps it, knows the codes; UTF-8 is
-// what every text passes through, since that is what GLib upper-cases.  Converters stay open and
-// buffers stay: opening and allocating takes longer than converting a short text.
+// Conversion from one character set to another, by GLib's iconv.  Every text passes through UTF-8,
+// since that is what GLib upper-cases.  Converters stay open and buffers stay allocated: opening
+// and allocating takes longer than converting a short text.  So the loop around g_iconv is our own:
+// g_convert_with_iconv would allocate each result.
 #include <platform/cvc.h>
 
 #include <platform/er.h>
@@ -34,7 +35,7 @@ struct Buffer {
     size_t capacity;
 };
 
-// The names are constant texts, told apart by their addresses.
+// The names are constant texts; equal names have equal addresses.
 struct Converter {
     const char *from;
     const char *to;
@@ -46,7 +47,7 @@ struct Workspace {
     Converter encoder; // from UTF-8
     Buffer decoded;
     Buffer result;
-    gchar *upper; // until it is encoded, or the next conversion when an escape came between
+    gchar *upper; // released when it is encoded, or after an escape by the next conversion
 };
 
 void Close(Converter *converter)
@@ -96,7 +97,7 @@ struct Set {
 
 constexpr char kUtf8[] = "UTF-8";
 constexpr char kUtf7[] = "UTF-7";
-constexpr char kUtf16[] = "UTF-16BE"; // the two-byte set, and what lies beyond it in pairs
+constexpr char kUtf16[] = "UTF-16BE"; // the two-byte set, and pairs for characters beyond it
 
 constexpr Set kUniversal[] = {
     {"UCS2", kUtf16, false},  {"UCS2,7", kUtf7, false},  {"UCS2,8", kUtf8, false},
@@ -144,7 +145,7 @@ void MakeRoom(Buffer *buffer, size_t more)
     buffer->capacity = capacity;
 }
 
-// Readies the converter for a new text; false when iconv does not know the codes.
+// Prepares the converter for a new text; false when iconv does not know the codes.
 bool Open(Converter *converter, const char *from, const char *to)
 {
     if (converter->from == from && converter->to == to && converter->open != nullptr) {
@@ -162,7 +163,7 @@ bool Open(Converter *converter, const char *from, const char *to)
     return true;
 }
 
-// Appends what the bytes become; for null, what ends the text.  False when they are malformed.
+// Appends what the bytes convert to; for null, what ends the text.  False when they are malformed.
 bool Append(Buffer *out, const Converter &converter, const char *in, size_t left)
 {
     constexpr size_t kSpare = 16; // more than any character or ending takes
@@ -184,7 +185,7 @@ bool Append(Buffer *out, const Converter &converter, const char *in, size_t left
 
 bool IsBase64(char byte) { return g_ascii_isalnum(byte) || byte == '+' || byte == '/'; }
 
-// Whether a plus sign of UTF-7 text neither begins anything coded nor stands for itself.
+// Whether the UTF-7 text has a plus sign that neither begins coded text nor is followed by a minus.
 bool HasEmptyRun(Bytes in)
 {
     bool coded = false;
@@ -198,8 +199,8 @@ bool HasEmptyRun(Bytes in)
     return false;
 }
 
-// iconv passes over such a plus sign.  Nor does it object to a character that the end of the text
-// cuts off, but to what then comes behind it: a line feed, which is taken away again.
+// iconv ignores such a plus sign, and a character that the end of the text cuts off.  It does
+// object to a line feed after such a character, so one is appended and removed again.
 bool EndUtf7(Workspace *workspace, Bytes in)
 {
     if (HasEmptyRun(in) || !Append(&workspace->decoded, workspace->decoder, "\n", 1))
@@ -235,11 +236,11 @@ bool FromUtf8(Workspace *workspace, const Set &target, Bytes text)
            Append(result, workspace->encoder, nullptr, 0);
 }
 
-// Leaves the converted text in the workspace; false when there is none.
+// Leaves the converted text in the workspace; false when the text cannot be converted.
 bool Convert(Workspace *workspace, const Set &source, const Set &target, Bytes in)
 {
     Bytes text = ToUtf8(workspace, source, in);
-    // Not all that iconv lets through is a character; and a NUL among them would end the text.
+    // iconv lets through bytes that are not a character, and a NUL, which would end the text.
     const auto length = static_cast<gssize>(text.length);
     if (text.text == nullptr || g_utf8_validate(text.text, length, nullptr) == FALSE)
         return false;

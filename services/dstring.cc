@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Strings that grow: to twice their room at least, so that appending costs the same on average
-// however long the string is.
+// Strings that grow to at least twice their room, so that the average cost of appending does not
+// depend on the length.
 #include <platform/dstring.h>
 
 #include <platform/er.h>

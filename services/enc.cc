@@ -15,7 +15,7 @@ namespace
 
 constexpr char kSource[] = "services/enc";
 
-// The thread's decoded bytes.  A GPrivate would end the process where its key cannot be had.
+// The thread's decoded bytes.  Not a GPrivate: it ends the process when it cannot create its key.
 pthread_once_t theStart = PTHREAD_ONCE_INIT;
 pthread_key_t theBytes;
 bool theKeyIsMade;
@@ -26,7 +26,7 @@ unsigned char *RoomFor(size_t size)
     if (!theKeyIsMade)
         er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
     void *const bytes = os_realloc(pthread_getspecific(theBytes), size);
-    if (pthread_setspecific(theBytes, bytes) != 0) { // the thread's first bytes alone
+    if (pthread_setspecific(theBytes, bytes) != 0) { // only for the thread's first bytes
         os_free(bytes);
         er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
     }
@@ -35,7 +35,7 @@ unsigned char *RoomFor(size_t size)
 
 constexpr int kMalformed = -1;
 
-// The value of exactly `count` digits of that base at `text`, where it is a byte's.
+// The value of exactly `count` digits of that base at `text`, if it fits in a byte.
 int ByteOfDigits(const char *text, int count, int base)
 {
     int value = 0;
@@ -66,7 +66,7 @@ extern "C" {
 
 const unsigned char *enc_ConvertLongEncodedStr(const char *text, int, int *length)
 {
-    unsigned char *const bytes = RoomFor(std::strlen(text)); // none takes less than a character
+    unsigned char *const bytes = RoomFor(std::strlen(text)); // a byte takes a character or more
     int count = 0;
     for (int used; *text != '\0'; text += used) {
         const int byte = ByteAt(text, &used);

@@ -35,14 +35,14 @@ er_LogSink theLogSink;
 
 struct Message {
     int32_t code;
-    const char *text; // %s and %d stand for its arguments
+    const char *text; // with %s and %d in place of its arguments
 };
 
 constexpr Message kCatalogue[] = {
     {STR_LOG_NO_TABLE, "case table %s could not be read"},
     {STR_ESC_NAME_TOO_LONG, "the name of the character set is longer than 39 characters"},
     {STR_ESC_ENDS_TOO_EARLY, "the compiled case table ends too early"},
-    {STR_ESC_NOT_A_CASE_TABLE, "this is no compiled case table of this version"},
+    {STR_ESC_NOT_A_CASE_TABLE, "this is not a compiled case table of this version"},
     {STR_LOG_NOT_COMPILED, "case table source %s could not be compiled: line %d"},
     {STR_ESC_NOT_TOUPPER, "the first word of a case table source must be TOUPPER"},
     {STR_ESC_NOT_CHARSET, "the second word of a case table source must be CHARSET"},
@@ -51,7 +51,7 @@ constexpr Message kCatalogue[] = {
     {STR_ESC_NO_RIGHT_SIDE, "the rule has no right side"},
     {STR_ESC_LEFT_TOO_LONG, "the left side of the rule is too long"},
     {STR_ESC_RIGHT_TOO_LONG, "the right side of the rule is too long"},
-    {STR_ESC_NO_HEADER, "the case table source holds no header"},
+    {STR_ESC_NO_HEADER, "the case table source has no header"},
     {STR_ESC_NOT_GIVEN, "the compiled case table could not be given to the service account"},
     {STR_ESC_NO_OPERATOR, "the rule has no operator"},
     {STR_LOG_GIVEN_UP, "an operation on a text was given up"},
@@ -59,7 +59,7 @@ constexpr Message kCatalogue[] = {
     {OS_ESC_MEMORY, "out of memory"},
     {OS_ESC_FILE, "a file or directory could not be opened, read, written or locked"},
     {ENC_ESC_MALFORMED, "malformed notation of bytes"},
-    {LKF_ESC_TIMEOUT, "others hold a lock file for too long"},
+    {LKF_ESC_TIMEOUT, "the lock was not granted in time"},
 };
 constexpr char kUnknownCode[] = "no message for this code";
 
@@ -88,7 +88,7 @@ void Put(Line *line, const char *bytes, size_t count)
     line->text[line->length] = '\0';
 }
 
-// As much of a text as leaves room for the rest of the message, above all for a number in it.
+// Puts as much of a text as leaves room for the rest of the message, and for a number in it.
 void PutText(Line *line, const char *text, const char *rest)
 {
     constexpr size_t kDigits = 9; // of a number, beyond the two bytes of %d
@@ -120,7 +120,7 @@ void PutMessage(Line *line, const char *text, va_list arguments)
     }
 }
 
-// Whether the default sink has said this before, and it stays said.
+// Whether the default sink has written this before.  Notes it for the next time.
 bool WasSaid(const char *text)
 {
     static std::atomic<uint32_t> said[256]; // by their hashes, 0 for a free place
@@ -130,10 +130,10 @@ bool WasSaid(const char *text)
         if (place.compare_exchange_strong(there, hash) || there == hash)
             return there == hash;
     }
-    return true; // so much that nobody reads more
+    return true; // enough
 }
 
-// Why a set has no table, which each use of it finds out again.
+// Whether the line says why a set has no table.  Each use of the set finds that out again.
 bool IsReason(int32_t code)
 {
     return theStatus.live != 0 && (code == 0 || code == STR_LOG_NOT_COMPILED);
@@ -170,7 +170,7 @@ void TracePlace(const char *what, const char *sourceFile, int line)
     er_RealLogProc(ER_TRACE_CALL, text, -1);
 }
 
-// An escape is about to travel: ends the process where it has nowhere to go.
+// Ends the process when there is no environment for the escape to jump to.
 void RequireEnvironment(const char *sourceFile, int line)
 {
     if (theEnvironment != nullptr)
@@ -262,7 +262,7 @@ void er_LogMsg(int, int, int code, ...)
     Log(code, line.text.data());
 }
 
-// The caller says what it passes, so even a code without a text shows its arguments.
+// The caller gives the types, so even a code without a text shows its arguments.
 void er_EnhLogMsg(int, int, int code, const char *types, ...)
 {
     Line line{{}, 0};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The service account: whoever owns the service home.
+// The service account: the owner of the service home.
 #include <platform/ext.h>
 
 #include "services/home.h"
@@ -14,8 +14,8 @@ using namespace libstr;
 namespace
 {
 
-// Gives what `fd` was opened for to the owner of `dir`, or to its group.  A file of several names
-// may have been put here by one who wants to have it.
+// Gives the file of `fd` to the owner of `dir`, or to its group.  Not a file with several names: a
+// user may have linked it here so that it is given to him.
 bool Give(int fd, const struct stat &dir)
 {
     constexpr uid_t kSame = static_cast<uid_t>(-1);

@@ -19,7 +19,7 @@ namespace libstr::home
 // Whether a path lies in the home.
 inline bool Has(const char *path) { return path[0] == '~' && path[1] == '/'; }
 
-// The path with the home in place of "~"; `room` holds it where it is not `path` itself.  Null, and
+// The path with the home in place of "~": `path` itself, or a text in `room`.  Null, and
 // ENAMETOOLONG in errno, when it is too long.
 inline const char *Resolve(const char *path, char (&room)[PATH_MAX])
 {
@@ -42,8 +42,8 @@ inline int Open(const char *resolved, int flags, mode_t mode = 0)
     return fd;
 }
 
-// A descriptor of a regular file; what is none is closed: -1, and EINVAL in errno.  A pipe would be
-// waited for, and to use a device may do anything.
+// Returns `fd` if it is -1 or opened for a regular file.  Otherwise closes it and returns -1, and
+// EINVAL in errno: a pipe would block, and using a device may do anything.
 inline int Regular(int fd)
 {
     struct stat file;

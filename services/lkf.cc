@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Lock files.  The locks belong to open file descriptions, not to the process as older ones do,
-// which any close of the file anywhere in the process would release.
+// Lock files.  The locks belong to open file descriptions.  Older locks belong to the process,
+// where any close of the file would release them.
 //
 // A lock is a lock of the file's first byte.  The second byte is the turnstile: whoever waits to
 // hold the lock alone holds it, and whoever comes to share the lock waits until nobody does.
@@ -36,18 +36,18 @@ constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY; // to open one that i
 enum : off_t { kLock, kTurnstile }; // bytes of the file
 
 struct Lock {
-    int handle; // 0 where there is none
+    int handle; // 0: not held
     int fd;
     dev_t dev; // the file that `fd` was opened for
     ino_t ino;
 };
 
-constexpr int kNoLock = INT_MAX; // the handle of those who need none
+constexpr int kNoLock = INT_MAX; // the handle of a process that needs no lock
 
 int thePatience = 30000; // milliseconds
-int theLastReason;       // why a lock could not be had: an escape's code or errno
+int theLastReason;       // why a lock was refused: an escape's code or errno
 
-// The locks held and waited for.  A handle is never given twice, so that a void one finds none.
+// The locks held and waited for.  Handles are not reused, so that an invalid one finds nothing.
 pthread_mutex_t theMutex = PTHREAD_MUTEX_INITIALIZER;
 Lock theLocks[64];
 int theLastHandle;
@@ -88,15 +88,15 @@ bool IsFileOf(const Lock &lock, const struct stat &file)
     return file.st_dev == lock.dev && file.st_ino == lock.ino;
 }
 
-// Whether the descriptor is still the lock's, and not closed by somebody and given away.  One that
-// cannot be asked is: it would be held for good otherwise.
+// Whether the descriptor is still the lock's: other code may have closed it and opened it for
+// another file.  If that cannot be found out, it is the lock's; otherwise it would never be closed.
 bool OwnsDescriptor(const Lock &lock)
 {
     struct stat file;
     return fstat(lock.fd, &file) == 0 ? IsFileOf(lock, file) : errno != EBADF;
 }
 
-// The entry of a handle, or with 0 a free one; null when there is none.
+// The entry of a handle, or for 0 a free one; null when there is none.
 Lock *Find(int handle)
 {
     for (Lock &lock : theLocks)
@@ -105,7 +105,7 @@ Lock *Find(int handle)
     return nullptr;
 }
 
-// A descriptor that is given anew was closed behind its lock's back.
+// Drops the entry of a descriptor that has just been opened: other code must have closed it before.
 void Forget(int fd)
 {
     for (Lock &lock : theLocks)
@@ -132,8 +132,8 @@ bool WatchForks()
 
 // ---- One lock ------------------------------------------------------------------------------
 
-// Makes the file.  Everybody may open it whatever the creation mask, from the first moment: whoever
-// makes it may be killed in the next.
+// Creates the file.  Everybody may open it from the first moment, whatever the creation mask: its
+// creator may be killed in the next.
 int Create(const char *path)
 {
     const mode_t mask = umask(0);
@@ -158,8 +158,8 @@ int OpenOrCreate(const char *path, int mode)
     return -1;
 }
 
-// Opens the file and enters it in the table, which no fork comes between.  An entry without a
-// handle when it cannot.
+// Opens the file and enters it in the table, with no fork in between.  Returns a lock without a
+// handle when that fails.
 Lock Begin(const char *path, int mode)
 {
     Lock lock{};
@@ -207,7 +207,7 @@ bool IsTurnstileFree(int fd)
     return range.l_type == F_UNLCK;
 }
 
-// One try; false, and errno, when it fails.  What it got on the way stays for the next one.
+// One try; false, and errno, when it fails.  It may keep the turnstile for the next try.
 bool Try(int fd, int mode)
 {
     if (mode == LKF_SHARED)
@@ -221,7 +221,7 @@ void End(int handle)
     Lock *const lock = handle > 0 ? Find(handle) : nullptr;
     if (lock != nullptr) {
         if (OwnsDescriptor(*lock)) {
-            Set(lock->fd, F_UNLCK, kLock); // a copy of the descriptor may live on elsewhere
+            Set(lock->fd, F_UNLCK, kLock); // a child process may still have the descriptor
             Set(lock->fd, F_UNLCK, kTurnstile);
             close(lock->fd);
         }
@@ -230,7 +230,7 @@ void End(int handle)
     Leave();
 }
 
-// Waits for the lock; answers 0 or the code of the escape.
+// Waits for the lock; returns 0 or the code of the escape.
 int Acquire(const Lock &lock, int mode, int64_t deadline)
 {
     for (int64_t pause = kMillisecond; !Try(lock.fd, mode);
@@ -245,15 +245,15 @@ int Acquire(const Lock &lock, int mode, int64_t deadline)
     return 0;
 }
 
-// Whether the path still leads to the file that was opened: a lock on another excludes nobody.
+// Whether the path still leads to the file that was opened: a lock on any other excludes nobody.
 bool IsInPlace(const Lock &lock, const char *path)
 {
     struct stat file;
     return lstat(path, &file) == 0 ? IsFileOf(lock, file) : errno != ENOENT;
 }
 
-// Waits for the lock; one without a handle, and the code of the escape in `code`, when it cannot be
-// had.
+// Waits for the lock.  If that fails, returns a lock without a handle, and the code of the escape
+// in `code`.
 Lock BeginAndAcquire(const char *path, int mode, int *code)
 {
     const int64_t deadline = Deadline();
@@ -283,7 +283,7 @@ bool CanOnlyRead(const char *path)
            (tables == nullptr || faccessat(AT_FDCWD, tables, W_OK | X_OK, AT_EACCESS) != 0);
 }
 
-// Whoever has no lock tries again at each use: a reason is logged once, until there is another.
+// A lock is tried for again at each use, so a reason is logged only when it differs from the last.
 void LogReason(const char *path, int code, int error)
 {
     const int reason = code == OS_ESC_FILE ? error : code;

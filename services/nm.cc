@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// O/R names, in the slash form and in the semicolon form.  A value is found where it stands in the
-// text and handed out from there, so the notation has no escapes: nothing is ever rewritten.
+// O/R names, in the slash form and in the semicolon form.  A value is returned as a part of the
+// text, so the notation has no escapes: nothing is ever rewritten.
 #include <platform/nm.h>
 
 #include <glib.h>
@@ -28,7 +28,7 @@ constexpr Keyword kKeywords[] = {
     {"DDT3", 19}, {"DDV3", 20},  {"DDT4", 21}, {"DDV4", 22},
 };
 
-// Attributes of which a name may have four: numbers from `first` on, so many for each.
+// Attributes of which a name may have four: `width` numbers for each, from `first` on.
 struct Series {
     int first;
     int width;
@@ -58,7 +58,7 @@ Bytes Trimmed(Bytes bytes)
     return bytes;
 }
 
-// Takes `prefix` off, whatever the case of its letters.
+// Removes `prefix`, whatever the case of its letters; false if it is not there.
 bool TakePrefix(Bytes *bytes, const char *prefix)
 {
     const size_t length = std::strlen(prefix);
@@ -102,11 +102,11 @@ bool IsT61Form(Bytes bytes) { return SwitchesSets(bytes) || !IsSevenBit(bytes); 
 struct Reader {
     const char *at;
     char separator;
-    bool shifted; // by SO or its like: the low bytes are not those of G0
-    bool foreign; // G0 is not ASCII, nor like it
+    bool shifted; // by SO or another locking shift: the low bytes are not those of G0
+    bool foreign; // G0 is neither ASCII nor like it
 };
 
-// Whether the byte here is `byte` itself, and not a part of a character of another set.
+// Whether the next byte is `byte` itself, and not part of a character of another set.
 bool IsAt(const Reader &reader, char byte)
 {
     return *reader.at == byte && !reader.shifted && !reader.foreign;
@@ -114,7 +114,7 @@ bool IsAt(const Reader &reader, char byte)
 
 bool IsAtEnd(const Reader &reader) { return *reader.at == '\0' || IsAt(reader, reader.separator); }
 
-// Follows the escape sequence behind an ESC.
+// Follows the escape sequence after an ESC.
 void StepOverEscape(Reader *reader)
 {
     const char *const begin = reader->at;
@@ -148,7 +148,7 @@ void SkipSpace(Reader *reader)
         ++reader->at;
 }
 
-// The bytes before the next `stop`, and before the end of the attribute in any case.
+// The bytes up to the next `stop` or the end of the attribute.
 Bytes ReadUpTo(Reader *reader, char stop)
 {
     const char *const begin = reader->at;
@@ -157,7 +157,7 @@ Bytes ReadUpTo(Reader *reader, char stop)
     return Trimmed({begin, reader->at});
 }
 
-// A value, in quotes or not; false when it does not end as it should.
+// A value, in quotes or not; false when its quotes are malformed.
 bool ReadValue(Reader *reader, Bytes *value)
 {
     SkipSpace(reader);
@@ -180,7 +180,7 @@ bool ReadValue(Reader *reader, Bytes *value)
 
 bool Has(const nm_ORName *parsed, int field) { return parsed->field[field].offset >= 0; }
 
-// The first number of the next of a series: the first that has nothing in either form.
+// The first number of the next of a series, of which the name has neither form yet.
 int NextOf(Series series, const nm_ORName *parsed)
 {
     for (int i = 0; i < kMost; ++i) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The operating-system wrappers: what would fail unseen is an escape.
+// The operating-system wrappers: a failure that callers do not check is an escape.
 #include <platform/er.h>
 #include <platform/mdc.h>
 #include <platform/os.h>
@@ -30,7 +30,7 @@ constexpr char kSource[] = "services/os";
 // What os_SetHome was given; empty for the default.
 char theHome[PATH_MAX];
 
-// The stream whose loss an escape has told this thread of: its next os_fclose tells no more.
+// The stream for which this thread has raised an escape: its next os_fclose raises no other.
 thread_local FILE *theLostStream;
 
 void *OrEscape(void *block, int line = __builtin_LINE())
@@ -45,17 +45,17 @@ void *OrEscape(void *block, int line = __builtin_LINE())
     er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_FILE, kSource, line);
 }
 
-// A size of 0 is a block too.
+// A block of size 0 is not null either.
 size_t AtLeastOne(size_t size) { return size == 0 ? 1 : size; }
 
-// ---- The home that is found ----------------------------------------------------------------
+// ---- The installed home --------------------------------------------------------------------
 
-// Beside the services; empty where there is none.
+// Empty where there is none.
 char theInstalledHome[PATH_MAX];
 pthread_once_t theSearch = PTHREAD_ONCE_INIT;
 
-// The file that this code was loaded from, as an absolute path: a shared library, or a program.
-// False where it is not known.
+// The file that this code was loaded from, a shared library or a program, as an absolute path.
+// Returns false when it is unknown.
 bool FindOwnFile(char (&path)[PATH_MAX])
 {
     FILE *const maps = std::fopen("/proc/self/maps", "re");
@@ -83,8 +83,9 @@ bool IsThisProgram(const char *path)
            std::strcmp(path, program) == 0;
 }
 
-// As the home lies from where libraries are installed, or programs.  Who runs with the rights of
-// another user may have linked the file to a directory of his own.
+// Finds the home by the relative path that installed libraries or programs have to it.  Not in a
+// program with the rights of another user: its caller may have linked it into a directory of his
+// own.
 void FindInstalledHome()
 {
     char path[PATH_MAX], home[2 * PATH_MAX];
@@ -99,9 +100,9 @@ void FindInstalledHome()
 
 // ---- Opening --------------------------------------------------------------------------------
 
-constexpr int kMostTries = 100; // to make a file where others make one too
+constexpr int kMostTries = 100; // to create a file that others create too
 
-// Makes a new file in place of whatever has its name.
+// Creates a new file in place of whatever has its name.
 int Replace(const char *resolved, int flags, mode_t mode)
 {
     for (int tries = 0; tries < kMostTries; ++tries) {
@@ -112,8 +113,8 @@ int Replace(const char *resolved, int flags, mode_t mode)
     return -1;
 }
 
-// Others work in the home too.  What is written there follows none of their links; what is read is
-// a file.
+// Others work in the home too.  Writing follows no link of theirs; reading opens only regular
+// files.
 int OpenInHome(const char *resolved, int flags, mode_t mode)
 {
     if ((flags & (O_CREAT | O_TRUNC | O_EXCL)) == (O_CREAT | O_TRUNC))
@@ -147,7 +148,7 @@ FILE *Opened(FILE *stream)
     return stream;
 }
 
-// The next byte; EOF at the end alone.
+// The next byte; EOF only at the end.
 int NextByte(FILE *stream)
 {
     for (;;) {
@@ -160,7 +161,7 @@ int NextByte(FILE *stream)
     }
 }
 
-// Not every file can be put on a disk: pipes, devices, read-only file systems.
+// Pipes, devices and read-only file systems cannot be synchronised.
 bool HasNoDisk(int error) { return error == EINVAL || error == ENOTSUP || error == EROFS; }
 
 bool Sync(int fd)
@@ -172,7 +173,7 @@ bool Sync(int fd)
     return result == 0 || HasNoDisk(errno);
 }
 
-// Whether everything written to the stream is where it belongs.
+// Whether everything written to the stream is on the disk.
 bool IsStored(FILE *stream)
 {
     if (__fwritable(stream) == 0)
@@ -181,7 +182,7 @@ bool IsStored(FILE *stream)
     return !hasFailed && std::fflush(stream) == 0 && Sync(fileno(stream));
 }
 
-// Gives up what the stream still holds, so that it can be closed.
+// Drops what the stream still holds, so that it can be closed.
 [[noreturn]] void EscapeLost(FILE *stream, int line = __builtin_LINE())
 {
     __fpurge(stream);

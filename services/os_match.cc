@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The matcher of single-set text, apart from the other operating-system wrappers: a host replaces
-// it alone.
+// The matcher of single-set text, in a source of its own: a host may replace only this function.
 #include <platform/os.h>
 
 #include "base/wildcard.h"

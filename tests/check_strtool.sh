@@ -65,7 +65,7 @@ row 0 '' width
 input='ab\n\nlong\\e\r'
 row 0 $'2\n0\n7' width
 input='ab\0cd\nx'
-row 1 $'strtool: line 1: byte 3 is NUL, which no text can hold\n1' width --charset ia5
+row 1 $'strtool: line 1: byte 3 is NUL, which a text cannot have\n1' width --charset ia5
 input=
 
 # ---- inspect: text, escapes and raw bytes, what can be decoded
@@ -154,7 +154,7 @@ row 0 'abc -7 0.50 |ffff|99 100%%' printf -- '%2$s %1$d %4$.2f |%3$hx|%5$ld 100%
 row 0 '件名: 会議 (3)' printf "${jp[@]}" --utf8-in --utf8-out '件名: %s (%d)' 会議 3
 row 0 $'[\e$B$"\e(B]' printf "${jp[@]}" '[%s]' '\e$B$"'
 row 0 '[1,2]  4294967295' printf '%s%*u' '[1,2]' 12 4294967295
-like 1 '%b$d?strtool: *as it stands' printf '%b$d'
+like 1 '%b$d?strtool: *printed as it is' printf '%b$d'
 for bad in '' x 1x 2147483648000 ' '; do like 2 "strtool: '$bad' is not *" printf %d "$bad"; done
 like 2 'strtool: * takes 2 arguments, and 1 are given*' printf '%d%s' 1
 like 2 'strtool: * takes 0 arguments, and 1 are given*' printf '%p %d' 1
@@ -183,7 +183,7 @@ row 0 'É ß' upper --charset iso-8859-1 --utf8-in --utf8-out 'é ß'
     fail 'upper: a table is looked up more than once'
 mv "$home"/{b,a}
 STR_HOME=$home/none
-row 1 $'STRASSE É\nstrtool: text 2: this is no well-formed UTF-8' upper 'straße é' '\xE9'
+row 1 $'STRASSE É\nstrtool: text 2: this is not well-formed UTF-8' upper 'straße é' '\xE9'
 like 1 $'strtool: text 1: *JIS X 0208*'"$home/none"$'*init-home*STR_HOME*' \
     upper --charset 'JIS X 0208' '#a'
 
@@ -241,13 +241,13 @@ row 0 '1.b: 445 bytes
     pairs that stay as they are: 1' casetable dump 1.b
 dumped=$shown
 row 1 "strtool: $long/2.s:3: the rule has no operator
-strtool: 3.s:1: the case table source holds no header
+strtool: 3.s:1: the case table source has no header
 strtool: 5.s:2: there is a NUL in the line" casetable compile -d a 1.s "$long/2.s" 3.s 5.s
 row 0 "a/$dumped" casetable dump a/1.b
 head -c 444 1.b >cut.b
 { head -c 8 1.b; printf '\1'; tail -c +10 1.b | tr b c; echo; } >odd.b
 row 1 'strtool: cut.b: the compiled case table ends too early
-strtool: odd.b: this is no compiled case table of this version
+strtool: odd.b: this is not a compiled case table of this version
 strtool: Failed to open file “4.b”: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.b
 like 1 $'*\n  odd: cut short: the trails of b, 5 of 6 bytes' casetable dump cut.b
 like 1 '*
@@ -255,7 +255,7 @@ like 1 '*
   odd: *b*c*' casetable dump odd.b
 { head -c 144 1.b; printf '\377\377\377\177\126\125\125\125'; tail -c +153 1.b; } >many.b
 like 1 '*cut short: the expansions, * of 4294967298 bytes*' casetable dump many.b
-like 1 $'2.s: *\n  odd: no compiled case table*' casetable dump 2.s
+like 1 $'2.s: *\n  odd: this is not a compiled case table*' casetable dump 2.s
 like 1 'strtool: 1.s/1.b: *' casetable compile 1.s -o 1.s/1.b
 like 2 'strtool: *' casetable compile 1.s 2.s -o 1.b
 [[ -z $(find . -name '.casetable*') ]] || fail 'casetable: temporary files are left'

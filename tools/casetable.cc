@@ -45,7 +45,7 @@ std::string Words(GError *error)
 
 // ---- Writing -------------------------------------------------------------------------------
 
-// Writes to whatever is there: a device, a pipe, what a link leads to.
+// Writes to a file of any sort, such as a device or a pipe.
 void WriteInto(const fs::path &file, const std::string &bytes)
 {
     std::FILE *const stream = std::fopen(file.c_str(), "we");
@@ -58,10 +58,10 @@ void WriteInto(const fs::path &file, const std::string &bytes)
         Fail(file, std::strerror(errno));
 }
 
-// Makes a regular file, which appears when it is complete, in place of an earlier one.
+// Creates a regular file, which appears when it is complete, in place of an earlier one.
 void Replace(const fs::path &file, const std::string &bytes)
 {
-    constexpr int kMode = 0666; // less what the umask takes
+    constexpr int kMode = 0666; // less the umask
     GError *error = nullptr;
     if (g_file_set_contents_full(file.c_str(), bytes.data(), static_cast<gssize>(bytes.size()),
                                  G_FILE_SET_CONTENTS_CONSISTENT, kMode, &error) == FALSE)
@@ -79,9 +79,9 @@ void WriteFile(const fs::path &file, const std::string &bytes)
         WriteInto(file, bytes);
 }
 
-// ---- What the library says -----------------------------------------------------------------
+// ---- Messages of the library ---------------------------------------------------------------
 
-// The line that its message about a source ends with; 0 while there is none.
+// The line number at the end of its message about a source; 0 if there was no such message.
 int theFailedLine;
 
 void TakeLog(int code, const char *text)
@@ -95,7 +95,7 @@ void TakeLog(int code, const char *text)
     std::from_chars(digits, end, theFailedLine);
 }
 
-// Calls the library, which logs to us in the meantime.  Returns what the call returns.
+// Calls the library with its log going to TakeLog.  Returns what the call returns.
 int Listening(const std::function<int()> &call)
 {
     theFailedLine = 0;
@@ -134,8 +134,8 @@ int LineOfPiece(std::string_view source, int piece)
 
 // ---- Files that the library reads and writes -----------------------------------------------
 
-// A service home of this process's group, with a copy of a file: the library reads any file there,
-// a pipe too, under a name that is short enough for its messages, and may write there.
+// A temporary service home with a copy of a file.  So the library can read any file, even a pipe,
+// under a name that is short enough for its messages, and may write compiled files.
 class Workplace
 {
   public:
@@ -154,7 +154,7 @@ class Workplace
 
     std::string Compiled() const
     {
-        if (!fs::exists(home / "compiled")) // the library does not say so
+        if (!fs::exists(home / "compiled")) // the library does not report this
             Fail(home, er_GetCodeText(er_GetLastCode()));
         return ReadFile(home / "compiled");
     }
@@ -168,7 +168,8 @@ class Workplace
             throw FileError(Words(error));
         home = made;
         g_free(made);
-        // The directory around it may have passed its own group on.
+        // The library only writes where the group is ours; the parent directory may have given its
+        // own.
         [[maybe_unused]] const int given = chown(home.c_str(), static_cast<uid_t>(-1), getegid());
         std::error_code ignored;
         fs::create_directory(home / "toupper", ignored);
@@ -180,7 +181,7 @@ class Workplace
 
 // ---- Compiling and checking ----------------------------------------------------------------
 
-// The library would drop what follows a NUL in its line.
+// The library ignores what follows a NUL in a line.
 void RefuseNulIn(const fs::path &file, std::string_view source)
 {
     const std::string_view before = source.substr(0, source.find('\0'));
@@ -189,7 +190,7 @@ void RefuseNulIn(const fs::path &file, std::string_view source)
                    "there is a NUL in the line");
 }
 
-// What the source compiles to.
+// The bytes that the source compiles to.
 std::string CompileSource(const fs::path &file, const std::string &source)
 {
     RefuseNulIn(file, source);
@@ -228,7 +229,7 @@ bool Check(const fs::path &file)
     return true;
 }
 
-// Does it to each file; returns the exit code.
+// Calls `act` for each file; returns the exit code.
 int ForEachFile(const std::vector<std::string> &files,
                 const std::function<bool(const fs::path &)> &act)
 {
@@ -278,7 +279,7 @@ void AddCompile(CLI::App &family, int &status)
     verb->callback([options, &status] { status = Compile(*options); });
 }
 
-// Declares a verb that does the same to each file.
+// Declares a verb that calls `act` for each file.
 void AddFileVerb(CLI::App &family, const char *name, const char *description, const char *files,
                  bool (*act)(const fs::path &), int &status)
 {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Case table files, one at a time and apart from any service home.
+// Case table files by themselves, outside a service home.
 #ifndef TOOLS_CASETABLE_H
 #define TOOLS_CASETABLE_H
 
@@ -11,7 +11,7 @@
 namespace strtool
 {
 
-// A file is wrong or cannot be had.  Says which file, where it can the line, and why.
+// A file is wrong or cannot be read or written.  Says which file, the line if it is known, and why.
 struct FileError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -23,12 +23,12 @@ std::string ReadFile(const std::filesystem::path &file);
 std::filesystem::path CompiledFile(const std::filesystem::path &source,
                                    const std::filesystem::path &directory);
 
-// Compiles the source to the file `compiled`, with the permissions that the umask leaves.  A
-// regular file appears when it is complete, in place of an earlier one; to another, such as a
-// device, it is written.  Throws a FileError.
+// Compiles the source to the file `compiled`, with the permissions of the umask.  A regular file
+// appears when it is complete, in place of an earlier one; a device, say, is written to.  Throws a
+// FileError.
 void CompileTable(const std::filesystem::path &source, const std::filesystem::path &compiled);
 
-// Tells what stands in a compiled file, whatever it holds.  Returns false when something is odd.
+// Shows what a compiled file contains, even if it is damaged.  Returns false when something is odd.
 bool DumpTable(const std::filesystem::path &file);
 
 } // namespace strtool

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool casetable dump: reads the bytes of a compiled file itself, so that it can tell of one
+// strtool casetable dump: reads the bytes of a compiled file itself, so that it can also show one
 // that the library refuses.
 #include "tools/casetable.h"
 #include "tools/show.h"
@@ -90,7 +90,7 @@ class Dump
   public:
     explicit Dump(std::string_view bytes) : file(bytes) {}
 
-    // Reads it all and shows it.  Returns false when something is odd.
+    // Shows the whole file.  Returns false when something is odd.
     bool Show(const std::string &name)
     {
         Line(0, name + ": " + std::to_string(file.size()) + " bytes");
@@ -137,7 +137,7 @@ class Dump
             return false;
         const int32_t version = IntAt(header, offsetof(CaseTableHeader, version));
         if (IntAt(header, offsetof(CaseTableHeader, magic)) != CASE_TABLE_MAGIC) {
-            Odd("no compiled case table, which begins otherwise");
+            Odd("this is not a compiled case table, which begins differently");
             return false;
         }
         Line(1, "version " + std::to_string(version));
@@ -147,7 +147,7 @@ class Dump
         return true;
     }
 
-    // Returns whether the file was read up to where it is to end.
+    // Returns whether the file was read to its proper end.
     bool Record()
     {
         const std::string_view record = Take(sizeof(CaseTableRecord), "the record");
@@ -201,11 +201,11 @@ class Dump
     }
 
     struct Counted {
-        uint64_t count; // what it says, whether or not there can be so many
+        uint64_t count; // as the file has it, even if it is too large
         std::string text;
     };
 
-    // The count behind the capacity at `offset`, in the same record or lead entry.
+    // The count after the capacity at `offset`, in the same record or lead entry.
     Counted Count(std::string_view bytes, size_t offset, const std::string &what)
     {
         const int32_t capacity = IntAt(bytes, offset);
@@ -217,7 +217,7 @@ class Dump
                 std::to_string(count) + ", room for " + std::to_string(capacity)};
     }
 
-    // The next `count` entries of three bytes, as far as they are there.
+    // The next `count` rules, as far as the file has them.
     std::vector<Rule> Rules(uint64_t count, const std::string &what)
     {
         const std::string_view bytes = Take(count * CASE_TABLE_RULE_SIZE, what);
@@ -242,7 +242,7 @@ class Dump
         return rules;
     }
 
-    // Runs of changes on a line each.
+    // A line for each run of changes.
     void Changes(const std::vector<Rule> &rules, size_t depth)
     {
         for (size_t first = 0, last; first < rules.size(); first = last + 1) {
@@ -283,7 +283,7 @@ class Dump
         return leads;
     }
 
-    // Returns how many of its pairs are their own upper case: they are not listed.
+    // Returns how many of its pairs are their own upper case, and not shown.
     size_t ShowLead(const Lead &lead, const std::string &trailCount)
     {
         std::vector<Rule> changes = lead.trails;
@@ -300,7 +300,7 @@ class Dump
         return unchanged;
     }
 
-    // Whether the three say the same of each byte.
+    // Checks that the byte map, the expansions and the lead bytes agree on each byte.
     void Compare(std::string_view map, const std::vector<Rule> &expansions,
                  const std::vector<Lead> &leads)
     {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool cat: texts joined, with the escape sequences that are due between them.
+// strtool cat: texts joined, with the escape sequences that are needed between them.
 #include "tools/output.h"
 #include "tools/verbs.h"
 
@@ -27,7 +27,7 @@ std::string Joined(const std::vector<std::string> &texts, const CSDescriptor &cs
     return joined;
 }
 
-// All of the texts or nothing.
+// Prints nothing if one of the texts is bad.
 int Cat(const TextOptions &options)
 {
     std::vector<std::string> texts;

@@ -30,8 +30,8 @@ struct Input {
     CSDescriptor cs;
 };
 
-// The first or second text that was given, or the lines of that file; adds to `status` what went
-// wrong.
+// The first or second text of the command line, or the lines of that file.  Sets `status` if there
+// is an error.
 std::vector<Input> InputsOf(const CmpOptions &options, size_t number, int &status)
 {
     const std::string &given = number == 1 ? options.text1 : options.text2;
@@ -100,13 +100,14 @@ void AddCmp(CLI::App &app, int &status)
     verb->add_option("--charset", options->charset, "The set of the texts: see strtool sets")
         ->type_name("NAME")
         ->capture_default_str();
-    verb->add_option("--charset2", options->charset2, "The set of B, if another")
+    verb->add_option("--charset2", options->charset2, "The set of B, if it differs")
         ->type_name("NAME");
     verb->add_flag("--utf8-in", options->utf8In,
                    "The texts are written in UTF-8: convert them first");
-    verb->footer("Ends with 0 where they are equal, 1 where they differ, 2 where it cannot tell.");
+    verb->footer(
+        "The exit code is 0 if they are equal, 1 if they differ, 2 if they cannot be compared.");
     verb->callback([options, &status] {
-        status = kMisused; // until it can tell
+        status = kMisused; // if it throws
         status = Cmp(*options);
     });
 }

@@ -50,13 +50,15 @@ void AddCmpNames(CLI::App &app, int &status)
                      "The attributes that count, the first before the others")
         ->type_name("C,ADMD,...")
         ->required();
-    verb->add_option("--charset", options->charset, "The set whose values count, beside plain ones")
+    verb->add_option("--charset", options->charset,
+                     "The set whose values count, besides plain ones")
         ->type_name("NAME")
         ->capture_default_str();
     verb->add_flag("--any-charset", options->anyCharset, "Values in any set count");
-    verb->footer("Ends with 0 where they are equal, 1 where they differ, 2 where it cannot tell.");
+    verb->footer(
+        "The exit code is 0 if they are equal, 1 if they differ, 2 if they cannot be compared.");
     verb->callback([options, &status] {
-        status = kMisused; // until it can tell
+        status = kMisused; // if it throws
         status = CompareNames(*options);
     });
 }

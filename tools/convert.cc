@@ -17,7 +17,7 @@ Converter::~Converter()
         g_iconv_close(handle);
 }
 
-// g_iconv_open says with -1 that there is no such conversion.
+// g_iconv_open returns -1 when there is no such conversion.
 bool Converter::IsOpen() const
 {
     return handle != nullptr && reinterpret_cast<intptr_t>(handle) != -1;
@@ -27,11 +27,11 @@ size_t Converter::Convert(std::string_view bytes, std::string &out)
 {
     gsize done = 0;
     gsize written = 0;
-    g_iconv(handle, nullptr, nullptr, nullptr, nullptr); // an earlier one may have stopped halfway
+    g_iconv(handle, nullptr, nullptr, nullptr, nullptr); // an earlier text may have failed halfway
     gchar *const converted = g_convert_with_iconv(bytes.data(), static_cast<gssize>(bytes.size()),
                                                   handle, &done, &written, nullptr);
     if (converted == nullptr && done == bytes.size())
-        done = 0; // all of it was read, but with replacements
+        done = 0; // all was read, but some characters were replaced
     if (converted != nullptr && done == bytes.size())
         out.append(converted, written);
     g_free(converted);

@@ -15,7 +15,7 @@ namespace strtool
 class Converter
 {
   public:
-    // A null name is that of a code that iconv does not know.
+    // Null means a code that iconv does not know.
     Converter(const char *to, const char *from);
     ~Converter();
     Converter(const Converter &) = delete;
@@ -23,9 +23,9 @@ class Converter
 
     bool IsOpen() const;
 
-    // Appends what all of `bytes` convert to, from the initial states of both codes and back to
-    // that of the output.  Returns how many bytes convert; if there are more, nothing is appended.
-    // Needs an open converter.
+    // Converts `bytes`, from the initial state of both codes and back to that of the output, and
+    // appends the result.  Returns how many bytes convert; if not all do, appends nothing.  The
+    // converter must be open.
     size_t Convert(std::string_view bytes, std::string &out);
 
   private:

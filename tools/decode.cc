@@ -10,7 +10,7 @@ namespace strtool
 namespace
 {
 
-// The codes of iconv that take designations of more sets than others do.
+// The codes of iconv that accept the designations of the most sets.
 constexpr const char *kDesignating[] = {"ISO-2022-JP-2", "ISO-2022-JP-3"};
 
 const char *IconvNameOf(const CSDescriptor &cs)
@@ -89,7 +89,7 @@ bool Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs, std::str
     if (way.converter == nullptr)
         return Fail(text);
 
-    // Single shifts and, in seven bits, the top bits mean nothing to a set by itself.
+    // A set by itself has neither single shifts nor, in seven bits, top bits.
     std::string codes;
     for (size_t at = 0; at < bytes.size();) {
         const Unit unit = UnitAt(bytes, at, segCs);
@@ -100,13 +100,13 @@ bool Decoder::Decode(std::string_view bytes, const CSDescriptor &segCs, std::str
     if (!way.designation.empty())
         for (char &code : codes) {
             if (way.isByteSet && IsGraphicLeft(code))
-                return Fail(text); // of the set that is used to its left
+                return Fail(text); // a character of the set in the left half
             code = static_cast<char>(code & 0x7F);
         }
 
     if (way.Append(codes, text))
         return true;
-    for (size_t at = 0; at < codes.size();) { // the characters that are known, at least
+    for (size_t at = 0; at < codes.size();) { // at least the characters that are known
         const std::string unit = codes.substr(at, UnitAt(codes, at, segCs).length);
         if (!way.Append(unit, text))
             Fail(text);

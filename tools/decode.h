@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The characters of one segment in UTF-8: iconv knows codes, not the sets that the
-// segments of a code are in, so a segment is brought into a form that it knows.
+// The characters of one segment in UTF-8.  iconv knows codes, but not the sets of their segments,
+// so a segment is put into a form that iconv knows.
 #ifndef TOOLS_DECODE_H
 #define TOOLS_DECODE_H
 
@@ -17,23 +17,23 @@
 namespace strtool
 {
 
-inline constexpr char kUndecodable[] = "\u00B7"; // stands for a character that iconv does not know
+inline constexpr char kUndecodable[] = "\u00B7"; // for a character that iconv does not know
 
 class Decoder
 {
   public:
-    // Appends the bytes of a segment of text, whole characters in the set of `segCs`.  Answers
-    // false when not all of it is known; kUndecodable stands where it is not.
+    // Appends the characters of a segment in the set of `segCs`.  Returns false when iconv does not
+    // know all of them, and appends kUndecodable for the others.
     bool Decode(std::string_view bytes, const CSDescriptor &segCs, std::string &text);
 
   private:
-    // How the characters of a set are had from iconv.
+    // How iconv reads the characters of a set.
     struct Way {
-        std::unique_ptr<Converter> converter; // null: in no way
-        std::string designation;              // not empty: the set designated, in seven bits
+        std::unique_ptr<Converter> converter; // null: not at all
+        std::string designation;              // if not empty, comes first; then seven bits
         bool isByteSet;
 
-        // Appends what the codes mean; false when not all of them are known.
+        // Appends the characters of the codes; false when iconv does not know all of them.
         bool Append(const std::string &codes, std::string &text) const;
     };
     static Way FindWay(const CSDescriptor &segCs);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool find: where a character first stands in texts.
+// strtool find: where texts first have a character.
 #include "tools/input.h"
 #include "tools/verbs.h"
 
@@ -36,11 +36,10 @@ int Find(const FindOptions &options)
 void AddFind(CLI::App &app, int &status)
 {
     CLI::App *verb =
-        app.add_subcommand("find", "Say at what byte of each text, from 0, a character stands");
+        app.add_subcommand("find", "Say at what byte of each text, from 0, a character first is");
     const auto options = std::make_shared<FindOptions>();
     verb->add_option("CHARACTER", options->character,
-                     "The byte to find where it is a character by itself; \\xHH for others than "
-                     "ASCII")
+                     "The byte to find, where it is a whole character; \\xHH if it is not ASCII")
         ->type_name("")
         ->required();
     AddTextOptions(*verb, *options);

@@ -27,8 +27,8 @@ namespace fs = std::filesystem;
 namespace
 {
 
-// The group works in the home, and what it makes there stays the group's.  The umask says what
-// others may; the lock is for everybody who comes in.
+// The group works in the home, and new files there belong to the group.  The umask says what others
+// may do.  Everybody who may enter the home may open the lock.
 constexpr mode_t kOthers = 07;
 constexpr mode_t kDirectoryMode = 02775;
 constexpr mode_t kFileMode = 0664;
@@ -47,7 +47,7 @@ struct InitHomeOptions {
 
 void Say(const char *what, const fs::path &path) { std::printf("%s %s\n", what, path.c_str()); }
 
-// One that is there already keeps its mode.
+// An existing directory keeps its mode.
 void MakeDirectory(const fs::path &directory, mode_t mode)
 {
     if (mkdir(directory.c_str(), mode) != 0) {
@@ -57,12 +57,12 @@ void MakeDirectory(const fs::path &directory, mode_t mode)
             Fail(directory, error == EEXIST ? ENOTDIR : error);
         return;
     }
-    if (chmod(directory.c_str(), mode) != 0) // mkdir leaves the group's bit out
+    if (chmod(directory.c_str(), mode) != 0) // mkdir ignores the set-group-ID bit
         Fail(directory, errno);
     Say("made", directory);
 }
 
-// So also one whom the home only lets in finds it.  It has its mode from the first moment.
+// The lock must exist for users who may not create it.  It has its mode from the first moment.
 void MakeLock(const fs::path &lock)
 {
     const mode_t mask = umask(0);
@@ -85,7 +85,7 @@ std::set<fs::path> SourcesIn(const fs::path &directory)
          entry.increment(error))
         if (entry->path().extension() == ".s")
             sources.insert(entry->path());
-    const std::string why = error ? error.message() : "no case table sources here";
+    const std::string why = error ? error.message() : "there are no case table sources here";
     if (error || sources.empty())
         throw FileError(directory.string() + ": " + why + ": see --from");
     return sources;
@@ -97,7 +97,7 @@ void Copy(const fs::path &source, const fs::path &target)
     std::error_code unknown;
     if (fs::exists(target, unknown)) {
         if (ReadFile(target) != bytes)
-            throw FileError(target.string() + ": is there already and is another; left as it is");
+            throw FileError(target.string() + ": a different file exists and is left as it is");
         return;
     }
     GError *error = nullptr;
@@ -136,7 +136,7 @@ int InitHome(const InitHomeOptions &options)
     const fs::path from =
         options.from.empty() ? fs::path(os_GetHome()) / "toupper" : fs::path(options.from);
     const mode_t others = umask(0) & kOthers;
-    umask(others | S_IWOTH); // the group works here whatever it was, and nobody else
+    umask(others | S_IWOTH); // the group may always write here, others never
     int status = kDone;
     const auto doing = [&status](const auto &step) {
         try {
@@ -170,7 +170,7 @@ void AddInitHome(CLI::App &app, int &status)
     const auto options = std::make_shared<InitHomeOptions>();
     verb->add_option("DIR", options->home, "The home")->type_name("")->required();
     verb->add_option("--from", options->from,
-                     "Where the sources N.s are, if not in the home in force")
+                     "Where the sources N.s are, if not in the current home")
         ->type_name("DIR");
     verb->add_flag("--compile", options->compile, "Compile them all now");
     verb->callback([options, &status] { status = InitHome(*options); });

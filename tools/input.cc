@@ -26,18 +26,18 @@ int HexDigit(std::string_view text, size_t at)
     return at < text.size() ? g_ascii_xdigit_value(text[at]) : -1;
 }
 
-// Why there is no writing the UTF-8 `text` in the set: what stands at its byte `at`.
+// Why the UTF-8 `text` cannot be written in the set, because of its byte `at`.
 std::string WhyNot(std::string_view text, size_t at, const ccs_SetInfo &set)
 {
     const std::string_view rest = text.substr(at);
     const auto c = g_utf8_get_char_validated(rest.data(), static_cast<gssize>(rest.size()));
     if (static_cast<gint32>(c) < 0)
-        return "byte " + std::to_string(at + 1) + " begins no UTF-8 character";
+        return "byte " + std::to_string(at + 1) + " does not begin a UTF-8 character";
     const auto length = static_cast<size_t>(g_unichar_to_utf8(c, nullptr));
     return "there is no '" + std::string(rest.substr(0, length)) + "' in " + set.name;
 }
 
-// Brings UTF-8 texts into a set.
+// Converts UTF-8 texts to a set.
 class Recoder
 {
   public:
@@ -83,19 +83,19 @@ std::string UnescapeBytes(std::string_view written)
             at += 2;
         } else
             throw UsageError("'" + std::string(written) +
-                             "': a backslash stands before xHH, e, n, t or another backslash");
+                             "': a backslash must come before xHH, e, n, t or another backslash");
     }
     return bytes;
 }
 
-// The library would drop what follows a NUL.
+// The library ignores what follows a NUL.
 void RefuseNul(std::string_view text)
 {
     if (const size_t nul = text.find('\0'); nul != text.npos)
-        throw TextError("byte " + std::to_string(nul + 1) + " is NUL, which no text can hold");
+        throw TextError("byte " + std::to_string(nul + 1) + " is NUL, which a text cannot have");
 }
 
-// What becomes of one text on its way to the verb.
+// Prepares texts and passes them to the verb.
 class Feed
 {
   public:
@@ -106,7 +106,7 @@ class Feed
             recoder.emplace(FindSet(options.charset));
     }
 
-    // `name` is what the text is called in messages.
+    // `name` is the name of the text in messages.
     void Take(const std::string &text, const std::string &name)
     {
         try {
@@ -118,7 +118,7 @@ class Feed
         }
     }
 
-    // A file, for the reason in errno.
+    // Says that a file failed, for the reason in errno.
     void Fail(const std::string &file)
     {
         Complain(file + ": " + std::strerror(errno));
@@ -136,14 +136,14 @@ class Feed
 void TakeArguments(const TextOptions &options, Feed &feed)
 {
     const std::vector<std::string> &arguments = options.arguments;
-    // All of them first: a misuse shows before any output.
+    // All of them first, so that a usage error comes before any output.
     std::vector<std::string> texts;
     std::transform(arguments.begin(), arguments.end(), std::back_inserter(texts), UnescapeBytes);
     for (size_t i = 0; i < texts.size(); ++i)
         feed.Take(texts[i], "text " + std::to_string(options.firstNumber + i));
 }
 
-// The line that was read last.
+// The buffer of getline.
 struct Line {
     ~Line() { std::free(bytes); }
 
@@ -151,7 +151,7 @@ struct Line {
     size_t room = 0;
 };
 
-// The lines of `file`; `prefix` stands before their names in messages.
+// The lines of `file`; `prefix` comes before their names in messages.
 void TakeLines(std::FILE *stream, const std::string &file, const std::string &prefix, Feed &feed)
 {
     Line line;
@@ -179,19 +179,19 @@ void TakeFile(const std::string &file, Feed &feed)
 
 void AddTexts(CLI::App &verb, TextOptions &options)
 {
-    // Taken as they are: CLI11's own conversion to a list gives some texts a meaning.
+    // Taken as they are: CLI11's own conversion to a list interprets some texts.
     const auto take = [&options](const CLI::results_t &texts) {
         options.arguments = texts;
         return true;
     };
     verb.add_option("TEXT", take,
-                    "A text each, with \\xHH \\e \\n \\t \\\\ for bytes; if there is "
-                    "none, the lines of standard input")
+                    "A text each, with \\xHH \\e \\n \\t \\\\ for bytes; without any, "
+                    "the lines of standard input")
         ->type_name("")
         ->expected(1, -1)
         ->allow_extra_args()
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    verb.footer("A text that begins with '-' stands behind '--'.");
+    verb.footer("Put '--' before a text that begins with '-'.");
 }
 
 void AddTextOptions(CLI::App &verb, TextOptions &options)
@@ -212,7 +212,7 @@ CLI::Option &AddNumber(CLI::App &verb, const std::string &name, std::optional<in
         int value = 0;
         const auto [stop, error] = std::from_chars(written.data(), end, value);
         if (error != std::errc{} || stop != end || value < 0)
-            throw UsageError(name + ": '" + written + "' is no number from 0 to " +
+            throw UsageError(name + ": '" + written + "' is not a number from 0 to " +
                              std::to_string(INT_MAX));
         number = value;
     };
@@ -222,8 +222,9 @@ CLI::Option &AddNumber(CLI::App &verb, const std::string &name, std::optional<in
 std::vector<std::string> CommandLine(int argc, char **argv)
 {
     std::vector<std::string> words(argv + 1, argv + argc);
-    // CLI11 would take a text in brackets for a list of texts.  All that may be in brackets is
-    // unescaped; other words in brackets are wrong in any case.
+    // CLI11 takes a text in brackets for a list of texts, so the bracket is escaped.  Every
+    // argument that may be in brackets is unescaped later; other words in brackets are wrong in any
+    // case.
     for (std::string &word : words)
         if (word.starts_with('[') && word.ends_with(']'))
             word.replace(0, 1, "\\x5B");

@@ -31,12 +31,12 @@ inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1; // a text could not be handled
 inline constexpr int kMisused = 2;
 
-// The command line is not understood.
+// The command line is wrong.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// There is no handling a text; the others go on.
+// A text cannot be handled; the other texts are.
 struct TextError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -44,7 +44,7 @@ struct TextError : std::runtime_error {
 struct TextOptions {
     std::string charset = "UTF8";
     bool utf8In = false;
-    bool utf8Out = false; // for the verbs that put out texts
+    bool utf8Out = false; // for the verbs that print texts
     std::vector<std::string> arguments;
     size_t firstNumber = 1;          // of the arguments, in messages
     std::optional<std::string> file; // whose lines are the texts, if not standard input
@@ -72,14 +72,14 @@ CSDescriptor DescriptorOf(const ccs_SetInfo &set);
 // Decodes \xHH, \e, \n, \t and \\.  Throws a TextError for a NUL.
 std::string Unescape(std::string_view written);
 
-// The only byte of what is written, by its value as a signed char.
+// The value, as a signed char, of the only byte of what is written.
 int OneByte(const std::string &written);
 
-// The UTF-8 `text` in the set; throws a TextError where there is none.
+// The UTF-8 `text` in the set.  Throws a TextError when the set cannot hold it.
 std::string FromUtf8(const std::string &text, const ccs_SetInfo &set);
 
-// Hands over the bytes of every text; returns the exit code.  A text that holds a NUL or cannot be
-// had in its set is left out, with a message; so is one that `handle` throws a TextError for.
+// Calls `handle` for every text; returns the exit code.  A text that contains a NUL or cannot be
+// converted to the set gets a message instead, as does one for which `handle` throws a TextError.
 using TextHandler = std::function<void(const std::string &text, const CSDescriptor &cs)>;
 int ForEachText(const TextOptions &options, const TextHandler &handle);
 

@@ -23,7 +23,7 @@ namespace
 {
 
 constexpr Color kSetColors[] = {"36", "32", "33", "35", "34"};
-constexpr size_t kWidestData = 40; // more may overrun: the text behind it then stands further right
+constexpr size_t kWidestData = 40; // wider data moves the text after it to the right
 
 struct Widths {
     size_t offset;
@@ -69,7 +69,7 @@ class Inspector
         return widths;
     }
 
-    // ASCII as the terminal has it, every other set in a colour of its own while there are enough.
+    // ASCII in the terminal's colour, every other set in one of its own while there are enough.
     Color ColorOf(const CSSegment &segment)
     {
         if (IsEscape(segment))

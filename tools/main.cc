@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool: does with real text what libstr does, and shows it.
+// strtool: shows on real text what libstr does.
 #include "tools/input.h"
 #include "tools/verbs.h"
 
@@ -15,7 +15,7 @@ namespace
 
 using namespace strtool;
 
-// Names the word that is no verb, of which CLI11 says only that a verb is required.
+// Names an unknown verb: CLI11 only says that a verb is required.
 std::string WhyNot(const CLI::App &app, const CLI::ParseError &error)
 {
     const std::vector<std::string> strange = app.remaining(true);
@@ -26,7 +26,7 @@ std::string WhyNot(const CLI::App &app, const CLI::ParseError &error)
 
 void Run(int argc, char **argv, int &status)
 {
-    er_SetTraceSink([](int, const char *, int) {}); // for those who look into the library
+    er_SetTraceSink([](int, const char *, int) {}); // for debuggers
     CLI::App app{"Shows, measures, cuts and joins text in many coded character sets.", "strtool"};
     app.set_version_flag("--version", "strtool " STRTOOL_VERSION);
     app.require_subcommand(1);
@@ -52,14 +52,14 @@ void Run(int argc, char **argv, int &status)
     } catch (const CLI::ParseError &error) {
         throw UsageError(WhyNot(app, error));
     }
-    Flush(); // what is still in the buffer may not reach its file either
+    Flush(); // writing the rest of the buffer may fail too
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    int status = kDone; // as far as a verb has come
+    int status = kDone;
     try {
         Run(argc, argv, status);
         return status;

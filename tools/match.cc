@@ -28,7 +28,7 @@ struct MatchOptions : TextOptions {
     bool utf8Pattern = false;
 };
 
-// Hands over every character and control of the text, and the kind of its segment.
+// Calls `handle` for every character and control of the text, with the kind of its segment.
 using UnitHandler = std::function<void(uint16_t kind, std::string_view unit)>;
 void ForEachUnit(const std::string &text, const CSDescriptor &cs, const UnitHandler &handle)
 {
@@ -54,7 +54,7 @@ uint32_t FlagsOf(uint16_t kind)
 
 bool IsAscii(uint16_t kind) { return (FlagsOf(kind) & CS_FLAG_ASCII) != 0; }
 
-// Puts US for the wildcard, where that is a character of ASCII or of the text's own set.
+// Replaces the wildcard by US where it is a character of ASCII or of the text's own set.
 void PutUs(std::string &pattern, char wildcard, const CSDescriptor &cs)
 {
     const bool anyKind = (FlagsOf(cs.csNum) & CS_FLAG_BYTE) != 0;
@@ -65,8 +65,8 @@ void PutUs(std::string &pattern, char wildcard, const CSDescriptor &cs)
     });
 }
 
-// The pattern in the set, with US for the wildcard.  Of those that follow each other one is left,
-// as the library wants a byte for the second.
+// The pattern in the set, with US for the wildcard.  Repeats of US are removed: the library wants a
+// byte for each.
 std::string PatternOf(const MatchOptions &options)
 {
     const ccs_SetInfo set = FindSet(options.charset);
@@ -84,8 +84,8 @@ std::string PatternOf(const MatchOptions &options)
     return pattern;
 }
 
-// The text with its characters and their sets spelled out, so that no piece of it stands in another
-// but as whole characters.  US stays as it is.
+// The text with its characters and their sets spelled out, so that only whole characters can match.
+// US stays as it is.
 std::string Spell(const std::string &text, const CSDescriptor &cs)
 {
     std::string spelled;
@@ -99,7 +99,7 @@ std::string Spell(const std::string &text, const CSDescriptor &cs)
     return spelled;
 }
 
-// The library compares bytes: what it finds may begin or end inside a character.
+// The library compares bytes, so its match may begin or end inside a character.
 bool Matches(const std::string &text, const std::string &pattern, const CSDescriptor &cs)
 {
     if (std::string_view(ccs_GetCSName(&cs)) == "UTF8")
@@ -129,16 +129,16 @@ void AddMatch(CLI::App &app, int &status)
     CLI::App *verb = app.add_subcommand("match", "Show the texts that match a pattern");
     const auto options = std::make_shared<MatchOptions>();
     verb->add_option("PATTERN", options->pattern,
-                     "What the whole text has to be: \\x1F stands for any run of characters, every "
-                     "other character for itself")
+                     "What the whole text must match: \\x1F matches any run of characters, every "
+                     "other character itself")
         ->type_name("")
         ->required();
     verb->add_option("--wildcard", options->wildcard,
-                     "A character that stands for any run of characters too")
+                     "A character that also matches any run of characters")
         ->type_name("C");
     AddTextOptions(*verb, *options);
     verb->add_flag("--utf8-pattern", options->utf8Pattern,
-                   "The pattern is written in UTF-8, also where the texts are not");
+                   "The pattern is written in UTF-8, even if the texts are not");
     AddOutputOption(*verb, *options);
     verb->callback([options, &status] { status = Match(*options); });
 }

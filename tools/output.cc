@@ -27,7 +27,7 @@ void Output::Print(const std::vector<std::string> &texts, const CSDescriptor &cs
     Put(lines);
 }
 
-// Segment by segment: the whole of a text that switches sets need not be a code of iconv.
+// Segment by segment: iconv may not know the code of a text that switches sets.
 void Output::AppendUtf8(const std::string &text, const CSDescriptor &cs, std::string &lines)
 {
     int count;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts as the verbs put them out: in their set, or in UTF-8 for a terminal.
+// Texts as the verbs print them: in their set, or in UTF-8 for a terminal.
 #ifndef TOOLS_OUTPUT_H
 #define TOOLS_OUTPUT_H
 
@@ -28,8 +28,8 @@ class Output
   public:
     explicit Output(bool inUtf8) : utf8(inUtf8) {}
 
-    // Writes the texts, a newline behind each, to standard output.  Where one of them cannot be had
-    // in UTF-8, throws a TextError and writes none.
+    // Writes the texts, with a newline after each, to standard output.  If one of them cannot be
+    // written in UTF-8, throws a TextError and writes none.
     void Print(const std::vector<std::string> &texts, const CSDescriptor &cs);
 
   private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool printf: a format with the arguments that it takes.
+// strtool printf: a format with its arguments.
 #include "tools/output.h"
 #include "tools/verbs.h"
 
@@ -20,7 +20,7 @@ namespace strtool
 namespace
 {
 
-// The whole argument read by one of the C library's functions.
+// The whole argument, read by a function of the C library.
 template <class Read>
 auto Number(const std::string &text, Read read)
 {
@@ -76,11 +76,11 @@ struct Values {
 
 bool IsTaken(const ParameterRecord &record) { return record.type != STR_ARG_UNUSED; }
 
-// Arguments go to numbers as in a call: in order, and none to a number that is not taken.
+// Gives the arguments in order to the numbers that the format takes.
 void Assign(std::vector<std::string> &texts, const ParameterRecord *table, int maxParam,
             Values &values)
 {
-    const auto given = static_cast<ptrdiff_t>(texts.size() - 1); // behind the format
+    const auto given = static_cast<ptrdiff_t>(texts.size() - 1); // after the format
     const auto taken = std::count_if(table + 1, table + 1 + maxParam, IsTaken);
     if (given != taken)
         throw UsageError("the format takes " + std::to_string(taken) + " arguments, and " +
@@ -123,7 +123,7 @@ int Printf(PrintfOptions options)
     Output(options.utf8Out).Print({Printed(texts, cs)}, cs);
     if (PrintfError == 0)
         return kDone;
-    Complain("the format has a directive that cannot be taken, printed as it stands");
+    Complain("the format has an unknown directive, which is printed as it is");
     return kFailed;
 }
 

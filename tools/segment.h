@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a record of the segment list says.
+// What a record of the segment list means.
 #ifndef TOOLS_SEGMENT_H
 #define TOOLS_SEGMENT_H
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How things look: bytes made visible, columns, colour.
+// How output looks: visible bytes, columns, colour.
 #ifndef TOOLS_SHOW_H
 #define TOOLS_SHOW_H
 
@@ -19,19 +19,19 @@ namespace strtool
 std::string VisibleBytes(std::string_view bytes);
 size_t VisibleBytesWidth(std::string_view bytes);
 
-// UTF-8 with the characters that print nothing, or play with the terminal, as \u{HHHH}.
+// UTF-8 with unprintable characters as \u{HHHH}.
 std::string VisibleText(std::string_view utf8);
 
 // ---- Colour --------------------------------------------------------------------------------
 
-// Declares --color; `when` is to hold the default.
+// Declares --color; `when` holds the default.
 void AddColorOption(CLI::App &verb, std::string &when);
 
-// Whether standard output is to be coloured: always, never, or auto, which asks the terminal and
-// the environment's NO_COLOR and TERM.
+// Whether to colour standard output: always, never, or auto, which depends on the terminal and the
+// environment variables NO_COLOR and TERM.
 bool UseColor(const std::string &when);
 
-// What stands between ESC [ and m.  Empty: as the terminal has it.
+// The text between ESC [ and m.  Empty: the terminal's colour.
 using Color = std::string_view;
 inline constexpr Color kPlain = "";
 inline constexpr Color kDim = "2";
@@ -39,7 +39,7 @@ inline constexpr Color kRed = "31";
 
 // ---- Rows ----------------------------------------------------------------------------------
 
-// A line of cells, two blanks apart, to be written when it is complete.
+// A line of cells, two blanks apart.
 class Row
 {
   public:

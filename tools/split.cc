@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool split: texts in parts that fit a number of columns or bytes.
+// strtool split: texts in parts of at most so many columns or bytes.
 #include "tools/output.h"
 #include "tools/verbs.h"
 
@@ -26,8 +26,7 @@ bool ShowsNothing(const char *text, const CSDescriptor &cs)
     return str_FindSplitPoint(text, 0, 1, &cs) == 0;
 }
 
-// The parts in order.  Each but the last displays something and all of them together no more than
-// the text does, so there is an end.
+// The parts in order.  Each part except the last displays something, so the loop ends.
 std::vector<std::string> Parts(std::string text, const SplitOptions &options,
                                const CSDescriptor &cs)
 {
@@ -39,7 +38,7 @@ std::vector<std::string> Parts(std::string text, const SplitOptions &options,
         unsigned int firstLen = 0;
         unsigned int secondLen = 0;
         const char *first = split(text.c_str(), limit, &second, &firstLen, &secondLen, &cs);
-        // Escape sequences at the end of a text are no line by themselves.
+        // Escape sequences at the end of a text are not a line by themselves.
         if (first == nullptr || second == nullptr || (options.all && ShowsNothing(second, cs)))
             break;
         parts.emplace_back(first, firstLen);
@@ -69,7 +68,7 @@ void AddSplit(CLI::App &app, int &status)
     AddNumber(*verb, "--columns", options->columns, "The columns that the first part may take");
     AddNumber(*verb, "--bytes", options->bytes,
               "The bytes that its characters may take, escape sequences not counted");
-    verb->add_flag("--all", options->all, "Split the rest too, until there is none");
+    verb->add_flag("--all", options->all, "Split the rest too, until nothing is left");
     AddTextOptions(*verb, *options);
     AddOutputOption(*verb, *options);
     verb->callback([options, &status] { status = Split(*options); });

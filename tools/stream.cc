@@ -40,7 +40,7 @@ void Flush()
 
 void Complain(const std::string &what)
 {
-    Note(std::fflush(stdout) == 0); // so that the two stay in order where they go to one place
+    Note(std::fflush(stdout) == 0); // so that the two stay in order in one file
     std::fprintf(stderr, "strtool: %s\n", what.c_str());
 }
 

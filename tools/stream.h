@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the verbs say: results to standard output, complaints to standard error.
+// Results go to standard output, complaints to standard error.
 #ifndef TOOLS_STREAM_H
 #define TOOLS_STREAM_H
 
@@ -11,7 +11,7 @@
 namespace strtool
 {
 
-// Standard output takes no more: there is no use in going on.
+// Standard output has failed, so nothing more can be printed.
 struct OutputLost : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -14,7 +14,7 @@ namespace strtool
 namespace
 {
 
-// Why the set has no case table; empty where it has one, or has no case.
+// Why the set has no case table; empty if it has one, or has no case.
 std::string FindFault(const CSDescriptor &cs)
 {
     CaseTableRecord *table;

@@ -24,7 +24,7 @@ struct TransformOptions : TextOptions {
     bool prefix = false;
 };
 
-// Where the UTF-8 ends, if it does so before the text.
+// The first byte that is not UTF-8, if there is one.
 std::optional<size_t> BadByte(const std::string &text)
 {
     const char *bad;
@@ -72,7 +72,7 @@ class Rules
     std::string specials, drop;
     std::map<size_t, std::string> texts; // by the byte of specials
     std::vector<const char *> slots;     // one for each byte
-    char escape = '\0';                  // which is in no text
+    char escape = '\0';                  // none: a text has no NUL
     bool prefix;
 };
 
@@ -81,7 +81,8 @@ int Transform(const TransformOptions &options)
     const Rules rules(options);
     return ForEachText(options, [&](const std::string &text, const CSDescriptor &) {
         if (const std::optional<size_t> bad = BadByte(text))
-            throw TextError("byte " + std::to_string(*bad + 1) + " begins no UTF-8 character");
+            throw TextError("byte " + std::to_string(*bad + 1) +
+                            " does not begin a UTF-8 character");
         Put(rules.Transform(text) + '\n');
     });
 }
@@ -92,14 +93,15 @@ void AddTransform(CLI::App &app, int &status)
 {
     CLI::App *verb = app.add_subcommand("transform", "Rewrite UTF-8 input, character by character");
     const auto options = std::make_shared<TransformOptions>();
-    verb->add_option("--replace", options->replacements, "A character and what to put for it")
+    verb->add_option("--replace", options->replacements,
+                     "A character and the text that replaces it")
         ->type_name("C=TEXT")
         ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     verb->add_option("--escape", options->escape,
-                     "The character before decimal digits, which give a control function or a "
-                     "byte, or before a character to take as it is")
+                     "The character before the decimal digits of a control function or a byte, or "
+                     "before a character that stays as it is")
         ->type_name("C");
     verb->add_option("--drop", options->drop,
                      "Characters to delete, each with the one that follows it")

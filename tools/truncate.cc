@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// strtool truncate: what is kept of texts for a budget of bytes.
+// strtool truncate: what fits of texts in a number of bytes.
 #include "tools/output.h"
 #include "tools/verbs.h"
 
@@ -21,10 +21,10 @@ struct TruncateOptions : TextOptions {
     std::optional<int> bytes;
 };
 
-// By str_strncpy, which serves every set: str_truncate does not know UTF-8 by name.
+// By str_strncpy, which serves every set: str_truncate does not treat UTF-8 specially.
 std::string Truncated(const std::string &text, size_t budget, const CSDescriptor &cs)
 {
-    std::string kept(std::min(budget, text.size() + 1), '\0'); // more would only be NULs
+    std::string kept(std::min(budget, text.size() + 1), '\0'); // the rest would be NULs
     str_strncpy(kept.data(), text.c_str(), static_cast<unsigned int>(kept.size()), &cs);
     kept.resize(strnlen(kept.data(), kept.size()));
     return kept;

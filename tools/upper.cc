@@ -22,7 +22,7 @@ std::string Upper(const std::string &text, const CSDescriptor &cs)
     int length;
     const char *const upper = str_ToUpper(text.c_str(), -1, &length, &cs);
     if (upper == nullptr)
-        throw TextError("this is no well-formed UTF-8");
+        throw TextError("this is not well-formed UTF-8");
     return {upper, static_cast<size_t>(length)};
 }
 

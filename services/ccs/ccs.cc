@@ -22,18 +22,18 @@ namespace
 
 constexpr char kSource[] = "services/ccs";
 
-// The walk of ccs_Get1stStr and ccs_GetNextStr, with the end of its text, which is sought once, and
-// the escapes answered last.
+// The walk of ccs_Get1stStr and ccs_GetNextStr, the end of its text, which is looked for once, and
+// the escapes returned last.
 __attribute__((tls_model("initial-exec"))) thread_local ccs::Walk theWalk;
 __attribute__((tls_model("initial-exec"))) thread_local const char *theEnd;
 thread_local char theModelEscapes[ccs::kMostEscapes + 1];
 thread_local char theAsciiEscapes[ccs::kMostEscapes + 1];
 
-// The segment list answered last: it grows to the longest asked for and is never released.
+// The segment list returned last.  It grows to the longest and is never released.
 CSSegment *theList;
 size_t theListCapacity;
 
-// The record numbers of the case tables by row, and the table of them that is in use.
+// The record numbers of the case tables, by row: the process's own table and the one in use.
 uint16_t theOwnRecords[std::size(ccs::kSets)];
 uint16_t *theRecords = theOwnRecords;
 
@@ -45,10 +45,10 @@ const char *EndOf(const char *text, int length)
 
 const ccs::SetRow *SetOf(const CSDescriptor *cs) { return ccs::FindSet(cs->csNum); }
 
-// What cannot be told in the records and counts of the contracts is as memory that cannot be had.
-void EscapeUnless(bool canBeTold, int line = __builtin_LINE())
+// A number that the records and counts of the contracts cannot hold is treated as a lack of memory.
+void EscapeUnless(bool fits, int line = __builtin_LINE())
 {
-    if (!canBeTold)
+    if (!fits)
         er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, line);
 }
 
@@ -71,7 +71,7 @@ void PutIntoList(const CSSegment &segment, size_t index)
     theList[index] = segment;
 }
 
-// Lists the segments of a text, on a walk of its own so that the thread's walk stays as it is.
+// Lists the segments of a text, on a separate walk so that the thread's walk stays as it is.
 CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withIgnored, int *count)
 {
     ccs::Walk walk;
@@ -89,13 +89,13 @@ CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withI
     return theList;
 }
 
-// Whether the two values say a table for the sets of this service.
+// Whether the two values are a table for the sets of this service.
 bool IsTableOfRecords(int32_t companion, const void *csTable)
 {
     return csTable != nullptr && companion == ccs_GetSetCount();
 }
 
-// Writes the escapes between two states and a NUL behind them.
+// Writes the escapes between two states and a NUL.
 const char *Escapes(const ccs::State &from, const ccs::State &to, char *out, int *length)
 {
     const size_t written = ccs::RestoringEscapes(from, to, out);

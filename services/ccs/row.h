@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a row of the table of character sets says.
+// A row of the table of character sets.
 #ifndef SERVICES_CCS_ROW_H
 #define SERVICES_CCS_ROW_H
 
@@ -11,17 +11,17 @@
 namespace libstr::ccs
 {
 
-// How a graphic set is designated (ISO 2022): by its size.  `none` for the rows that are no graphic
-// set but a code, a way to use several.
+// The size of a graphic set, by which ISO 2022 designates it.  `none` for a code, which is a way to
+// use several sets, and for a right half in seven bits.
 enum class Graphic : uint8_t { none, set94, set96, set94n, set96n };
 
-// How the characters of a set are told apart, beyond their fixed number of bytes.
+// How the characters of a set are found.
 enum class Units : uint8_t { fixed, marked, utf8 };
 
-inline constexpr uint8_t kNowhere = 0xFF; // what a half has invoked that has nothing
+inline constexpr uint8_t kNowhere = 0xFF; // nothing is invoked in the half
 
-// What stands in G0 to G3 when a string of the set begins (numbers of sets, 0 for nothing), and
-// which of the four is invoked in the left half (bytes 0x20 to 0x7F) and in the right (0xA0 on).
+// What G0 to G3 hold when a string of the set begins (numbers of sets, 0 for nothing), and which of
+// the four is invoked in the left half (bytes 0x20 to 0x7F) and in the right (0xA0 on).
 struct Start {
     uint16_t g[4] = {0, 0, 0, 0};
     uint8_t left = 0;
@@ -37,9 +37,9 @@ struct Reading {
 };
 
 struct SetRow {
-    uint16_t number;      // ISO-IR registration where there is one, else from 1001 on
+    uint16_t number;      // ISO-IR registration if there is one, else from 1001 on
     const char *name;     // in upper case
-    const char *iconv;    // the same code's name for iconv, null where it knows none
+    const char *iconv;    // iconv's name for the same code; null where it does not know it
     Reading reading = {}; // needed where `iconv` is null
     uint32_t flags;       // CS_FLAG_...
     uint16_t escMode = 0;
@@ -49,13 +49,12 @@ struct SetRow {
     Graphic graphic = Graphic::none;
     char final = 0; // final byte of its designation
 
-    uint16_t left = 0;  // kind of its text in the left half, 0 for none: the bytes are raw
+    uint16_t left = 0;  // kind of its text in the left half; 0: the bytes are raw
     uint16_t right = 0; // kind of its text in the right half
-    // The characters of the left half that ASCII does not have there: they are of kind `number`.
+    // The bytes of the left half that are not the characters of ASCII: they are of kind `number`.
     const char *differs = "";
-    // The set that, to its left, makes one text of both halves with it, and another that does.
-    // With a marked set they make no text of one kind: they have the letters that its marks stand
-    // before.
+    // The set that forms one kind of text with this one when it is to its left, and another such
+    // set.  A marked set forms no such text: the partners have the base letters of its marks.
     uint16_t partner = 0;
     uint16_t partner2 = 0;
 

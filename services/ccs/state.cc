@@ -20,14 +20,14 @@ int ElementOf(char selector, bool *is96)
     return selector >= '(' && selector <= '+' ? selector - '(' : -1;
 }
 
-// ESC I F, ESC I I F and ESC $ ...: a graphic set for one of G0 to G3.  Anything else is without
-// effect on how text is read.
+// ESC I F, ESC I I F and ESC $ ...: a graphic set for one of G0 to G3.  Does nothing for any other
+// sequence.
 void Designate(State *state, const char *at, size_t length)
 {
     const bool manyBytes = at[1] == '$';
     size_t offset = manyBytes ? 2 : 1;
     bool is96 = false;
-    int element = 0; // ESC $ @, ESC $ A and ESC $ B go to G0 without being told
+    int element = 0; // ESC $ @, ESC $ A and ESC $ B designate to G0
     if (!manyBytes || length > 3)
         element = ElementOf(at[offset++], &is96);
     if (element < 0)
@@ -52,7 +52,7 @@ void SwitchCoding(State *state, const char *at, size_t length)
                                    : Coding::unknown;
 }
 
-// What invokes each of G0 to G3 in a half; G0 has no way to the right.
+// What invokes each of G0 to G3 in a half; nothing invokes G0 to the right.
 constexpr std::string_view kLeftShifts[] = {"\x0F", "\x0E", "\x1Bn", "\x1Bo"};
 constexpr std::string_view kRightShifts[] = {"", "\x1B~", "\x1B}", "\x1B|"};
 
@@ -86,7 +86,7 @@ void Apply(State *state, const char *at, size_t length)
     if (length <= 2)
         LockingShift(state, {at, length});
     else if (at[0] != static_cast<char>(kEsc) || at[length - 1] < 0x30)
-        return; // no escape sequence, or one without its final byte
+        return; // not an escape sequence, or without its final byte
     else if (at[1] == '%')
         SwitchCoding(state, at, length);
     else if (at[1] != '[')

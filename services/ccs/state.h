@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The state of a text in ISO 2022: what is designated to G0 to G3 and what is invoked, how escape
-// and shift sequences change it, and which sequences lead from one state to another.
+// The state of a text in ISO 2022: what is designated to G0 to G3, and what is invoked; how escape
+// and shift sequences change it; which sequences lead from one state to another.
 #ifndef SERVICES_CCS_STATE_H
 #define SERVICES_CCS_STATE_H
 
@@ -10,7 +10,7 @@
 namespace libstr::ccs
 {
 
-// What one of G0 to G3 holds: a set of the table, a designation that the table does not know (row
+// What one of G0 to G3 holds: a set of the table, a designation that the table does not have (row
 // is kNoRow), or nothing (final is 0 too).
 struct Designation {
     uint8_t row = kNoRow;
@@ -21,16 +21,16 @@ struct Designation {
 
 constexpr bool Holds(const Designation &held) { return held.row != kNoRow || held.final != 0; }
 
-// How text is coded: by ISO 2022, or in another way that ESC % F began.
+// How text is coded: by ISO 2022, or in another way, to which ESC % F has switched.
 enum class Coding : uint8_t { iso2022, utf8, unknown };
 
-// All that the meaning of the next byte depends on; small, and copied freely.
+// Everything that the meaning of the next byte depends on.
 struct State {
     Designation g[4];
-    uint8_t left = 0; // which of the four is invoked there, or kNowhere
+    uint8_t left = 0; // which of the four is invoked in this half, or kNowhere
     uint8_t right = kNowhere;
     Coding coding = Coding::iso2022;
-    char codingIntermediate = 0; // of the sequence that began it, 0 for none
+    char codingIntermediate = 0; // of the sequence that switched to it, 0 for none
     char codingFinal = '@';
     char shift = 0; // last byte of a single shift that makes the next byte raw, 0 for none
 };
@@ -56,7 +56,7 @@ constexpr size_t DesignatingEscape(const Designation &held, size_t element, char
 {
     const bool is96 = held.graphic == Graphic::set96 || held.graphic == Graphic::set96n;
     const bool manyBytes = held.graphic == Graphic::set94n || held.graphic == Graphic::set96n;
-    // The oldest sets of many bytes go to G0 without being told.
+    // The oldest sets of many bytes are designated to G0 without a byte that says so.
     const bool isShort = manyBytes && !is96 && element == 0 && held.intermediate == 0 &&
                          held.final >= '@' && held.final <= 'B';
     size_t length = 0;
@@ -71,7 +71,7 @@ constexpr size_t DesignatingEscape(const Designation &held, size_t element, char
     return length;
 }
 
-// The sequences that designate the sets, each to the lowest of G0 to G3 that it can have.
+// The sequences that designate the sets, each to the lowest of G0 to G3 that can hold it.
 struct Designating {
     char text[5];
 };
@@ -87,21 +87,21 @@ inline constexpr auto kDesignating = [] {
     return all;
 }();
 
-// Null for a code, which has none.
+// Null for a code.
 inline const char *DesignationOf(const SetRow &set)
 {
     return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;
 }
 
-// Carries out the `length` bytes at `at`, a sequence that began as an escape sequence or a locking
-// shift; without effect unless it is one that changes the state, and complete.
+// Changes the state as the `length` bytes at `at` say, an escape sequence or a locking shift.  Does
+// nothing if the sequence is incomplete or does not change the state.
 void Apply(State *state, const char *at, size_t length);
 
 // The most bytes that RestoringEscapes writes.
 inline constexpr size_t kMostEscapes = 40;
 
-// Writes the sequences that lead from one state to the other, as far as sequences can: what holds
-// nothing in `to` keeps what it holds.  Returns their length; adds no NUL.
+// Writes the sequences that lead from one state to the other, as far as there are any: no sequence
+// empties one of G0 to G3.  Returns their length; adds no NUL.
 size_t RestoringEscapes(const State &from, const State &to, char *out);
 
 } // namespace libstr::ccs
