@@ -6,8 +6,8 @@
 // Graphic sets have their ISO-IR registration number.  A right half is registered without the ASCII
 // that it is used with.  Here its number means the two together, since a text in ISO 8859-1, say,
 // has both.  The same right half used in seven bits has other bytes, so it is another kind; its
-// number is kInSevenBits more.  Text that means what it means in ASCII is IA5 wherever a left half is
-// used by itself, in T.61 too.  Codes, which are ways to use several sets, begin at 1001.
+// number is kInSevenBits more.  Text that means what it means in ASCII is IA5 wherever a left half
+// is used by itself, in T.61 too.  Codes, which are ways to use several sets, begin at 1001.
 #ifndef SERVICES_CCS_TABLE_H
 #define SERVICES_CCS_TABLE_H
 
@@ -78,8 +78,9 @@ inline constexpr SetRow kSets[] = {
      .graphic = k94, .final = 'B', .left = kIa5, .start = {{kIa5}}},
     {.number = 14, .name = "JIS X 0201 ROMAN", .iconv = "ISO646-JP", .flags = kByteCase,
      .graphic = k94, .final = 'J', .left = 14, .start = {{14}}},
-    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .reading = {"T.61-8BIT"}, .flags = kByteCase,
-     .graphic = k94, .final = 'u', .left = kIa5, .differs = "#$\\^`{}~", .start = {{102}}},
+    {.number = 102, .name = "T.61 PRIMARY", .iconv = nullptr, .reading = {"T.61-8BIT"},
+     .flags = kByteCase, .graphic = k94, .final = 'u', .left = kIa5, .differs = "#$\\^`{}~",
+     .start = {{102}}},
 
     // Right halves with their partners.
     Latin(100, "ISO-8859-1", 'A'),
@@ -88,11 +89,13 @@ inline constexpr SetRow kSets[] = {
     Latin(126, "ISO-8859-7", 'F'),
     Latin(148, "ISO-8859-9", 'M'),
     Latin(203, "ISO-8859-15", 'b'),
-    {.number = 13, .name = "JIS X 0201", .iconv = nullptr, .reading = {"SHIFT_JIS"}, .flags = kByteCase,
-     .graphic = k94, .final = 'I', .left = 13 + kInSevenBits, .right = 13, .partner = 14, .start = {{14, 13}, 0, 1}},
+    {.number = 13, .name = "JIS X 0201", .iconv = nullptr, .reading = {"SHIFT_JIS"},
+     .flags = kByteCase, .graphic = k94, .final = 'I', .left = 13 + kInSevenBits, .right = 13,
+     .partner = 14, .start = {{14, 13}, 0, 1}},
     {.number = kT61, .name = "T.61", .iconv = "T.61-8BIT",
      .flags = CS_FLAG_T61 | CS_FLAG_CASE | CS_FLAG_ESCAPES, .escMode = 1, .units = Units::marked,
-     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = kIa5, .start = {{102, 0, kT61}, 0, 2}},
+     .graphic = k94, .final = 'v', .right = kT61, .partner = 102, .partner2 = kIa5,
+     .start = {{102, 0, kT61}, 0, 2}},
 
     // The same right halves, in seven bits.
     InSevenBits(100, "ISO-8859-1 RIGHT HALF", "ISO-8859-1"),
@@ -111,18 +114,18 @@ inline constexpr SetRow kSets[] = {
     TwoBytes(58, "GB 2312", 'A', "EUC-CN"),
 
     // Codes.
-    {.number = 1001, .name = "ISO-2022-JP", .iconv = "ISO-2022-JP", .flags = CS_FLAG_ESCAPES, .escMode = 1,
-     .start = {{kIa5}}},
-    {.number = 1002, .name = "ISO-2022-KR", .iconv = "ISO-2022-KR", .flags = CS_FLAG_ESCAPES, .escMode = 1,
-     .start = {{kIa5}}},
-    {.number = 1003, .name = "EUC-JP", .iconv = "EUC-JP", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{kIa5, 87, 13, 159}, 0, 1}},
-    {.number = 1004, .name = "EUC-KR", .iconv = "EUC-KR", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{kIa5, 149}, 0, 1}},
-    {.number = 1005, .name = "EUC-CN", .iconv = "EUC-CN", .flags = CS_FLAG_ASCII_SUPERSET, .escMode = 1,
-     .start = {{kIa5, 58}, 0, 1}},
-    {.number = kUtf8, .name = "UTF8", .iconv = "UTF-8", .flags = CS_FLAG_T61 | CS_FLAG_ASCII_SUPERSET,
-     .units = Units::utf8, .start = {{kIa5}}},
+    {.number = 1001, .name = "ISO-2022-JP", .iconv = "ISO-2022-JP", .flags = CS_FLAG_ESCAPES,
+     .escMode = 1, .start = {{kIa5}}},
+    {.number = 1002, .name = "ISO-2022-KR", .iconv = "ISO-2022-KR", .flags = CS_FLAG_ESCAPES,
+     .escMode = 1, .start = {{kIa5}}},
+    {.number = 1003, .name = "EUC-JP", .iconv = "EUC-JP", .flags = CS_FLAG_ASCII_SUPERSET,
+     .escMode = 1, .start = {{kIa5, 87, 13, 159}, 0, 1}},
+    {.number = 1004, .name = "EUC-KR", .iconv = "EUC-KR", .flags = CS_FLAG_ASCII_SUPERSET,
+     .escMode = 1, .start = {{kIa5, 149}, 0, 1}},
+    {.number = 1005, .name = "EUC-CN", .iconv = "EUC-CN", .flags = CS_FLAG_ASCII_SUPERSET,
+     .escMode = 1, .start = {{kIa5, 58}, 0, 1}},
+    {.number = kUtf8, .name = "UTF8", .iconv = "UTF-8",
+     .flags = CS_FLAG_T61 | CS_FLAG_ASCII_SUPERSET, .units = Units::utf8, .start = {{kIa5}}},
 };
 // clang-format on
 

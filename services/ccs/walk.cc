@@ -19,9 +19,9 @@ namespace
 // ---- Runs ----------------------------------------------------------------------------------
 //
 // A run has sets of byte classes:
-//     single       each byte is a unit leads        the byte begins a unit of two bytes, if the
-//     right byte follows: after a byte of the
-//                  left half another of that half, after one of the right half one of `rightTrails`
+//     single       the byte is a unit
+//     leads        the byte begins a unit of two bytes, if the other follows: in the left half any
+//                  character of that half, in the right half one of `rightTrails`
 //     foreign      the byte ends the run
 // For any other byte UnitAt decides.
 //

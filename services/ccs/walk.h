@@ -38,7 +38,9 @@ struct Runs {
 struct Walk {
     const SetRow *set; // of the string; null for one that the table does not know
     enum class Next : uint8_t { any, whole, rawByte } next; // what is known of the next segment
-    State state;                                            // after the segment returned last
+
+    State state; // after the segment returned last
+
     const Runs *runs; // of that state: one of the table's, or `own`
     Runs own;
 };
