@@ -96,46 +96,6 @@ TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
     }
 }
 
-// After every segment of every text, the model escapes alone bring about the same state: what
-// follows reads the same behind them as it did in the whole.
-TEST(Engine, ModelEscapesReestablishTheState)
-{
-    struct Stop {
-        const char *at;
-        std::string model;
-        std::string before; // what the walk has answered up to here
-    };
-    std::mt19937 random(TestSeed());
-    for (int round = 0; round < 10000; ++round) {
-        const char *set = kCodes[random() % std::size(kCodes)];
-        const CSDescriptor cs = {DescriptorOf(set).csNum, 1};
-        const std::string bytes = RandomText(random, 10);
-        std::vector<Stop> stops;
-        std::string before;
-        const char *at = bytes.c_str();
-        unsigned int size = 0;
-        for (uint16_t kind = ccs_Get1stStr(&cs, at, -1, &size); kind != CS_SEG_END;
-             kind = ccs_GetNextStr(&cs, at, -1, &size)) {
-            at += size;
-            before += (before.empty() ? "" : " ") + Notation(kind, size);
-            int length = 0;
-            const char *model = ccs_GetModelEscapes(&length);
-            ASSERT_LE(length, 81);
-            stops.push_back({at, {model, static_cast<size_t>(length)}, before});
-        }
-        for (const Stop &stop : stops) {
-            const std::string after =
-                before.substr(std::min(before.size(), stop.before.size() + 1));
-            const std::string model = SegmentsOf(cs, stop.model.c_str());
-            ASSERT_EQ(model.find_first_not_of("-x0123456789 "), model.npos) << model;
-            const bool both = !model.empty() && !after.empty();
-            ASSERT_EQ(SegmentsOf(cs, (stop.model + stop.at).c_str()),
-                      model + (both ? " " : "") + after)
-                << set << " " << testing::PrintToString(bytes) << " at " << stop.at - bytes.c_str();
-        }
-    }
-}
-
 // The length, negative where it does not count.
 int NextCharLen(const char *at, unsigned int avail, const CSDescriptor *cs)
 {
