@@ -3,8 +3,8 @@
 #define FUZZ_CASE_TABLE_H
 
 #include "services/services.h"
-#include "tests/process/digest.h"
 #include "tests/support/home.h"
+#include "tests/support/rules.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -33,10 +33,10 @@ inline void Demand(bool holds)
 inline std::string Taken(int done, CaseTableRecord *record)
 {
     const CaseTableRecord clear = {};
-    const std::string digest = done == 1 ? Digest(*record) : "";
+    const std::string rules = done == 1 ? RulesOf(*record) : "";
     Demand(done == 1 || std::memcmp(record, &clear, sizeof clear) == 0);
     str_FreeCTEntry(record);
-    return digest;
+    return rules;
 }
 
 inline std::string Load(const char *name)

@@ -21,6 +21,7 @@ namespace passing
 Failure failure;
 std::optional<int> nonsense;
 std::string converted;
+uint32_t moreFlags;
 Held held;
 
 namespace
@@ -83,12 +84,11 @@ PASS(int, os_rename, (const char *from, const char *to), (from, to))
 PASS(os_dirent *, os_readdir, (void *dir), (dir))
 PASS(int, os_USPatternMatch, (const char *string, const char *pattern), (string, pattern))
 PASS(int, ext_ChownToVornith, (const char *path), (path))
-PASS(const unsigned char *, enc_ConvertLongEncodedStr, (const char *text, int which, int *length), (text, which, length))
 PASS(void, dstring_appendN, (dstring *string, const char *bytes, unsigned int count), (string, bytes, count))
 PASS(void, dstring_appendChar, (dstring *string, char byte), (string, byte))
 PASS(void, dstring_set, (dstring *string, const char *text, int length), (string, text, length))
 
-PASS(uint32_t, ccs_GetCSFlags, (const CSDescriptor *cs), (cs))
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return NEXT(ccs_GetCSFlags)(cs) | moreFlags; }
 PASS(uint16_t, ccs_Get1stStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
 PASS(uint16_t, ccs_GetNextStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
 int16_t ccs_GetNumBytes(const CSDescriptor *cs) { return static_cast<int16_t>(nonsense.value_or(NEXT(ccs_GetNumBytes)(cs))); }
@@ -109,6 +109,13 @@ int cvc_ConvertString(int request, int options, const char *in, int inLength, co
     converted = std::to_string(request) + " " + std::to_string(options) + " " + from + ">" + to;
     return NEXT(cvc_ConvertString)(request, options, in, inLength, from, to, result, resultLength,
                                    a, b, c);
+}
+
+const unsigned char *enc_ConvertLongEncodedStr(const char *text, int which, int *length)
+{
+    const unsigned char *const bytes = NEXT(enc_ConvertLongEncodedStr)(text, which, length);
+    *length = nonsense.value_or(*length);
+    return bytes;
 }
 
 void *os_malloc(size_t size) { return Hold(&held.blocks, NEXT(os_malloc)(size)); }

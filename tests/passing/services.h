@@ -5,6 +5,7 @@
 #ifndef TESTS_PASSING_SERVICES_H
 #define TESTS_PASSING_SERVICES_H
 
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
@@ -21,11 +22,14 @@ extern Failure failure;
 
 inline constexpr int kCode = 4711; // of those escapes
 
-// What the length services answer in place of the default ones, for units and characters.
+// What the length services answer in place of the default ones, for units, characters and the bytes
+// that a notation writes down.
 extern std::optional<int> nonsense;
 
 // The last request for a conversion: "12 0 from>to".
 extern std::string converted;
+// Flags of every set, beyond those that it has.
+extern uint32_t moreFlags;
 
 // What was given out and has not come back.
 struct Held {

@@ -133,8 +133,6 @@ class EveryCall : public CaseTableTest
             << "whole or not there";
         str_FreeCTEntry(&theRecord);
         ReleaseTables();
-        char noTable;
-        ccs_SetCSTable(-1, &noTable); // nor is any registered
         if (failure.failed == "os_fclose")
             CloseAll(); // what could not be closed is the caller's
         EXPECT_TRUE(held.open.empty());

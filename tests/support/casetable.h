@@ -1,42 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What tests of case tables share: a home, what was logged and traced, and what tables hold, told
-// in the bytes of their compiled files and in words.
+// What tests of case tables share: a home, what was logged and traced, and no tables afterwards.
 #ifndef TESTS_SUPPORT_CASETABLE_H
 #define TESTS_SUPPORT_CASETABLE_H
 
 #include "tests/support/home.h"
+#include "tests/support/rules.h"
+#include "tests/support/sinks.h"
 
 #include <gtest/gtest.h>
-#include <str/casetable.h>
+#include <platform/os.h>
 
-#include <string>
-#include <string_view>
+#include <cstring>
 
-class CaseTableTest : public testing::Test
+class CaseTableTest : public testing::Test, protected Sinks
 {
   protected:
-    CaseTableTest();
-    ~CaseTableTest() override;
+    ~CaseTableTest() override { ReleaseTables(); }
 
-    // Releases the registry, unless it is an image, and the work area; nothing is attached then.
-    static void ReleaseTables();
+    // Releases the registry, unless it is an image, and the work area; nothing is attached then, nor
+    // registered with the service.
+    static void ReleaseTables()
+    {
+        for (int32_t i = 0; str_ba == nullptr && i < NumCaseTabs; ++i)
+            str_FreeCTEntry(&pCaseTabs[i]);
+        os_free(str_ba == nullptr ? pCaseTabs : nullptr);
+        str_ba = nullptr;
+        pCaseTabs = nullptr;
+        NumCaseTabs = 0;
+        str_FreeWkArea();
+        ccs_SetCSTable(-1, &str_ba);
+    }
 
-    static std::string logged; // the texts, a line each
-    static std::string traced; // "17+name 17-name "
-    TempHome home;
+    const TempHome home;
 };
 
-// A compiled file, perhaps with bytes behind it, with 0 for every reference and negative count.
-std::string WithoutReferences(std::string file);
-
-// The same of the file that `record`, of this process or of the attached image, and its arrays make.
-std::string FileOf(const CaseTableRecord &record);
-
-// What a whole compiled file says: "LATIN1 61>41 DF:5353 C2[61:C241 62:4100]", being the name, the
-// map's entries that are not the identity, the expansions, and the trails of each lead byte.
-std::string RulesOf(std::string_view file);
-
-bool IsClear(const CaseTableRecord &record);
+inline bool IsClear(const CaseTableRecord &record)
+{
+    const CaseTableRecord clear = {};
+    return std::memcmp(&record, &clear, sizeof clear) == 0;
+}
 
 #endif

@@ -2,26 +2,64 @@
 #ifndef TESTS_SUPPORT_HOME_H
 #define TESTS_SUPPORT_HOME_H
 
+#include "services/services.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
-// A service home of its own, as "~/" finds it, with the empty directories toupper and sys.  It is
-// the home until it goes, and goes with all that it holds.  Names are those behind "~/".
+// A service home of its own with the empty directories toupper and sys.  It is the home until it
+// goes, and goes with all that it holds.  Names are those after "~/".
 class TempHome
 {
   public:
-    TempHome();
-    ~TempHome();
+    TempHome() : path_((std::filesystem::temp_directory_path() / "libstr.XXXXXX").string())
+    {
+        if (mkdtemp(path_.data()) == nullptr || os_SetHome(path_.c_str()) != 0)
+            throw std::runtime_error("no temporary home");
+        std::filesystem::create_directory(PathOf("toupper"));
+        std::filesystem::create_directory(PathOf("sys"));
+    }
+    ~TempHome()
+    {
+        os_SetHome(nullptr);
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
     TempHome(const TempHome &) = delete;
     TempHome &operator=(const TempHome &) = delete;
 
     const std::string &path() const { return path_; }
     std::string PathOf(const std::string &name) const { return path_ + "/" + name; }
 
-    void Write(const std::string &name, std::string_view bytes) const;
-    std::string Read(const std::string &name) const; // throws where there is no such file
-    std::vector<std::string> List(const std::string &directory) const; // sorted
+    void Write(const std::string &name, std::string_view bytes) const
+    {
+        if (!(std::ofstream(PathOf(name), std::ios::binary) << bytes << std::flush))
+            throw std::runtime_error(name + " cannot be written");
+    }
+    std::string Read(const std::string &name) const
+    {
+        std::ifstream file(PathOf(name), std::ios::binary);
+        if (!file)
+            throw std::runtime_error(name + " cannot be read");
+        std::ostringstream bytes;
+        bytes << file.rdbuf();
+        return bytes.str();
+    }
+    // Whether it was there.
+    bool Remove(const std::string &name) const { return std::remove(PathOf(name).c_str()) == 0; }
+    std::set<std::string> List(const std::string &directory) const
+    {
+        std::set<std::string> names;
+        for (const auto &entry : std::filesystem::directory_iterator(PathOf(directory)))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
 
   private:
     std::string path_;
