@@ -6,6 +6,7 @@
 #include "services/services.h"
 #include "tests/support/casetable.h"
 #include "tests/support/guarded.h"
+#include "tests/support/random_text.h"
 #include "tests/support/samples.h"
 #include "tests/support/text.h"
 
@@ -23,8 +24,6 @@ using namespace libstr;
 
 namespace
 {
-
-constexpr unsigned kSeed = 31;
 
 // The shipped sources.
 class CaseConversion : public CaseTableTest
@@ -186,7 +185,7 @@ std::string Source(const std::vector<Rule> &rules)
 
 TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
 {
-    std::mt19937 random(kSeed);
+    std::mt19937 random(TestSeed());
     for (int round = 0; round < 40; ++round) {
         // Bytes that have many rules, among them the NUL, and now and then any other.
         std::string few(1 + random() % 8, '\0');

@@ -116,9 +116,7 @@ TEST_F(Services, TheHomeIsTheHostsThenTheEnvironmentsThenTheInstalledOne)
     EXPECT_EQ(installed.substr(installed.rfind('/')), "/libstr");
     setenv("STR_HOME", "/from/environment", 1);
     EXPECT_STREQ(os_GetHome(), "/from/environment");
-    std::string host = "/from/host";
-    EXPECT_EQ(os_SetHome(host.c_str()), 0);
-    host[1] = '\0';
+    EXPECT_EQ(os_SetHome("/from/host"s.c_str()), 0);
     EXPECT_EQ(os_SetHome(std::string(PATH_MAX, 'x').c_str()), -1);
     EXPECT_STREQ(os_GetHome(), "/from/host") << "a copy, and as it was";
     setenv("STR_HOME", "", 1);
@@ -273,22 +271,17 @@ TEST_F(Services, EachOpenDirectoryHasAnEntryOfItsOwn)
 
 TEST(OsNumbers, HaveDigitsOfTheirBase)
 {
-    const std::string ones(sizeof(long) * CHAR_BIT, '1'), zeros(89, '0');
-    const struct {
-        unsigned long value;
-        int base, minDigits;
-        std::string digits;
-    } rows[] = {{0, 10, -3, "0"},      {7, 10, 90, zeros + "7"},
-                {1234, 10, 3, "1234"}, {1260, 36, 3, "0z0"},
-                {~0UL, 2, 1, ones},    {5, 1, 1, ""},
-                {5, INT_MIN, 1, ""},   {5, 37, 1, ""}};
-    for (const auto &[value, base, minDigits, digits] : rows) {
+    const auto digits = [](unsigned long value, int base, int minDigits) {
         char text[100];
         int length = -1;
         os_ul2str(value, base, minDigits, text, &length);
-        EXPECT_EQ(text, digits);
-        EXPECT_EQ(length, digits.size());
-    }
+        EXPECT_EQ(text[length], '\0');
+        return std::string(text, text + length);
+    };
+    EXPECT_EQ(digits(0, 10, -3) + digits(1234, 10, 3) + digits(1260, 36, 3), "012340z0");
+    EXPECT_EQ(digits(7, 10, 90), std::string(89, '0') + "7");
+    EXPECT_EQ(digits(~0UL, 2, 1), std::string(sizeof(long) * CHAR_BIT, '1'));
+    EXPECT_EQ(digits(5, 1, 1) + digits(5, INT_MIN, 1) + digits(5, 37, 1), "");
 }
 
 // ---- lkf_ ----------------------------------------------------------------------------------
@@ -311,14 +304,13 @@ struct LockFile : Services {
 
 TEST_F(LockFile, ExcludesOtherProcesses)
 {
-    for (const int held : {LKF_SHARED, LKF_EXCLUSIVE})
-        for (const int wanted : {LKF_SHARED, LKF_EXCLUSIVE}) {
-            const int handle = Lock(held);
-            EXPECT_EQ(IsGranted(wanted), held == LKF_SHARED && wanted == LKF_SHARED)
-                << held << " " << wanted;
-            lkf_UnLockFile(handle);
-            EXPECT_TRUE(IsGranted(wanted)) << held << " " << wanted;
-        }
+    for (const int held : {LKF_SHARED, LKF_EXCLUSIVE}) {
+        const int handle = Lock(held);
+        EXPECT_EQ(IsGranted(LKF_SHARED), held == LKF_SHARED);
+        EXPECT_FALSE(IsGranted(LKF_EXCLUSIVE));
+        lkf_UnLockFile(handle);
+        EXPECT_TRUE(IsGranted(LKF_EXCLUSIVE));
+    }
 }
 
 TEST_F(LockFile, GoesWithAKilledHolderWhoseChildLives)
@@ -425,12 +417,9 @@ TEST_F(LockFile, IsMadeForEverybodyAndMayBeReadOnlyToShare)
     chmod(home.path().c_str(), 0755);
     // Modes of ~/toupper and of the lock file; what those get who share, and who do not.
     constexpr mode_t kNone = 07777;
-    constexpr int kNo = OS_ESC_FILE % 100;
-    const struct {
-        mode_t tables, lock;
-        int shared, exclusive;
-    } rows[] = {{0777, 0444, 0, kNo}, {0777, 0, kNo, kNo}, {0777, kNone, kNo, kNo},
-                {0555, 0444, 0, 0},   {0555, 0, 0, 0},     {0555, kNone, 0, 0}};
+    constexpr mode_t kNo = OS_ESC_FILE % 100;
+    const mode_t rows[][4] = {{0777, 0444, 0, kNo}, {0777, 0, kNo, kNo}, {0777, kNone, kNo, kNo},
+                              {0555, 0444, 0, 0},   {0555, 0, 0, 0},     {0555, kNone, 0, 0}};
     for (const auto &[tables, lock, shared, exclusive] : rows) {
         home.Write("sys/toupper.lk", "");
         chmod(home.PathOf("toupper").c_str(), tables);
@@ -438,7 +427,7 @@ TEST_F(LockFile, IsMadeForEverybodyAndMayBeReadOnlyToShare)
         chmod(home.PathOf("sys").c_str(), 0555);
         for (const int mode : {LKF_SHARED, LKF_EXCLUSIVE})
             EXPECT_EQ(InChild([=] { return (BecomeNobody(), TryLock(mode) % 100); }),
-                      mode == LKF_SHARED ? shared : exclusive)
+                      static_cast<int>(mode == LKF_SHARED ? shared : exclusive))
                 << tables << " " << lock;
         chmod(home.PathOf("sys").c_str(), 0755);
     }
@@ -467,35 +456,27 @@ TEST(ServiceAccount, GetsTheGroupAloneFromItsMembers)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can make files of others";
-    constexpr uid_t kAccount = 40000, kNobody = 65534;
-    constexpr gid_t kGroup = 40001;
-    const struct {
-        uid_t actor;
-        gid_t group; // of the home
-        uid_t owner; // of the file, and its group, and its owner afterwards
-        gid_t fileGroup;
-        uid_t ownerAfter;
-        bool succeeds;
-    } rows[] = {{0, kGroup, 0, 0, kAccount, true},
-                {kNobody, kNobody, kNobody, kGroup, kNobody, true},
-                {kNobody, kGroup, kNobody, kNobody, kNobody, false},
-                {kNobody, kGroup, kAccount, kGroup, kAccount, true}};
+    constexpr unsigned int kAccount = 40000, kGroup = 40001, kNobody = 65534;
+    // Who acts, the home's group, the file's owner and group, its owner afterwards, success.
+    const unsigned int rows[][6] = {{0, kGroup, 0, 0, kAccount, 1},
+                                    {kNobody, kNobody, kNobody, kGroup, kNobody, 1},
+                                    {kNobody, kGroup, kNobody, kNobody, kNobody, 0},
+                                    {kNobody, kGroup, kAccount, kGroup, kAccount, 1}};
     for (const auto &[actor, group, owner, fileGroup, ownerAfter, succeeds] : rows) {
         const TempHome home;
         home.Write("file", "");
         chmod(home.path().c_str(), 0755);
         ASSERT_EQ(chown(home.path().c_str(), kAccount, group), 0);
         ASSERT_EQ(chown(home.PathOf("file").c_str(), owner, fileGroup), 0);
-        const auto give = [isRoot = actor == 0] {
-            if (!isRoot)
-                BecomeNobody();
-            return ext_ChownToVornith("~/file") == 0 ? 1 : 0;
-        };
-        EXPECT_EQ(InChild(give), succeeds ? 1 : 0);
+        const bool isGiven = InChild([isRoot = actor == 0] {
+                                 isRoot ? void() : BecomeNobody();
+                                 return ext_ChownToVornith("~/file");
+                             }) == 0;
+        EXPECT_EQ(isGiven, succeeds == 1);
         struct stat file;
         ASSERT_EQ(stat(home.PathOf("file").c_str(), &file), 0);
         EXPECT_EQ(file.st_uid, ownerAfter);
-        EXPECT_EQ(file.st_gid == group, succeeds);
+        EXPECT_EQ(file.st_gid == group, succeeds == 1);
     }
 }
 
@@ -506,10 +487,8 @@ TEST(EncodedBytes, FollowTheNotation)
     const std::string large(100000, 'x');
     const std::pair<const char *, std::string> rows[] = {
         {"", ""},
-        {"a ~\\\\x41", "a ~\\x41"},
-        {"\\xE9\\xe9g", "\xE9\xE9g"},
-        {"\\351\\377\\000a", "\351\377\0a"s},
-        {"\\x00\\x41\\102", "\0AB"s},
+        {"\\xE9\\xe9ga ~\\\\x41", "\xE9\xE9ga ~\\x41"},
+        {"\\351\\377\\000a\\x00\\x41\\102", "\351\377\0a\0AB"s},
         {large.c_str(), large},
     };
     for (const auto &[text, expected] : rows) {
@@ -542,46 +521,37 @@ TEST(EncodedBytes, WithoutAKeyOfThreadsAreAnEscape)
 
 // ---- Registration of case tables -----------------------------------------------------------
 
-uint16_t TableOf(int number)
-{
-    const CSDescriptor cs{static_cast<uint16_t>(number), 0};
-    EXPECT_EQ(ccs_GetCSNumber(&cs), number);
-    return ccs_GetToUpperTable(&cs);
-}
-
 TEST(Registration, IsOfEverySetAndMayLieInATableOfTheHosts)
 {
+    const auto tableOf = [](int number) {
+        const CSDescriptor cs{static_cast<uint16_t>(number), 0};
+        EXPECT_EQ(ccs_GetCSNumber(&cs), number);
+        return ccs_GetToUpperTable(&cs);
+    };
     const int32_t count = ccs_GetSetCount();
     ccs_SetInfo info;
-    for (const int added : {0, 1}) {
+    for (const int added : {0, 1})
         for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i) {
-            EXPECT_EQ(TableOf(info.number), added * (i + 1));
-            ccs_PutToUpperByCSNum(info.number, static_cast<uint16_t>(i + 1), 0, nullptr);
+            EXPECT_EQ(tableOf(info.number), added * (i + 1));
+            for (const int number : {int{info.number}, -1, 0, 7, 6 + 0x10000, INT_MAX})
+                ccs_PutToUpperByCSNum(number, static_cast<uint16_t>(i + 1), 0, nullptr);
         }
-        for (const int nobodys : {-1, 0, 7, 6 + 0x10000, INT_MAX})
-            ccs_PutToUpperByCSNum(nobodys, 99, 0, nullptr);
-    }
-    EXPECT_EQ(TableOf(7) + TableOf(0xFFFF), 0);
-
+    EXPECT_EQ(tableOf(7) + tableOf(0xFFFF), 0);
     std::vector<uint16_t> shared(static_cast<size_t>(count));
-    ccs_PutToUpperByCSNum(87, 4711, 0, nullptr);
-    ccs_PutToUpperByCSNum(6, 3, count, shared.data());
-    EXPECT_EQ(TableOf(6), 1) << "not in use yet";
+    ccs_PutToUpperByCSNum(6, 4711, count, shared.data());
+    EXPECT_EQ(tableOf(6), 1) << "not in use yet";
     ccs_SetCSTable(count, shared.data());
-    EXPECT_EQ(TableOf(6), 3);
-    EXPECT_EQ(TableOf(87), 0);
+    EXPECT_EQ(tableOf(6) + tableOf(87), 4711);
     int32_t answered = 0;
     EXPECT_EQ(ccs_GetCSTable(&answered), shared.data());
     EXPECT_EQ(answered, count);
-    EXPECT_EQ(std::accumulate(shared.begin(), shared.end(), 0), 3);
-
+    EXPECT_EQ(std::accumulate(shared.begin(), shared.end(), 0), 4711);
     ccs_SetCSTable(0, nullptr);
-    EXPECT_EQ(TableOf(6), 1);
-    EXPECT_EQ(TableOf(87), 4711);
-    ccs_PutToUpperByCSNum(6, 9, count - 1, shared.data());
-    EXPECT_EQ(TableOf(6), 9) << "a table of other sets";
+    ccs_PutToUpperByCSNum(87, 9, count - 1, shared.data());
+    EXPECT_EQ(tableOf(6), 1);
+    EXPECT_EQ(tableOf(87), 9) << "a table of other sets";
     ccs_SetCSTable(count + 1, shared.data());
-    EXPECT_EQ(TableOf(6) + TableOf(87), 0) << "emptied: other case tables";
+    EXPECT_EQ(tableOf(6) + tableOf(87), 0) << "emptied: other case tables";
 }
 
 } // namespace

@@ -10,25 +10,21 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 using namespace libstr;
 
 namespace
 {
 
-int failures = 0;
+#define CHECK(holds) ((holds) ? void() : (std::puts("FAILED: " #holds), std::exit(1)))
 
-void Check(bool holds, const char *what)
-{
-    if (!holds) {
-        std::printf("FAILED: %s\n", what);
-        ++failures;
-    }
-}
+[[noreturn]] void Raise(int escapeClass) { er_TracedEscape(escapeClass, 7, "tests/frame", 1); }
 
-[[noreturn]] void Raise(int escapeClass, int code)
+template <class Body, class Handler>
+bool Protect(frame::Verdict verdict, Body body, Handler handler)
 {
-    er_TracedEscape(escapeClass, code, "tests/frame", 1);
+    return frame::Protect("tests/frame", verdict, body, handler);
 }
 
 // Stores of every sort, the last right before the escape and none of them read again by the body.
@@ -39,10 +35,10 @@ struct Held {
     char buffer[32] = {};
 };
 
-void TakeAndFail(Held &held, int escapeClass)
+void StoresSurviveTheEscape(Held &held)
 {
-    frame::Protect(
-        "tests/frame", frame::Accept(3),
+    Protect(
+        frame::Accept(3),
         [&] {
             held.open = true;
             held.count += 2;
@@ -50,114 +46,41 @@ void TakeAndFail(Held &held, int escapeClass)
             for (char &c : held.buffer)
                 c = 'x';
             held.count += 40;
-            Raise(escapeClass, 7);
+            Raise(3);
         },
         [&] {
-            Check(held.open && held.count == 42 && held.name != nullptr && held.buffer[31] == 'x',
-                  "the handler sees what the body stored");
+            CHECK(held.open && held.count == 42 && held.name != nullptr && held.buffer[31] == 'x');
             held.open = false;
         });
 }
 
-void StoresSurviveTheEscape()
-{
-    Held held;
-    TakeAndFail(held, 3);
-    Check(!held.open && held.count == 42, "so does the caller, and what the handler stored");
-
-    // The same with everything in one frame, where the optimiser sees most.
-    bool open = false;
-    int steps = 0;
-    const bool completed = frame::Protect(
-        "tests/frame", frame::Clear(),
-        [&] {
-            open = true;
-            ++steps;
-            Raise(9, 8);
-        },
-        [&] { steps += open ? 10 : 100; });
-    Check(!completed && open && steps == 11, "stores to locals of one frame");
-}
-
-void ABodyThatCompletesIsNotHandled()
-{
-    sigjmp_buf *const before = er_GetCurrEnv();
-    int done = 0;
-    const bool completed = frame::Protect(
-        "tests/frame", frame::Propagate(), [&] { done = 1; }, [&] { done = 2; });
-    Check(completed && done == 1, "a body that completes is not handled");
-    Check(er_GetCurrEnv() == before, "the enclosing environment is back after a body");
-}
-
 // What each verdict makes of an escape of class `escapeClass`: 1 when it was swallowed, 2 when it
-// came through to the enclosing region.
-int Outcome(frame::Verdict verdict, int escapeClass)
+// came through to the enclosing region.  All in one frame, where the optimiser sees most.
+int Outcome(frame::Verdict verdict, int escapeClass, int cleanUpRaises = 0)
 {
-    int outcome = 0;
-    frame::Protect(
-        "tests/frame", frame::Clear(),
+    int outcome = 0, steps = 0;
+    Protect(
+        frame::Clear(),
         [&] {
             sigjmp_buf *const mine = er_GetCurrEnv();
-            frame::Protect(
-                "tests/frame", verdict, [&] { Raise(escapeClass, 5); },
-                [&] {
-                    Check(er_GetCurrEnv() == mine, "the enclosing one is current in a handler");
-                });
+            const auto cleanUp = [&] {
+                CHECK(++steps == 2 && er_GetCurrEnv() == mine);
+                if (cleanUpRaises != 0)
+                    Raise(cleanUpRaises);
+            };
+            CHECK(!Protect(
+                verdict, [&] { ++steps, Raise(escapeClass); }, cleanUp));
             outcome = 1;
         },
         [&] { outcome = 2; });
-    Check(er_GetLive() == 0, "nothing is live in the end");
+    CHECK(steps == 2 && er_GetLive() == 0);
     return outcome;
-}
-
-void VerdictsDecide()
-{
-    Check(Outcome(frame::Accept(3), 3) == 1, "accept swallows its class");
-    Check(Outcome(frame::Accept(3), 5) == 2, "accept passes another class on");
-    Check(Outcome(frame::Accept(5), 5) == 1, "accept of another class");
-    Check(Outcome(frame::Propagate(), 3) == 2, "propagate passes everything on");
-    Check(Outcome(frame::Clear(), 3) == 1, "clear swallows everything");
-}
-
-// An escape that the clean-up raises belongs to the enclosing region.
-void CleanUpMayEscape()
-{
-    int outer = 0;
-    frame::Protect(
-        "tests/frame", frame::Accept(3),
-        [&] {
-            frame::Protect(
-                "tests/frame", frame::Accept(3), [&] { Raise(3, 1); }, [&] { Raise(3, 2); });
-            outer = 100;
-        },
-        [&] { ++outer; });
-    Check(outer == 1, "an escape from the clean-up goes to the enclosing region");
 }
 
 void RegionsNestDeeply(int depth, int &unwound)
 {
-    frame::Protect(
-        "tests/frame", frame::Propagate(),
-        [&] {
-            if (depth == 0)
-                Raise(3, 4);
-            RegionsNestDeeply(depth - 1, unwound);
-        },
-        [&] { ++unwound; });
-}
-
-// Passes an escape on from a region around which there is none.
-int HowTheProcessEnds()
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        frame::Protect(
-            "tests/frame", frame::Propagate(), [] { Raise(3, 6); }, [] {});
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    const auto deeper = [&] { depth == 0 ? Raise(3) : RegionsNestDeeply(depth - 1, unwound); };
+    Protect(frame::Propagate(), deeper, [&] { ++unwound; });
 }
 
 } // namespace
@@ -167,15 +90,24 @@ extern "C" void er_TraceBeforeJump(const char *, int) {}
 
 int main()
 {
-    StoresSurviveTheEscape();
-    ABodyThatCompletesIsNotHandled();
-    VerdictsDecide();
-    CleanUpMayEscape();
-    int unwound = 0;
-    frame::Protect(
-        "tests/frame", frame::Accept(3), [&] { RegionsNestDeeply(100, unwound); }, [] {});
-    Check(unwound == 101, "every region on the way is unwound once");
-    Check(er_GetCurrEnv() == nullptr, "no environment is left behind");
-    Check(HowTheProcessEnds() == SIGABRT, "an escape that has nowhere to go aborts");
-    return failures == 0 ? 0 : 1;
+    Held held;
+    StoresSurviveTheEscape(held);
+    CHECK(!held.open && held.count == 42);
+    int done = 0, unwound = 0;
+    CHECK(Protect(
+              frame::Propagate(), [&] { done = 1; }, [&] { done = 2; }) &&
+          done == 1);
+    CHECK(Outcome(frame::Accept(3), 3) == 1 && Outcome(frame::Accept(5), 5) == 1);
+    CHECK(Outcome(frame::Accept(3), 5) == 2 && Outcome(frame::Propagate(), 3) == 2);
+    CHECK(Outcome(frame::Clear(), 3) == 1 && Outcome(frame::Accept(3), 3, 3) == 2);
+    Protect(
+        frame::Accept(3), [&] { RegionsNestDeeply(100, unwound); }, [] {});
+    CHECK(unwound == 101 && er_GetCurrEnv() == nullptr);
+    const pid_t child = fork(); // it passes an escape on from a region around which there is none
+    if (child == 0)
+        Protect(
+            frame::Propagate(), [] { Raise(3); }, [] {});
+    int status = 0;
+    CHECK(waitpid(child, &status, 0) == child && WIFSIGNALED(status) &&
+          WTERMSIG(status) == SIGABRT);
 }
