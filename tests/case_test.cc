@@ -226,7 +226,7 @@ TEST_F(CaseConversion, LengthsBeyondTheTextMeanTheText)
         for (const int length : {-1, INT_MIN, 3, 4, INT_MAX, 2, 1, 0}) {
             const std::string expected = upper.substr(0, static_cast<unsigned>(length));
             int outLen = -1;
-            EXPECT_EQ(str_ToUpper(text.c_str(), length, &outLen, &cs), expected);
+            EXPECT_EQ(str_ToUpper(text.c_str(), length, &outLen, &cs), expected) << set;
             EXPECT_EQ(outLen, expected.size()) << set << " " << length;
         }
     }

@@ -106,23 +106,20 @@ struct Services : testing::Test {
 
 TEST_F(Services, TheHomeIsTheHostsThenTheEnvironmentsThenTheInstalledOne)
 {
-    home.Write("only-here", "");
-    EXPECT_NE(os_fexists("~/only-here"), 0);
-    EXPECT_EQ(os_fexists("only-here"), 0) << "below the working directory";
-    EXPECT_EQ(os_fexists("~"), 0) << "a name like any other";
     unsetenv("STR_HOME");
     os_SetHome("");
     const std::string installed = os_GetHome();
-    EXPECT_EQ(installed.substr(installed.rfind('/')), "/libstr");
-    setenv("STR_HOME", "/from/environment", 1);
-    EXPECT_STREQ(os_GetHome(), "/from/environment");
-    EXPECT_EQ(os_SetHome("/from/host"s.c_str()), 0);
-    EXPECT_EQ(os_SetHome(std::string(PATH_MAX, 'x').c_str()), -1);
-    EXPECT_STREQ(os_GetHome(), "/from/host") << "a copy, and as it was";
-    setenv("STR_HOME", "", 1);
-    EXPECT_EQ(os_SetHome(nullptr), 0);
-    EXPECT_EQ(os_GetHome(), installed);
+    EXPECT_TRUE(installed.ends_with("/libstr")) << installed;
+    for (const char *environment : {"/from/environment", ""}) {
+        setenv("STR_HOME", environment, 1);
+        EXPECT_EQ(os_GetHome(), *environment == '\0' ? installed : environment);
+        EXPECT_EQ(os_SetHome("/from/host"s.c_str()), 0);
+        EXPECT_EQ(os_SetHome(std::string(PATH_MAX, 'x').c_str()), -1);
+        EXPECT_STREQ(os_GetHome(), "/from/host") << "a copy, and as it was";
+        EXPECT_EQ(os_SetHome(nullptr), 0);
+    }
     unsetenv("STR_HOME");
+    EXPECT_EQ(os_fexists("~"), 0) << "a name like any other";
 }
 
 TEST_F(Services, WhatCannotBeHadIsAnEscapeAndLeavesNothingOpen)
@@ -165,13 +162,12 @@ TEST_F(Services, LinesEndAtTheirNewlineOrTheBufferAndNotAtAnError)
     home.Write("lines", "ab\n\nabcdef\0g"s);
     FILE *stream = os_fopen("~/lines", "r");
     EXPECT_EQ(fcntl(fileno(stream), F_GETFD), FD_CLOEXEC);
-    for (const char *const expected : {"ab\n", "\n", "abcd", "ef"}) {
-        ASSERT_EQ(os_fgets(line, sizeof line, stream), line);
-        EXPECT_STREQ(line, expected);
-    }
+    std::string lines;
+    while (os_fgets(line, sizeof line, stream) != nullptr)
+        lines += line + "|"s;
+    EXPECT_EQ(lines, "ab\n|\n|abcd|ef|");
     EXPECT_EQ(os_fgets(line, 1, stream), line);
     EXPECT_EQ(line[0], '\0');
-    EXPECT_EQ(os_fgets(line, sizeof line, stream), nullptr);
     EXPECT_EQ(os_fgets(line, 0, stream), nullptr);
     EXPECT_EQ(os_fclose(stream), 0);
     stream = os_fopen(home.path().c_str(), "r");

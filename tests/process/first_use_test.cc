@@ -93,21 +93,13 @@ class FirstUse : public CaseTableTest
             home.Remove(made);
     }
 
-    // Waits until the other end of a pipe is closed.
-    static void WaitFor(const int (&start)[2])
-    {
-        char none;
-        close(start[1]);
-        EXPECT_EQ(read(start[0], &none, 1), 0);
-    }
-
     CaseTableRecord record = {};
     std::string rules;
 };
 
 // What an onlooker shares with the main process.
 struct Board {
-    std::atomic<unsigned> round; // odd while the files are being taken away
+    std::atomic<unsigned> round; // odd between the races, while the files are taken away
     std::atomic<bool> over;
     std::atomic<unsigned> loads, faults, replaced;
 };
@@ -118,7 +110,7 @@ TEST_F(FirstUse, IsARaceThatAllWin)
 {
     std::mt19937 random(TestSeed());
     auto *const board = new (mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE,
-                                  MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Board{};
+                                  MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Board{1, false, 0, 0, 0};
     const pid_t onlooker = Fork([&] {
         unsigned lastRound = 1;
         ino_t lastFile = 0;
@@ -140,13 +132,14 @@ TEST_F(FirstUse, IsARaceThatAllWin)
     });
     int killed = 0;
     for (int round = 0; round < 50 && !HasFailure(); ++round) {
-        int start[2]; // all begin when its other end is closed
-        ASSERT_EQ(pipe(start), 0);
         pid_t processes[32];
         for (pid_t &process : processes)
-            process = Fork([&] { return (WaitFor(start), UseTheSet()); });
-        close(start[0]);
-        close(start[1]);
+            process = Fork([&] {
+                while (board->round % 2 == 1)
+                    usleep(10);
+                return UseTheSet();
+            });
+        ++board->round;
         for (const pid_t process : processes)
             if (random() % 8 == 0) { // though some have ended before
                 usleep(1U << random() % 14);
@@ -161,7 +154,6 @@ TEST_F(FirstUse, IsARaceThatAllWin)
         EXPECT_TRUE(LockIsFree() && FileIsRight());
         ++board->round;
         Undo();
-        ++board->round;
     }
     board->over = true;
     EXPECT_EQ(StatusOf(onlooker), 0);
