@@ -44,7 +44,7 @@ TEST(ErService, EscapesEndByTheirClassOrAreCleared)
     EXPECT_EQ(er_GetLastCode(), before.code);
 }
 
-TEST(ErService, EscapesAreTracedWhereTheyAreRaisedAndPassedOn)
+TEST(ErService, EscapesAreTracedWhereTheLevelAsksForThem)
 {
     static std::string places;
     const Sinks sinks;
@@ -56,6 +56,13 @@ TEST(ErService, EscapesAreTracedWhereTheyAreRaisedAndPassedOn)
         er_TraceBeforeJump("there", 34);
     }
     EXPECT_EQ(places, "-1escape 24002 at here:12 -1passing on 24002 at there:34 ");
+    testing::internal::CaptureStderr();
+    er_SetTraceSink(nullptr);
+    for (const int level : {9, 10}) {
+        er_SubSystemLoggingLevel = level;
+        er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libstr: trace 17: enter told\n");
 }
 
 TEST(ErService, EnvironmentsAreTheThreadsAndComeBack)
@@ -114,17 +121,6 @@ TEST(ErServiceDeathTest, AnEscapeWithoutEnvironmentEndsTheProcess)
         er_TraceBeforeJump("there", 34);
     };
     EXPECT_DEATH(passOn(), "24002: .*no error environment, there:34");
-}
-
-TEST(ErServiceTraces, AreWrittenWhereTheLevelAsksForThem)
-{
-    testing::internal::CaptureStderr();
-    for (const int level : {9, 10}) {
-        er_SubSystemLoggingLevel = level;
-        er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
-    }
-    er_SubSystemLoggingLevel = 0;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libstr: trace 17: enter told\n");
 }
 
 } // namespace

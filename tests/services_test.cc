@@ -201,6 +201,8 @@ TEST_F(Services, SignalsDoNotEndTheReading)
     FILE *stream = InterruptedPipe();
     EXPECT_EQ(os_fgets(text, sizeof text, stream), text);
     EXPECT_STREQ(text, "abc\n");
+    errno = EIO; // of an error that is over
+    EXPECT_EQ(os_fgets(text, sizeof text, stream), nullptr);
     os_fclose(stream);
     stream = InterruptedPipe();
     EXPECT_EQ(os_fread(text, 2, 3, stream), 2u);
@@ -216,12 +218,14 @@ TEST_F(Services, LossIsAnEscapeAndTheHandlerCanClose)
         return stream;
     };
     mdc_fclose(loseAtOnce()); // the next stream has the same address
-    for (const bool small : {true, false}) {
+    const std::pair<size_t, size_t> rows[] = {{0, 3}, {sizeof large, 0}, {sizeof large, 3}};
+    for (const auto &[first, second] : rows) {
         FILE *const stream = os_fopen("/dev/full", "w");
-        mdc_fwrite(large, 1, small ? 3 : sizeof large, stream);
-        EXPECT_EQ(Escaped([=] { os_fclose(stream); }), OS_ESC_FILE) << small;
+        mdc_fwrite(large, 1, first, stream);
+        mdc_fwrite(large, 1, second, stream);
+        EXPECT_EQ(Escaped([=] { os_fclose(stream); }), OS_ESC_FILE) << first << " " << second;
         EXPECT_TRUE(IsOpen(next));
-        EXPECT_EQ(os_fclose(stream), 0) << small;
+        EXPECT_EQ(os_fclose(stream), 0) << first << " " << second;
         EXPECT_FALSE(IsOpen(next));
     }
     FILE *const stream = loseAtOnce();
@@ -265,7 +269,7 @@ TEST_F(Services, EachOpenDirectoryHasAnEntryOfItsOwn)
     os_closedir(second);
 }
 
-TEST(OsNumbers, HaveDigitsOfTheirBase)
+TEST(OsNumbers, HaveDigitsOfTheirBaseAndTextsFitTheirRoom)
 {
     const auto digits = [](unsigned long value, int base, int minDigits) {
         char text[100];
@@ -278,6 +282,11 @@ TEST(OsNumbers, HaveDigitsOfTheirBase)
     EXPECT_EQ(digits(7, 10, 90), std::string(89, '0') + "7");
     EXPECT_EQ(digits(~0UL, 2, 1), std::string(sizeof(long) * CHAR_BIT, '1'));
     EXPECT_EQ(digits(5, 1, 1) + digits(5, INT_MIN, 1) + digits(5, 37, 1), "");
+    char room[] = "zzz";
+    EXPECT_EQ(mdc_strlcpy(room, "abcd", 0), 4u);
+    EXPECT_STREQ(room, "zzz");
+    EXPECT_EQ(mdc_strlcpy(room, "abcd", 3), 4u);
+    EXPECT_STREQ(room, "ab");
 }
 
 // ---- lkf_ ----------------------------------------------------------------------------------
@@ -427,6 +436,12 @@ TEST_F(LockFile, IsMadeForEverybodyAndMayBeReadOnlyToShare)
                 << tables << " " << lock;
         chmod(home.PathOf("sys").c_str(), 0755);
     }
+    home.Write("sys/toupper.lk", "");
+    const int handle = Lock(LKF_EXCLUSIVE);
+    EXPECT_EQ(InChild([=] { return (BecomeNobody(), TryLock(LKF_SHARED) % 100); }),
+              LKF_ESC_TIMEOUT % 100)
+        << "one that is there is waited for";
+    lkf_UnLockFile(handle);
 }
 
 // ---- ext_ ----------------------------------------------------------------------------------
