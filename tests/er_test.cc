@@ -58,11 +58,14 @@ TEST(ErService, EscapesAreTracedWhereTheLevelAsksForThem)
     EXPECT_EQ(places, "-1escape 24002 at here:12 -1passing on 24002 at there:34 ");
     testing::internal::CaptureStderr();
     er_SetTraceSink(nullptr);
+    er_SetLogSink(nullptr);
     for (const int level : {9, 10}) {
+        er_LogInfo(1, "said", 0); // each time, as it is not why an escape was raised
         er_SubSystemLoggingLevel = level;
         er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "libstr: trace 17: enter told\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "libstr: said\nlibstr: said\nlibstr: trace 17: enter told\n");
 }
 
 TEST(ErService, EnvironmentsAreTheThreadsAndComeBack)
