@@ -247,12 +247,12 @@ TEST_F(CaseConversion, TheBufferHasRoomForTheNulWhateverTheTextEndsWith)
     const CSDescriptor ia5 = DescriptorOf("IA5"), mail = DescriptorOf("ISO-2022-JP");
     EXPECT_EQ(Upper("s", ia5), "SS");
     for (size_t more = 0; more < 8; ++more) {
-        const size_t bytes = Capacity() - 5 + more % 4, expanding = bytes / 3;
+        const size_t bytes = Capacity() - 2 + more % 4, expanding = bytes / 3;
         const std::string kana = "\x1B(I" + std::string(bytes - 2 * expanding - 3, '1');
         const std::string text = std::string(expanding, 's') + kana;
         EXPECT_EQ(Upper(text, mail), std::string(2 * expanding, 'S') + kana);
         EXPECT_LT(bytes, Capacity());
-        const size_t full = Capacity() - 5 + more % 4;
+        const size_t full = Capacity() - 2 + more % 4;
         EXPECT_EQ(Upper(std::string(full / 2, 's') + std::string(full % 2, 'x'), ia5).size(), full);
         EXPECT_LT(full, Capacity());
     }

@@ -360,6 +360,7 @@ TEST_F(LockFile, InvalidHandlesTouchNothing)
     const int handle = Lock(LKF_EXCLUSIVE);
     close(next);
     ASSERT_EQ(os_open(home.path().c_str(), O_RDONLY, 0), next);
+    EXPECT_EQ(InChild([=, this] { return IsOpen(next) ? 0 : 1; }), 0) << "nor do forks";
     lkf_UnLockFile(handle);
     EXPECT_TRUE(IsOpen(next)) << "another's now";
     close(next);
