@@ -38,7 +38,7 @@ inline Char CharAt(const char *at)
 
 // Whether the `length` bytes at `at`, one or more, begin a well-formed character but do not end it.
 // GLib alone accepts E0 80 too, which begins no character.  After the second byte any continuation
-// byte may follow.
+// byte may follow.  Nothing is read after a NUL.
 inline bool IsCutOff(const char *at, size_t length)
 {
     const auto lead = static_cast<guchar>(*at);
@@ -46,7 +46,7 @@ inline bool IsCutOff(const char *at, size_t length)
     if (lead < 0xC2 || lead > 0xF4 || length >= whole)
         return false;
     char completed[] = "\x80\x80\x80\x80";
-    std::memcpy(completed, at, length);
+    std::strncpy(completed, at, length);
     return length == 1 || g_utf8_validate(completed, static_cast<gssize>(whole), nullptr) != FALSE;
 }
 
