@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Pattern matching of real text: what a text says decides, not the escape sequences that say it.
+// Pattern matching of real text beside a slow matcher: what a text says decides, not the escape
+// sequences that say it.
 #include "tests/support/guarded.h"
-#include "tests/support/samples.h"
+#include "tests/support/meaning.h"
+#include "tests/support/random_text.h"
 #include "tests/support/text.h"
 
+#include <glib.h>
 #include <gtest/gtest.h>
 #include <platform/os.h>
 #include <str/str.h>
@@ -12,73 +15,91 @@
 namespace
 {
 
-int Match(const char *set, std::string_view string, std::string_view pattern)
+const CSDescriptor kMail = DescriptorOf("ISO-2022-JP");
+
+bool AreEquivalent(uint16_t a, uint16_t b) { return a == b && a != CS_SEG_RAW; }
+
+// Every text of up to `most` letters.
+std::vector<std::string> Texts(const std::string &letters, size_t most)
 {
-    const CSDescriptor cs = DescriptorOf(set);
-    const Guarded text(string), wanted(pattern);
-    return str_USPatternMatch(text.c_str(), wanted.c_str(), &cs);
+    std::vector<std::string> texts = {""};
+    for (size_t i = 0; i < texts.size(); ++i)
+        for (const char letter : texts[i].size() < most ? letters : "")
+            texts.push_back(texts[i] + letter);
+    return texts;
 }
 
-TEST(Match, ReadsTextsInTheirSets)
+// Divided at every place by a sequence that changes nothing.
+void AddEveryCut(std::vector<Meaning> *cuts, const std::vector<std::string> &texts)
 {
-    // clang-format off
-    const struct {
-        const char *set, *string, *pattern;
-        int answer;
-        const char *why;
-    } rows[] = {
-        {"ISO-2022-JP", "A\x1B$B$\"$$\x1B(BB", "A_B", 1, "between two escapes"},
-        {"ISO-2022-JP", "A\x1B$B$\"$$\x1B(BB", "_\x1B$B$$\x1B(BB", 1, "a tail in two sets"},
-        {"ISO-2022-JP", "A\x1B$B$\"$$\x1B(BB", "_\x1B$B$\"_\x1B(BB", 1, "a US in the other set"},
-        {"ISO-2022-JP", "A\x1B$B$\"$$\x1B(BB", "_$$_", 0, "the same bytes in ASCII"},
-        {"ISO-2022-JP", "A\x1B$B$\"$$\x1B(BB", "A\x1B$B$\"\x1B(B\x1B$B$$\x1B(BB", 1, "more escapes"},
-        {"ISO-2022-JP", "A\x1B$B$\"\x1B(B", "A\x1B$@$\"\x1B(B", 0, "an earlier edition of the set"},
-        {"ISO-2022-JP", "\x1B(J\\1", "\\_", 0, "a yen sign is no backslash"},
-        {"EUC-JP", "a\xC6\xFC\x8E\xB6.", "_\xB6.", 0, "half a shifted character"},
-        {"EUC-JP", "a\xC6\xFC\xC6", "a_\xC6", 0, "a raw tail"},
-        {"EUC-JP", "a\xC6\xFC\xC6", "a_", 1, "... under a US"},
-        {"T.61", "e\xC2" "e\x1B$B\x46\x7C", "e_\x1B$B\x46\x7C", 1, "escapes in T.61"},
-        {"T.61", "e\xC2" "e\x1B$B\x46\x7C", "_\x46\x7C", 0, "... that the pattern lacks"},
-        {"ISO-8859-1", "na\xEFve", "na\xEF_", 1, "one segment"},
-        {"ISO-8859-1", "na\xEFve", "NA_", 0, "case"},
-    };
-    // clang-format on
-    for (const auto &row : rows)
-        EXPECT_EQ(Match(row.set, row.string, WithUs(row.pattern)), row.answer)
-            << row.set << ": " << row.why;
-    // Every sample matches itself with a US at either end, though its segments are not the same.
-    for (const Sample &sample : kSamples) {
-        const std::string bytes(sample.bytes);
-        EXPECT_EQ(Match(sample.set, bytes, WithUs("_") + bytes), 1) << bytes;
-        EXPECT_EQ(Match(sample.set, bytes, bytes + WithUs("_")), 1) << bytes;
-        EXPECT_EQ(Match(sample.set, bytes + "x", WithUs("_") + bytes), 0) << bytes;
-    }
+    for (const std::string &text : texts)
+        for (unsigned int places = 0; places < 1U << text.size(); places += 2) {
+            std::string cut;
+            for (size_t at = 0; at < text.size(); ++at)
+                cut += ((places >> at & 1) != 0 ? "\x1B(B" : "") + text.substr(at, 1);
+            cuts->emplace_back(cut, kMail);
+        }
 }
 
-TEST(Match, Utf8IsMatchedWhereItIsWellFormed)
+TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
 {
-    // clang-format off
-    const struct {
-        std::string_view string, pattern;
-        int answer;
-        const char *why;
-    } rows[] = {
-        {"caf\xC3\xA9 \xE6\x97\xA5", "caf\xC3\xA9_", 1, "a head"},
-        {"caf\xC3\xA9 \xE6\x97\xA5", "_\xE6\x97\xA5", 1, "a tail"},
-        {"abc\xC3\xA9\xC3", "abc_", 0, "invalid behind the head"},
-        {"abc\xC3\xA9", "abc_\xA9", 0, "half a character in the pattern"},
-        {"\xE6\x97", "\xE6\x97", 0, "cut off by the NUL, though the same"},
-        {"\xED\xA0\x80", "__", 0, "a surrogate under two US"},
-        {"\xFF", "_", 1, "a lone US asks nothing"},
-        {"", "_", 1, "... not even for a byte"},
-        {"\xFF", "a", 0, "different first bytes"},
-        {"\xC3\x1F", "\xC3_", 0, "a lead byte before US"},
+    std::vector<Meaning> strings, patterns;
+    AddEveryCut(&strings, Texts(WithUs("ab_"), 4)); // US is a byte like any other
+    AddEveryCut(&strings, Texts("abc", 4));
+    AddEveryCut(&strings, Texts("ab", 5));
+    AddEveryCut(&patterns, Texts(WithUs("ab_"), 4));
+    for (const Meaning &pattern : patterns)
+        for (const Meaning &string : strings) {
+            const char *const s = string.text.c_str(), *const p = pattern.text.c_str();
+            const bool matches = string.Matches(pattern, AreEquivalent);
+            ASSERT_EQ(str_USPatternMatch(s, p, &kMail), matches) << testing::PrintToString(s) << p;
+            if (string.isOneSegment && pattern.isOneSegment) {
+                ASSERT_EQ(os_USPatternMatch(s, p), matches) << testing::PrintToString(s) << p;
+            }
+        }
+}
+
+TEST(Match, OfUtf8NeedsTextThatIsWellFormed)
+{
+    const std::vector<std::string> texts = Texts(WithUs("a\xC3\xA9_"), 4);
+    const auto isValid = [](const auto &text) {
+        return g_utf8_validate(text.c_str(), -1, nullptr);
     };
-    // clang-format on
-    for (const auto &row : rows) {
-        const Guarded text(row.string), pattern(WithUs(std::string(row.pattern)));
-        EXPECT_EQ(str_utf8USPatternMatch(text.c_str(), pattern.c_str()), row.answer) << row.why;
+    for (const std::string &pattern : texts)
+        for (const std::string &string : texts)
+            ASSERT_EQ(str_utf8USPatternMatch(string.c_str(), pattern.c_str()),
+                      pattern == "\x1F" || (os_USPatternMatch(string.c_str(), pattern.c_str()) &&
+                                            isValid(string) && isValid(pattern)))
+                << testing::PrintToString(string) << testing::PrintToString(pattern);
+}
+
+// Text of few bytes, so that pieces are often there in part; in two sets, and of none.
+TEST(Match, OfLongTextIsThatOfASlowOne)
+{
+    const char *const pieces[] = {"a", "a", "b", "aab", "\x1B$B", "\x1B(B", "\x1B(B", "\xFF"};
+    std::mt19937 random(TestSeed());
+    const auto text = [&](size_t most, size_t choice) {
+        std::string bytes;
+        for (auto left = 1 + random() % most; left > 0; --left)
+            bytes += random() % 6 == 0 && most < 10 ? "\x1F" : pieces[random() % choice];
+        return bytes;
+    };
+    int matching = 0;
+    for (int round = 0; round < 30'000; ++round) {
+        const size_t choice = 1 + random() % std::size(pieces);
+        const std::string string = text(90, choice), more = text(9, choice);
+        const size_t at = random() % string.size(), size = random() % 20;
+        const std::string part = string.substr(at, size);
+        const std::string pattern = round % 3 == 0   ? more
+                                    : round % 3 == 1 ? "\x1F" + part + "\x1F" + more
+                                                     : string.substr(0, at) + "\x1F" + part;
+        const Guarded s(string), p(pattern);
+        const bool matches = Meaning(string, kMail).Matches(Meaning(pattern, kMail), AreEquivalent);
+        ASSERT_EQ(str_USPatternMatch(s.c_str(), p.c_str(), &kMail), matches)
+            << testing::PrintToString(string) << testing::PrintToString(pattern);
+        matching += matches;
     }
+    EXPECT_GT(matching, 3'000);
 }
 
 // No byte of a string is looked at for every byte of a piece, so these end soon.
@@ -88,12 +109,94 @@ TEST(Match, NearMissesEnd)
     std::string segments;
     for (int i = 0; i < 1 << 18; ++i)
         segments += "a\x1B(B";
-    for (const std::string &pattern : {"_" + part + "b_", "_b" + part + "_", "_a_" + part + "b"}) {
-        EXPECT_EQ(Match("IA5", text, WithUs(pattern)), 0);
-        EXPECT_EQ(str_utf8USPatternMatch(text.c_str(), WithUs(pattern).c_str()), 0);
-        EXPECT_EQ(Match("ISO-2022-JP", segments, WithUs(pattern)), 0);
+    for (const std::string &us : {"_" + part + "b_", "_b" + part + "_", "_a_" + part + "b"}) {
+        const std::string pattern = WithUs(us);
+        EXPECT_EQ(str_USPatternMatch(text.c_str(), pattern.c_str(), &kMail), 0);
+        EXPECT_EQ(str_utf8USPatternMatch(text.c_str(), pattern.c_str()), 0);
+        EXPECT_EQ(str_USPatternMatch(segments.c_str(), pattern.c_str(), &kMail), 0);
     }
-    EXPECT_EQ(Match("IA5", text, WithUs("_" + part + part + "_")), 1);
+}
+
+// ---- The steps -----------------------------------------------------------------------------
+
+// A position in segments of ASCII, which / divides: ^ is before it.
+struct Place {
+    std::string text;
+    std::vector<CSSegment> list = {};
+    const CSSegment *record = nullptr;
+    unsigned int offset = 0;
+
+    explicit Place(std::string written) : text(WithUs(std::move(written)))
+    {
+        const size_t caret = text.find('^');
+        text.erase(caret, 1);
+        size_t place = 0;
+        for (size_t at = 0, end; at <= text.size(); at = end + 1) {
+            end = std::min(text.find('/', at), text.size());
+            place += at <= caret && at != 0;
+            offset = at <= caret ? static_cast<unsigned int>(caret - at) : offset;
+            list.push_back({text.data() + at, 6, 0, static_cast<uint32_t>(end - at)});
+        }
+        list.push_back({text.data() + text.size(), CS_SEG_END, 0, 0});
+        const bool isEnd = caret == text.size();
+        record = &list[isEnd ? list.size() - 1 : place];
+        offset = isEnd ? 0 : offset;
+    }
+
+    std::string Written() const
+    {
+        std::string written = text;
+        const bool isEnd = record->kind == CS_SEG_END;
+        written.insert(static_cast<size_t>(record->text - text.data()) + (isEnd ? 0 : offset), "^");
+        std::replace(written.begin(), written.end(), '\x1F', '_');
+        return written;
+    }
+};
+
+TEST(Match, StepsMoveWhenTheySucceed)
+{
+    // clang-format off
+    const struct {
+        char step; // Prefix, Whole, Middle, End, Skip
+        const char *string, *pattern;
+        int answer;
+        const char *stringAfter, *patternAfter;
+    } rows[] = {
+        {'P', "^abcd", "^ab", 1, "ab^cd", "ab^"},
+        {'W', "^abcd", "^ab", 0, "^abcd", "^ab"},
+        {'W', "x^abcd", "x^abcd", 1, "xabcd^", "xabcd^"},
+        {'P', "a^b/cd", "xx^b/c_d", 1, "ab/c^d", "xxb/c^_d"},
+        {'W', "a^b/cd", "xx^b/c_d", 0, "a^b/cd", "xx^b/c_d"},
+        {'P', "^a//bc", "^//ab_", 1, "a//b^c", "//ab^_"},
+        {'P', "^ab/cd", "^abc/_", 1, "ab/c^d", "abc/^_"},
+        {'P', "^abc", "^_d", 1, "^abc", "^_d"},
+        {'P', "abc^", "^_d", 0, "abc^", "^_d"},
+        {'W', "abc^", "d^", 1, "abc^", "d^"},
+        {'M', "^xaxb/c", "^_b_c", 1, "xaxb/^c", "_b_^c"},
+        {'M', "^xab/cab", "^_bc/a_b/_d", 1, "xab/cab^", "_bc/a_b/_^d"},
+        {'M', "^xab/cab", "^_bc/a_a_d", 0, "^xab/cab", "^_bc/a_a_d"},
+        {'M', "^xa//ab", "^_a//b/_", 1, "xa//ab^", "_a//b/_^"},
+        {'M', "a^bc", "a^_c", 0, "a^bc", "a_^c"}, // no middle piece, but the US is passed
+        {'E', "^ab/c", "ab^_bc", 1, "^ab/c", "ab_bc^"}, // the overlap is the caller's to look at
+        {'E', "^ab/c", "ab^_bd", 0, "^ab/c", "ab^_bd"},
+        {'E', "^ab/c", "ab^_/xabc", 0, "^ab/c", "ab^_/xabc"},
+        {'S', "^_/_b", "^", 0, "_/^_b", "^"},
+        {'S', "_/_^b", "^", 0, "_/_^b", "^"},
+    };
+    // clang-format on
+    for (const auto &row : rows) {
+        Place s(row.string), p(row.pattern);
+        const int count = static_cast<int>(s.list.size());
+        const int answer =
+            row.step == 'S'   ? (str_SkipUS(&s.record, &s.offset), 0)
+            : row.step == 'E' ? str_EndMatch(s.record, p.record, &p.offset, count)
+            : row.step == 'M'
+                ? str_RepeatMatch(&s.record, &p.record, &s.offset, &p.offset)
+                : str_Match(&s.record, &p.record, &s.offset, &p.offset, row.step == 'P');
+        EXPECT_EQ(answer, row.answer) << row.string << " " << row.pattern;
+        EXPECT_EQ(s.Written(), row.stringAfter);
+        EXPECT_TRUE(p.Written() == row.patternAfter || (row.step == 'E' && answer == 1));
+    }
 }
 
 } // namespace
