@@ -76,6 +76,12 @@ int Sign(int order) { return (order > 0) - (order < 0); }
 
 // ---- The slow comparison -------------------------------------------------------------------
 
+struct Run {
+    uint16_t kind;
+    std::string bytes;
+};
+using Runs = std::deque<Run>;
+
 struct Text {
     CSDescriptor cs;
     std::string bytes;
@@ -84,35 +90,26 @@ struct Text {
 
     bool IsUtf8() const { return cs.csNum == 196; }
     bool IsEmpty() const { return bytes.empty() || limit == 0; }
-};
 
-// A run that takes part.
-struct Run {
-    uint16_t kind;
-    std::string bytes;
-};
-
-using Runs = std::deque<Run>;
-
-Runs RunsOf(const Text &text)
-{
-    Runs runs;
-    const int length = text.limit > INT_MAX ? -1 : static_cast<int>(text.limit);
-    if (text.isOneRun)
-        return {{text.cs.csNum, text.bytes.substr(0, text.limit)}};
-    int count = 0;
-    const CSSegment *segment = ccs_GetAllStrs(&text.cs, text.bytes.c_str(), length, &count);
-    for (; segment->kind != CS_SEG_END; ++segment)
-        if (segment->kind != CS_SEG_IGNORE)
+    Runs Parts() const // those that are compared
+    {
+        if (isOneRun)
+            return {{cs.csNum, bytes.substr(0, limit)}};
+        Runs runs;
+        int count = 0;
+        const CSSegment *segment = ccs_GetRealStrs(
+            &cs, bytes.c_str(), limit > INT_MAX ? -1 : static_cast<int>(limit), &count);
+        for (; segment->kind != CS_SEG_END; ++segment)
             runs.push_back({segment->kind, std::string(segment->text, segment->length)});
-    return runs;
-}
+        return runs;
+    }
+};
 
-std::string Take(Runs *runs, size_t size)
+std::string Take(Runs *runs, int size)
 {
     std::string &bytes = runs->front().bytes;
-    const std::string taken = bytes.substr(0, size);
-    bytes.erase(0, size);
+    const std::string taken = bytes.substr(0, static_cast<size_t>(size));
+    bytes.erase(0, taken.size());
     if (bytes.empty())
         runs->pop_front();
     return taken;
@@ -125,10 +122,9 @@ std::vector<int> TakeUpper(Runs *runs, const Rules &rules)
     const bool isPair = !rules.contains(bytes.substr(0, 1)) && rules.contains(bytes.substr(0, 2));
     const std::string taken = Take(runs, isPair ? 2 : 1);
     const std::string upper = rules.contains(taken) ? rules.at(taken) : taken;
-    std::vector<int> value = {static_cast<signed char>(upper[0])};
-    if (upper.size() == 2)
-        value = {value[0] * 256 + static_cast<signed char>(upper[1]), 2};
-    return value;
+    const int first = static_cast<signed char>(upper[0]);
+    return upper.size() == 1 ? std::vector{first}
+                             : std::vector{first * 256 + static_cast<signed char>(upper[1]), 2};
 }
 
 uint32_t FlagsOf(uint16_t kind)
@@ -152,9 +148,8 @@ auto Rank(uint16_t kind)
 {
     const CSDescriptor cs = {kind, 0};
     const char *const designation = ccs_GetDesignation(&cs, 1);
-    const std::string text = designation == nullptr ? "" : designation;
-    return std::tuple((FlagsOf(kind) & CS_FLAG_BYTE) == 0, text.empty() ? '\0' : text.back(),
-                      static_cast<int16_t>(kind));
+    const char final = designation == nullptr ? '\0' : std::string(designation).back();
+    return std::tuple((FlagsOf(kind) & CS_FLAG_BYTE) == 0, final, static_cast<int16_t>(kind));
 }
 
 // The order of the two, 0 for equal; with a limit of characters, whether they are.
@@ -169,12 +164,11 @@ int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars
         if (text.limit <= INT_MAX && text.bytes.size() < text.limit)
             return 1;
     const bool limited = chars <= INT_MAX;
-    Runs a = RunsOf(text1), b = RunsOf(text2);
+    Runs a = text1.Parts(), b = text2.Parts();
     for (unsigned int done = 0; !limited || done < chars;) {
         if (a.empty() || b.empty())
             return limited ? 1 : static_cast<int>(b.empty()) - static_cast<int>(a.empty());
-        const uint16_t kind1 = a.front().kind, kind2 = b.front().kind,
-                       common = Common(kind1, kind2);
+        const uint16_t kind1 = a[0].kind, kind2 = b[0].kind, common = Common(kind1, kind2);
         if (common == 0)
             return Rank(kind1) < Rank(kind2) ? -1 : 1;
         if (caseless && kRules.contains(common)) {
@@ -186,12 +180,9 @@ int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars
             continue;
         }
         const CSDescriptor cs = {common, 0};
-        const size_t both = std::min(a.front().bytes.size(), b.front().bytes.size());
-        int length = 1;
-        done +=
-            ccs_GetNextCharLen(a.front().bytes.c_str(), static_cast<int>(both), &length, &cs) != 0;
-        const auto size = limited ? static_cast<size_t>(length) : 1;
-        if (const int order = Take(&a, size).compare(Take(&b, size)); order != 0)
+        int size = static_cast<int>(std::min(a[0].bytes.size(), b[0].bytes.size()));
+        done += ccs_GetNextCharLen(a[0].bytes.c_str(), size, &size, &cs) != 0;
+        if (const int order = Take(&a, limited ? size : 1).compare(Take(&b, limited ? size : 1)))
             return order;
     }
     return 0;
@@ -232,36 +223,13 @@ int SlowToEnd(const Text &text1, const Text &text2, bool caseless)
 
 // ---- Random texts --------------------------------------------------------------------------
 
-const std::string kPieces[] = {"a",
-                               "k",
-                               "K",
-                               "\u212A",
-                               "ss",
-                               "\u00DF",
-                               "\u1E9E",
-                               "\u0131",
-                               "I",
-                               "\u0390",
-                               "\u03B9\u0308\u0301",
-                               "\u1FD3",
-                               "\u01C5",
-                               "\u13A0",
-                               "\uAB70",
-                               "\U00010400",
-                               "\U00010428",
-                               "@",
-                               "`",
-                               "[",
-                               "{",
-                               "0123456789abcdefg",
-                               "\u65E5",
-                               "\xC3",
-                               "\xA9",
-                               "\xE6\x97",
-                               "\xF0\x90\x90",
-                               "\xED\xA0\x80",
-                               "\xC0\xAF",
-                               "\xFF"};
+// clang-format off
+const std::string kPieces[] = {
+    "a", "k", "K", "\u212A", "ss", "\u00DF", "\u1E9E", "\u0131", "I", "\u0390", "\u03B9\u0308\u0301",
+    "\u1FD3", "\u01C5", "\u13A0", "\uAB70", "\U00010400", "\U00010428", "@", "`", "[", "{", "\u65E5",
+    "0123456789abcdefg", "\xC3", "\xA9", "\xE6\x97", "\xF0\x90\x90", "\xED\xA0\x80", "\xC0\xAF",
+};
+// clang-format on
 
 Text RandomlyMade(std::mt19937 &random)
 {
@@ -304,7 +272,7 @@ TEST_F(Comparison, IsThatOfASlowOne)
 {
     std::mt19937 random(TestSeed());
     int equal = 0, rounds = 0;
-    for (; rounds < 20'000 && !HasFailure(); ++rounds) {
+    for (; rounds < 8'000 && !HasFailure(); ++rounds) {
         Text text1 = RandomlyMade(random), text2 = random() % 2 == 0 ? text1 : RandomlyMade(random);
         text2.bytes = Varied(random, random() % 4 == 0 ? text2.bytes : text1.bytes);
         const CSDescriptor &cs1 = text1.cs, &cs2 = text2.cs;
