@@ -119,37 +119,35 @@ TEST(Match, NearMissesEnd)
 
 // ---- The steps -----------------------------------------------------------------------------
 
-// A position in segments of ASCII, which / divides: ^ is before it.
+// A text in segments of ASCII, which / divides, and the position that is after ^.
 struct Place {
     std::string text;
     std::vector<CSSegment> list = {};
     const CSSegment *record = nullptr;
     unsigned int offset = 0;
 
-    explicit Place(std::string written) : text(WithUs(std::move(written)))
+    explicit Place(const std::string &written) : text(WithUs(written))
     {
         const size_t caret = text.find('^');
         text.erase(caret, 1);
-        size_t place = 0;
         for (size_t at = 0, end; at <= text.size(); at = end + 1) {
             end = std::min(text.find('/', at), text.size());
-            place += at <= caret && at != 0;
-            offset = at <= caret ? static_cast<unsigned int>(caret - at) : offset;
             list.push_back({text.data() + at, 6, 0, static_cast<uint32_t>(end - at)});
         }
         list.push_back({text.data() + text.size(), CS_SEG_END, 0, 0});
-        const bool isEnd = caret == text.size();
-        record = &list[isEnd ? list.size() - 1 : place];
-        offset = isEnd ? 0 : offset;
+        record = list.data();
+        const char *const at = text.data() + caret;
+        while (record->text + record->length < at + (record->length != 0))
+            ++record;
+        offset = static_cast<unsigned int>(std::max<ptrdiff_t>(at - record->text, 0));
     }
 
     std::string Written() const
     {
+        const unsigned int within = record->kind == CS_SEG_END ? 0 : offset;
         std::string written = text;
-        const bool isEnd = record->kind == CS_SEG_END;
-        written.insert(static_cast<size_t>(record->text - text.data()) + (isEnd ? 0 : offset), "^");
         std::replace(written.begin(), written.end(), '\x1F', '_');
-        return written;
+        return written.insert(static_cast<size_t>(record->text - text.data()) + within, "^");
     }
 };
 
