@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Pattern matching over lists that a test makes up, of sets that are equivalent where no shipped set
-// is, beside the same slow matcher.
+// Pattern matching over lists that a test makes up, of sets that are equivalent where no shipped
+// set is, beside the same slow matcher.
 #include "tests/scripted/ccs.h"
 #include "tests/support/meaning.h"
 #include "tests/support/random_text.h"

@@ -33,8 +33,8 @@ struct Meaning {
         symbols.push_back({'\0', CS_SEG_END});
     }
 
-    // `equivalent` says of two kinds whether their bytes are compared.  Of two US in a row the second
-    // needs a byte that its set can be compared with, unless both texts are one segment.
+    // `equivalent` says of two kinds whether their bytes are compared.  Of two US in a row the
+    // second needs a byte that its set can be compared with, unless both texts are one segment.
     template <class Equivalent>
     bool Matches(const Meaning &pattern, Equivalent equivalent) const
     {
