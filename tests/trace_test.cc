@@ -62,6 +62,7 @@ const struct {
     {[] { str_strcasecmpUni("a", "A", 4); },
      "+strcasecmpUni +ToUpperUni -ToUpperUni +ToUpperUni -ToUpperUni -strcasecmpUni"},
     {[] { str_USPatternMatch("a", "b", &kMail); }, "+USPatternMatch"},
+    {[] { str_USPatternMatch(kText, "\x1F\x62", &kMail); }, "+USPatternMatch"},
     {[] { str_USPatternMatch(kText, "a\x1F\x62", &kMail); }, "+USPatternMatch -USPatternMatch"},
     {[] { str_utf8USPatternMatch("a", "b"); }, "+utf8USPatternMatch -utf8USPatternMatch"},
     {[] { str_TransformUTF8InputStr("a", -1, "", nullptr, "", '\\', 0, &theLength); },
