@@ -31,7 +31,7 @@ using Rules = std::map<std::string, std::string>;
 // clang-format off
 const std::map<uint16_t, Rules> kRules = {
     {6, {{"a", "A"}, {"b", "B"}, {"c", "C"}, {"s", "S"}, {"x", "X"}, {"g", "G"}, {"l", "L"}}},
-    {100, {{"a", "A"}, {"b", "B"}, {"\xE9", "\xC9"}, {"z", "SS"}, {"Z", "\xC2" "A"},
+    {100, {{"a", "A"}, {"b", "B"}, {"\xE9", "\xC9"}, {"z", "\xC2" "S"}, {"Z", "\xC2" "A"},
            {"\xC2" "a", "\xC2" "A"}, {"\xC8u", "u"}, {"\xC6\xFC", "\xC6\xFB"}}},
     {103, {{"\xC8u", "\xC8U"}, {"\xC8U", "\xC8U"}, {"\xF3", "\xE3"}}},
     {87, {{"\x46\x7C", "Zz"}, {"\xC6\xFC", "\xC6\xFB"}}},
