@@ -224,7 +224,7 @@ void CheckJoin(const CSDescriptor &cs, const std::string &first, const std::stri
     }
     const std::string segments = SegmentsOf(cs, first.c_str());
     const bool endsEscape = segments[segments.rfind(' ') + 1] == '-';
-    if (!endsEscape || (last != kAscii && !front.empty())) // else it is not noticed
+    if (last != CS_SEG_RAW && (!endsEscape || last != kAscii)) // else it is not noticed
         CheckParts(cs, first + between + second, first, second, iconvName);
 }
 
@@ -237,6 +237,7 @@ TEST(Concat, ReadsAsItsParts)
                 const unsigned int kept = str_truncstrlen(front.bytes.data(), n, &cs);
                 const std::string first(front.bytes.substr(0, kept)), second(back.bytes);
                 SCOPED_TRACE(front.set + testing::PrintToString(first + "|" + second));
+                CheckJoin(cs, first + "\xFF", second, nullptr); // of no set, in most
                 if (cs.csNum == DescriptorOf(back.set).csNum)
                     CheckJoin(cs, first, second,
                               IconvNameOf(back) == nullptr ? nullptr : IconvNameOf(front));
