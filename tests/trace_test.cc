@@ -15,68 +15,60 @@
 namespace
 {
 
-const CSDescriptor kMail = DescriptorOf("ISO-2022-JP"), kLatin = DescriptorOf("ISO-8859-1"),
-                   kUtf8 = DescriptorOf("UTF8");
-constexpr char kText[] = "a \x1B$B\x46\x7C\x4B\x5C\x1B(B bc";
-char theRoom[99];
-char *theRest;
-unsigned int theLength;
-int theOutLength;
-CaseTableRecord theRecord;
+const CSDescriptor jp = DescriptorOf("ISO-2022-JP"), latin = DescriptorOf("ISO-8859-1"),
+                   utf8 = DescriptorOf("UTF8");
+constexpr char text[] = "a \x1B$B\x46\x7C\x4B\x5C\x1B(B bc";
+char room[99];
+char *rest;
+unsigned int size;
+int length;
+CaseTableRecord record;
 
-char *Room() { return std::strcpy(theRoom, "a"); }
+char *Room() { return std::strcpy(room, "a"); }
 
 const struct {
     void (*call)();
-    const char *traced; // + for an entry, - for an exit, without str_; of class 19 if none is there
+    const char *traced; // "name(name())", without str_; of class 17 "name[]"
 } kCalls[] = {
     // clang-format off
-    {[] { str_strcmp(kText, kText, &kMail); }, "+strcmp3 -strcmp3"},
-    {[] { str_strncmp(kText, kText, 2, &kMail); }, "+strnccmp3 -strnccmp3"},
-    {[] { str_strncmp2(kText, kText, 2, 2, &kMail); }, "+strnbcmp3 -strnbcmp3"},
-    {[] { str_strucasecmp("a", "A", &kUtf8); }, "+strucasecmp3 -strucasecmp3"},
-    {[] { str_strucasencmp("a", "A", 1, &kUtf8); }, "+strucasenccmp3 -strucasenccmp3"},
-    {[] { str_strucasencmp2("a", "A", 1, 1, &kUtf8); }, "+strucasenbcmp3 -strucasenbcmp3"},
-    {[] { str_dispstrlen(kText, &kMail); }, "+dispstrlen -dispstrlen"},
-    {[] { str_utf8DispStrLen("a", -1, 0); }, "+utf8DispStrLen -utf8DispStrLen"},
-    {[] { str_truncstrlen(kText, 4, &kMail); }, "+truncstrlen -truncstrlen"},
-    {[] { str_truncate(theRoom, kText, 4, &kMail, &theLength); },
-     "+truncate +truncstrlen -truncstrlen -truncate"},
-    {[] { str_strncpy(theRoom, kText, 4, &kMail); }, "+strncpy +truncstrlen -truncstrlen -strncpy"},
-    {[] { str_strcat(Room(), "b", &kMail); }, "+strcat -strcat"},
-    {[] { str_strncat(Room(), "b", 1, &kMail); }, "+strncat -strncat"},
-    {[] { str_strchr(kText, 'b', &kMail); }, "+strchr -strchr"},
-    {[] { str_SplitByDispLen(kText, 1, &theRest, &theLength, &theLength, &kMail); },
-     "+SplitByDispLen +DoSplit +FindSplitPoint +CountSSDispChars -CountSSDispChars "
-     "-FindSplitPoint -DoSplit -SplitByDispLen"},
-    {[] { str_SplitByDispBytes(kText, 1, &theRest, &theLength, &theLength, &kMail); },
-     "+SplitByDispBytes +DoSplit +FindSplitPoint +CountSSDispBytes -CountSSDispBytes "
-     "-FindSplitPoint -DoSplit -SplitByDispBytes"},
-    {[] { str_FindSplitPoint("", 0, 3, &kMail); }, "+FindSplitPoint -FindSplitPoint"},
-    {[] { str_CountSSDispChars("ab", 2, 1, &theOutLength, &kLatin); },
-     "+CountSSDispChars -CountSSDispChars"},
-    {[] { str_CountSSDispBytes("ab", 2, 1, &theOutLength, &kLatin); },
-     "+CountSSDispBytes -CountSSDispBytes"},
-    {[] { str_ToUpper(kText, -1, &theOutLength, &kUtf8); }, "+ToUpper -ToUpper"},
-    {[] { str_ToUpperUni("a", 1, &theOutLength, 4); }, "+ToUpperUni -ToUpperUni"},
-    {[] { str_strcasecmpUni("a", "A", 4); },
-     "+strcasecmpUni +ToUpperUni -ToUpperUni +ToUpperUni -ToUpperUni -strcasecmpUni"},
-    {[] { str_USPatternMatch("a", "b", &kMail); }, "+USPatternMatch"},
-    {[] { str_USPatternMatch(kText, "\x1F\x62", &kMail); }, "+USPatternMatch"},
-    {[] { str_USPatternMatch(kText, "a\x1F\x62", &kMail); }, "+USPatternMatch -USPatternMatch"},
-    {[] { str_utf8USPatternMatch("a", "b"); }, "+utf8USPatternMatch -utf8USPatternMatch"},
-    {[] { str_TransformUTF8InputStr("a", -1, "", nullptr, "", '\\', 0, &theLength); },
-     "+TransformUTF8InputStr -TransformUTF8InputStr"},
-    {[] { str_simplesprintf(&kMail, theRoom, "%d", 1); }, "+simplesprintf -simplesprintf"},
-    {[] { str_simpleprintf(&kMail, "%n", nullptr); }, "+simpleprintf -simpleprintf"},
-    {[] { str_simplefprintf(&kMail, stdout, "%n", nullptr); }, "+simplefprintf -simplefprintf"},
-    {[] { str_simplefprintf(&kLatin, stdout, "%s", ""); }, "+simplefprintf -simplefprintf"},
-    {[] { str_CompileCaseTable("~/none", "~/none.b", &theRecord); },
-     "+CompileCaseTable -CompileCaseTable"},
-    {[] { str_LoadCaseTable("~/none.b", &theRecord); }, "+LoadCaseTable -LoadCaseTable"},
-    {[] { str_InitCaseTables(&kMail); },
-     "17+InitCaseTables +CompileCaseTable -CompileCaseTable 17-InitCaseTables"},
-    {[] { str_ReadStrToWkArea(0, nullptr); }, "17+ReadStrToWkArea 17-ReadStrToWkArea"},
+    {[] { str_strcmp(text, text, &jp); }, "strcmp3()"},
+    {[] { str_strncmp(text, text, 2, &jp); }, "strnccmp3()"},
+    {[] { str_strncmp2(text, text, 2, 2, &jp); }, "strnbcmp3()"},
+    {[] { str_strucasecmp("a", "A", &utf8); }, "strucasecmp3()"},
+    {[] { str_strucasencmp("a", "A", 1, &utf8); }, "strucasenccmp3()"},
+    {[] { str_strucasencmp2("a", "A", 1, 1, &utf8); }, "strucasenbcmp3()"},
+    {[] { str_dispstrlen(text, &jp); }, "dispstrlen()"},
+    {[] { str_utf8DispStrLen("a", -1, 0); }, "utf8DispStrLen()"},
+    {[] { str_truncstrlen(text, 4, &jp); }, "truncstrlen()"},
+    {[] { str_truncate(room, text, 4, &jp, &size); }, "truncate(truncstrlen())"},
+    {[] { str_strncpy(room, text, 4, &jp); }, "strncpy(truncstrlen())"},
+    {[] { str_strcat(Room(), "b", &jp); }, "strcat()"},
+    {[] { str_strncat(Room(), "b", 1, &jp); }, "strncat()"},
+    {[] { str_strchr(text, 'b', &jp); }, "strchr()"},
+    {[] { str_SplitByDispLen(text, 1, &rest, &size, &size, &jp); },
+     "SplitByDispLen(DoSplit(FindSplitPoint(CountSSDispChars())))"},
+    {[] { str_SplitByDispBytes(text, 1, &rest, &size, &size, &jp); },
+     "SplitByDispBytes(DoSplit(FindSplitPoint(CountSSDispBytes())))"},
+    {[] { str_FindSplitPoint("", 0, 3, &jp); }, "FindSplitPoint()"},
+    {[] { str_CountSSDispChars("ab", 2, 1, &length, &latin); }, "CountSSDispChars()"},
+    {[] { str_CountSSDispBytes("ab", 2, 1, &length, &latin); }, "CountSSDispBytes()"},
+    {[] { str_ToUpper(text, -1, &length, &utf8); }, "ToUpper()"},
+    {[] { str_ToUpperUni("a", 1, &length, 4); }, "ToUpperUni()"},
+    {[] { str_strcasecmpUni("a", "A", 4); }, "strcasecmpUni(ToUpperUni()ToUpperUni())"},
+    {[] { str_USPatternMatch("a", "b", &jp); }, "USPatternMatch("},
+    {[] { str_USPatternMatch(text, "\x1F\x62", &jp); }, "USPatternMatch("},
+    {[] { str_USPatternMatch(text, "a\x1F\x62", &jp); }, "USPatternMatch()"},
+    {[] { str_utf8USPatternMatch("a", "b"); }, "utf8USPatternMatch()"},
+    {[] { str_TransformUTF8InputStr("a", -1, "", nullptr, "", '\\', 0, &size); },
+     "TransformUTF8InputStr()"},
+    {[] { str_simplesprintf(&jp, room, "%d", 1); }, "simplesprintf()"},
+    {[] { str_simpleprintf(&jp, "%n", nullptr); }, "simpleprintf()"},
+    {[] { str_simplefprintf(&jp, stdout, "%n", nullptr); }, "simplefprintf()"},
+    {[] { str_simplefprintf(&latin, stdout, "%s", ""); }, "simplefprintf()"},
+    {[] { str_CompileCaseTable("~/none", "~/none.b", &record); }, "CompileCaseTable()"},
+    {[] { str_LoadCaseTable("~/none.b", &record); }, "LoadCaseTable()"},
+    {[] { str_InitCaseTables(&jp); }, "InitCaseTables[CompileCaseTable()]"},
+    {[] { str_ReadStrToWkArea(0, nullptr); }, "ReadStrToWkArea[]"},
     // clang-format on
 };
 
@@ -86,14 +78,18 @@ class Traces : public CaseTableTest
 
 TEST_F(Traces, TellEveryEntryAndExit)
 {
-    const std::regex unsaid("19(?=[+-])|str_| $"), ofClass19("(^| )[+-]\\w+");
+    const std::regex entry("19\\+str_(\\w+) "), exit("19-\\w+ "), ofClass19("\\w+\\(|\\)");
+    const std::regex entry17("17\\+str_(\\w+) "), exit17("17-\\w+ ");
     for (const auto &[call, traces] : kCalls)
         for (const int level : {9, 10}) {
             Sinks sinks;
             er_SubSystemLoggingLevel = level;
             call();
-            EXPECT_EQ(std::regex_replace(Sinks::traced, unsaid, ""),
-                      level == 10 ? traces : std::regex_replace(traces, ofClass19, ""));
+            std::string shown = Sinks::traced;
+            for (const auto &[line, sign] :
+                 {std::pair{&entry, "$1("}, {&exit, ")"}, {&entry17, "$1["}, {&exit17, "]"}})
+                shown = std::regex_replace(shown, *line, sign);
+            EXPECT_EQ(shown, level == 10 ? traces : std::regex_replace(traces, ofClass19, ""));
         }
 }
 
