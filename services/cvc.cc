@@ -153,8 +153,8 @@ bool Open(Converter *converter, const char *from, const char *to)
         return true;
     }
     Close(converter);
-    const GIConv opened = g_iconv_open(to, from);
-    if (opened == reinterpret_cast<GIConv>(-1)) {
+    GIConv opened = g_iconv_open(to, from);
+    if (reinterpret_cast<intptr_t>(opened) == -1) {
         if (errno == ENOMEM)
             er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, "services/cvc", __LINE__);
         return false;

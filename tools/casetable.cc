@@ -38,7 +38,7 @@ namespace
 
 std::string Words(GError *error)
 {
-    const std::string words = error->message;
+    std::string words = error->message;
     g_error_free(error);
     return words;
 }

@@ -250,7 +250,7 @@ class Dump
             while (last + 1 < rules.size() && Follows(rules[last + 1], rules[last]))
                 ++last;
             const auto range = [&](const std::string &from, const std::string &to) {
-                return first == last ? from : from + "-" + to;
+                return first == last ? from : std::string(from).append("-").append(to);
             };
             Line(depth, range(Visible(rules[first].byte), Visible(rules[last].byte)) + " to " +
                             range(Visible(rules[first].upper), Visible(rules[last].upper)));

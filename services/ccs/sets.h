@@ -29,8 +29,8 @@ inline constexpr size_t kNumbers = [] {
 inline constexpr auto kRowByNumber = [] {
     std::array<uint8_t, kNumbers> rows{};
     rows.fill(kNoRow);
-    for (uint8_t row = 0; row < std::size(kSets); ++row)
-        rows[kSets[row].number] = row;
+    for (size_t row = 0; row < std::size(kSets); ++row)
+        rows[kSets[row].number] = static_cast<uint8_t>(row);
     return rows;
 }();
 
@@ -62,7 +62,7 @@ inline constexpr auto kIsDifferent = [] {
     std::array<bool, 0x80> is{};
     for (const SetRow &set : kSets)
         for (const char *at = set.differs; *at != '\0'; ++at)
-            is[static_cast<size_t>(*at)] = true;
+            is[static_cast<unsigned char>(*at)] = true;
     return is;
 }();
 inline constexpr auto kDifferent = [] {
@@ -80,10 +80,10 @@ inline constexpr auto kRowByFinal = [] {
     std::array<std::array<uint8_t, kFinals>, 5> rows{};
     for (auto &sized : rows)
         sized.fill(kNoRow);
-    for (uint8_t row = 0; row < std::size(kSets); ++row)
-        if (kSets[row].graphic != Graphic::none)
-            rows[static_cast<size_t>(kSets[row].graphic)][static_cast<size_t>(kSets[row].final)] =
-                row;
+    for (size_t row = 0; row < std::size(kSets); ++row)
+        if (const SetRow &set = kSets[row]; set.graphic != Graphic::none)
+            rows[static_cast<size_t>(set.graphic)][static_cast<unsigned char>(set.final)] =
+                static_cast<uint8_t>(row);
     return rows;
 }();
 

@@ -298,7 +298,7 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 // Whether all the bytes are of the left half.  There are usually many.
 bool AreSevenBit(const char *at, size_t avail)
 {
-    constexpr size_t stride = 4 * blocks::kSize;
+    constexpr size_t stride = size_t{4} * blocks::kSize;
     const auto load = [&](size_t index) {
         return blocks::Load(at + index * blocks::kSize, blocks::kSize);
     };
