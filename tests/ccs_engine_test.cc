@@ -2,21 +2,8 @@
 //
 // The ISO 2022 engine on text that is bad, cut off or random.
 #include "services/ccs/sets.h"
-#include "services/services.h"
-#include "tests/support/escape.h"
-#include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/reader.h"
-#include "tests/support/text.h"
-
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
-#include <platform/os.h>
-#include <str/str.h>
-
-#include <cstdlib>
-#include <random>
-#include <vector>
+#include "tests/support/test.h"
 
 using namespace libstr;
 

@@ -2,17 +2,8 @@
 //
 // Sample text for every set of the table, read by the service and, independently, by iconv.
 #include "services/ccs/sets.h"
-#include "services/services.h"
-#include "tests/support/guarded.h"
 #include "tests/support/samples.h"
-#include "tests/support/text.h"
-
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
-#include <str/str.h>
-
-#include <algorithm>
-#include <map>
+#include "tests/support/test.h"
 
 using namespace libstr;
 

@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Formatting: what printf prints, in every set; malformed formats; text after an argument.
-#include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/reader.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
-#include <str/str.h>
-
-#include <algorithm>
 #include <array>
 #include <cctype>
-#include <climits>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <random>
 #include <sstream>
-#include <vector>
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 

@@ -2,14 +2,8 @@
 //
 // What each export traces: its entry and its exit, around those of the exports that it calls.
 #include "tests/support/casetable.h"
-#include "tests/support/sinks.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
-#include <str/str.h>
-
-#include <cstring>
 #include <regex>
 
 namespace

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Transformation of UTF-8 input, and the string service that it writes to.
-#include "tests/support/guarded.h"
-#include "tests/support/sinks.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/test.h"
+
 #include <platform/dstring.h>
-#include <str/str.h>
-
-#include <optional>
 
 namespace
 {

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The universal set in upper case, through the default conversion service.
-#include "tests/support/guarded.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/test.h"
+
 #include <platform/cvc.h>
-#include <str/case.h>
 
-#include <climits>
-#include <optional>
-#include <string>
 #include <thread>
 
 namespace
 {
-
-using std::string_literals::operator""s;
 
 struct Conversion {
     const char *from, *to;
