@@ -206,10 +206,9 @@ TEST(Print, WritesToStreams)
     testing::internal::CaptureStdout();
     EXPECT_EQ(str_simplefprintf(&walked, stdout, "%d%%,", 1), 4);
     EXPECT_EQ(str_simplefprintf(&bytes, stdout, "%d%%,", 2), 3) << "vfprintf";
-    EXPECT_EQ(str_simpleprintf(&walked, "%s,", "\x1B$B$\""), 9);
     EXPECT_EQ(str_simpleprintf(&bytes, "%d%%,", 3), 4) << "always built here";
     EXPECT_EQ(str_simpleprintf(&bytes, ""), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1%%,2%,\x1B$B$\"\x1B(B,3%%,");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1%%,2%,3%%,");
     FILE *full = std::fopen("/dev/full", "w");
     std::setvbuf(full, nullptr, _IONBF, 0);
     EXPECT_EQ(str_simplefprintf(&walked, full, "%d", 1), -1);

@@ -21,7 +21,6 @@ struct Conversion {
 // clang-format off
 const Conversion kConversions[] = {
     {"UCS2", "UCS2UP", "\0a\0\xE9"s, "\0A\0\xC9"s, "the more significant byte first"},
-    {"UCS2", "UCS2", "\xFE\xFF\0a"s, "\xFE\xFF\0a"s, "U+FEFF is a character"},
     {"UCS2", "UCS2UP", "\0\xDF\x03\x90"s, "\0S\0S\x03\x99\x03\x08\x03\x01"s, "longer"},
     {"UCS2", "UCS2UP", "\x03\x45\x03\x01"s, "\x03\x01\x03\x99"s, "a mark that goes before"},
     {"UCS2", "UCS2UP", "\x03\x45"s, "\x03\x99"s, "... but not that of the text before"},
@@ -40,11 +39,9 @@ const Conversion kConversions[] = {
     {"UCS2,8", "UCS2", "\xF4\x90\x80\x80", {}, "beyond U+10FFFF"},
     {"UCS2,8", "UCS2", "a\xC3", {}, "half a character"},
     {"UCS2", "UCS2,8", "\xD8\x01\0a"s, {}, "half a pair, the first"},
-    {"UCS2", "UCS2,8", "\xDC\x01\0a"s, {}, "half a pair, the second"},
     {"UCS2", "UCS2,8", "\0a\xD8\x01"s, {}, "half a pair at the end"},
     {"UCS2,7", "UCS2,8", "a\xE9", {}, "a byte that UTF-7 does not have"},
     {"UCS2,7", "UCS2,8", "abc+", {}, "nothing after the plus"},
-    {"UCS2,7", "UCS2,8", "a+!", {}, "nor here"},
     {"UCS2,7", "UCS2,8", "+AGEAYgB+!", "ab~!", "a plus sign that is coded text"},
     {"UCS2,7", "UCS2,8", "+AG", {}, "half a character"},
     {"UCS2,7", "UCS2,8", "+2AA", {}, "half a pair"},
@@ -105,11 +102,9 @@ struct Comparison {
 const Comparison kComparisons[] = {
     {"stra\xC3\x9F" "e", "STRASSE", 4, 0},
     {"abc", "ABD", 4, -1},
-    {"abd", "ABC", 4, 1},
     {"", "a", 4, -1},
     {nullptr, "a", 4, -1},
     {"a", nullptr, 4, 1},
-    {nullptr, nullptr, 4, 0},
     {"\xE9", "\xC9", 4, 1}, // malformed, so byte by byte
     {"+AOk-", "+AMk-", 3, 0},
     {"+AOk", "+AOo", 3, -1},
