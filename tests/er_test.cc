@@ -2,13 +2,13 @@
 //
 // The error and trace service: escapes, environments, messages.
 #include "tests/support/escape.h"
-#include "tests/support/home.h"
 #include "tests/support/sinks.h"
 
 #include <gtest/gtest.h>
 #include <platform/os.h>
 
 #include <climits>
+#include <fstream>
 #include <regex>
 #include <thread>
 
@@ -48,46 +48,44 @@ TEST(ErService, EscapesAndEnvironmentsAreTheThreads)
 TEST(ErService, EscapesAreTracedWhereTheLevelAsksForThem)
 {
     const Sinks sinks;
-    er_SetTraceSink([](int, const char *text, int) { Sinks::traced += text + std::string(" "); });
+    const auto trace = [](int, const char *text, int) { Sinks::traced += text + std::string(" "); };
     testing::internal::CaptureStderr();
     for (const int level : {9, 10}) {
         er_SubSystemLoggingLevel = level;
+        er_SetTraceSink(trace);
         LiveAfter(3, 3);
         er_TraceBeforeJump("there", 34);
+        er_SetTraceSink(nullptr);
+        er_SetLogSink(nullptr);
+        er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
+        er_LogInfo(1, "said", 0); // each time, as it is not why an escape was raised
     }
     EXPECT_EQ(Sinks::traced, "escape 24002 at here:12 passing on 24002 at there:34 ");
-    er_SetTraceSink(nullptr);
-    er_SetLogSink(nullptr);
-    for (const int level : {9, 10}) {
-        er_LogInfo(1, "said", 0); // each time, as it is not why an escape was raised
-        er_SubSystemLoggingLevel = level;
-        er_RealLogProc(ER_TRACE_STARTUP, level == 9 ? "quiet" : "told", 1);
-    }
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "libstr: said\nlibstr: said\nlibstr: trace 17: enter told\n");
+              "libstr: said\nlibstr: trace 17: enter told\nlibstr: said\n");
 }
 
 TEST(ErService, MessagesTakeTheirArguments)
 {
     const Sinks sinks;
+    const std::string name(5000, 'x'), begin = "23803 case table source ",
+                                       end = " could not be compiled: line -2147483648\n";
+    er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", name.c_str(), INT_MIN, 0);
+    EXPECT_EQ(Sinks::logged, begin + name.substr(5000 - 1030 + begin.size() + end.size()) + end);
+    Sinks::logged.clear();
     er_LogMsg(3, 117, STR_LOG_NO_TABLE, "12.s", 0);
     er_EnhLogMsg(3, 3, 99999, "%s %d", "unknown", 1, 0);
     er_LogMsg(3, 3, 99999, 0);
     er_LogInfo(1, "100%s sure", 0);
     EXPECT_EQ(Sinks::logged, "200 case table 12.s could not be read\n99999 unknown 1\n"
                              "99999 no message for this code\n0 100%s sure\n");
-    const std::string name(5000, 'x'), begin = "23803 case table source ",
-                                       end = " could not be compiled: line -2147483648\n";
-    Sinks::logged.clear();
-    er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", name.c_str(), INT_MIN, 0);
-    EXPECT_EQ(Sinks::logged, begin + name.substr(5000 - 1030 + begin.size() + end.size()) + end);
 }
 
 TEST(ErService, EveryCodeHasAMessage)
 {
-    std::ostringstream header;
-    header << std::ifstream(STR_DATA_DIR "/../include/str/codes.h").rdbuf();
-    const std::string text = header.str();
+    std::ifstream header(STR_DATA_DIR "/../include/str/codes.h");
+    std::string text;
+    std::getline(header, text, '\0');
     const std::regex definition(R"(#define \w+_(ESC|LOG)_\w+[\s\\]+(\d+))");
     std::sregex_iterator at(text.begin(), text.end(), definition), end;
     EXPECT_GE(std::distance(at, end), 21);

@@ -158,10 +158,8 @@ TEST_F(FirstUse, MayBeKilledAnywhere)
             ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
             status = StatusOf(child);
         }
-        if (WIFSTOPPED(status)) {
-            kill(child, SIGKILL);
-            status = StatusOf(child);
-        }
+        if (WIFSTOPPED(status))
+            status = kill(child, SIGKILL) == 0 ? StatusOf(child) : -1;
         fragments += os_fexists("~/toupper/casetemp");
         files += os_fexists("~/toupper/87.b");
         const auto nextOne = [&] { return (lkf_SetPatience(0), UseTheSet() && FileIsRight()); };
