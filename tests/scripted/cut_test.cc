@@ -26,7 +26,7 @@ class ScriptedCut : public testing::Test
     ~ScriptedCut() override
     {
         script = {};
-        scripted::files.escapeClass = 0;
+        scripted::memoryIsOut = false;
     }
 
     const char *Split(const char *text, int limit, const CSDescriptor &cs)
@@ -73,10 +73,9 @@ TEST_F(ScriptedCut, RefusesTextsOf4GiBWhereTheyCannotBeAnswered)
     EXPECT_STREQ(Split(text.c_str(), 10, kPlain), "ab") << "as it was";
     EXPECT_EQ(firstLen, 4711U);
     EXPECT_EQ(sinks.logged.substr(0, 5), "23816") << "the rest has more bytes than can be said";
-    scripted::files.escapeClass = 3;
-    scripted::files.callsLeft = 0;
+    scripted::memoryIsOut = true;
     Split(text.c_str() + 182, 100, kPlain);
-    EXPECT_EQ(scripted::held.asked, size_t{UINT32_MAX} + 1) << "more than 32 bits can say";
+    EXPECT_EQ(scripted::asked, size_t{UINT32_MAX} + 1) << "more than 32 bits can say";
     script.segments = {{CS_SEG_IGNORE, 1U << 31}, {1, 5}};
     script.bytes[1] = 1;
     EXPECT_EQ(Escaped([&] { str_FindSplitPoint(text.c_str(), 0, 2, &kCs); }), OS_ESC_MEMORY);
