@@ -15,6 +15,8 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <tuple>
+
 namespace passing
 {
 
@@ -37,18 +39,28 @@ void Called(const char *name, int fd = -1)
     er_TracedEscape(failure.escapeClass, kCode, "tests/passing", 1);
 }
 
-template <class T>
-T *Hold(std::set<const void *> *things, T *thing)
+template <auto &kThings, class T>
+T *Hold(T *thing)
 {
     if (thing != nullptr)
-        things->insert(thing);
+        kThings.insert(thing);
     return thing;
 }
 
-void Release(std::set<const void *> *things, const void *thing)
+template <class T>
+T Length(T length)
 {
-    if (thing != nullptr)
-        things->erase(thing);
+    return static_cast<T>(nonsense.value_or(length));
+}
+
+auto WithLength(int *length)
+{
+    return [length](auto result) { return (*length = Length(*length), result); };
+}
+
+auto Without(void *opened)
+{
+    return [opened](auto result) { return (held.open.erase(opened), result); };
 }
 
 } // namespace
@@ -56,52 +68,62 @@ void Release(std::set<const void *> *things, const void *thing)
 
 using namespace passing;
 
-// The default service behind the one that is being defined.
+// The default service after the one that is being defined.
 #define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 #define NEXT(name) (Called(#name), REAL(name))
-#define PASS(result, name, parameters, arguments)                                                  \
-    result name parameters { return NEXT(name) arguments; }
 
 // clang-format off
+
+// A service of so many parameters, whose result `what` takes and returns.
+#define PASS1(f, what) RESULT(f) f(P(1, f) a) { return what(NEXT(f)(a)); }
+#define PASS2(f, what) RESULT(f) f(P(1, f) a, P(2, f) b) { return what(NEXT(f)(a, b)); }
+#define PASS3(f, what) RESULT(f) f(P(1, f) a, P(2, f) b, P(3, f) c) \
+    { return what(NEXT(f)(a, b, c)); }
+#define PASS4(f, what) RESULT(f) f(P(1, f) a, P(2, f) b, P(3, f) c, P(4, f) d) \
+    { return what(NEXT(f)(a, b, c, d)); }
+template <class R, class... A> std::tuple<R, A...> Parts(R (*)(A...));
+#define P(i, f) std::tuple_element_t<i, decltype(Parts(f))>
+#define RESULT(f) P(0, f)
+
 extern "C" {
 
-PASS(const char *, ccs_GetCSName, (const CSDescriptor *cs), (cs))
-PASS(CSSegment *, ccs_GetAllStrs, (const CSDescriptor *cs, const char *text, int length, int *count), (cs, text, length, count))
-PASS(CSSegment *, ccs_GetRealStrs, (const CSDescriptor *cs, const char *text, int length, int *count), (cs, text, length, count))
-PASS(const char *, ccs_GetModelEscapes, (int *length), (length))
-PASS(const char *, ccs_GetConfAsciiEscs, (const CSDescriptor *cs, int escMode, int *length), (cs, escMode, length))
-PASS(const char *, ccs_GetDesignation, (const CSDescriptor *cs, int which), (cs, which))
-PASS(uint16_t, ccs_GetCP, (int which, uint32_t *out), (which, out))
-PASS(uint16_t, ccs_GetToUpperTable, (const CSDescriptor *cs), (cs))
-PASS(void *, ccs_GetCSTable, (int32_t *companion), (companion))
-PASS(int, ccs_GetCSDescriptor, (const char *name, CSDescriptor *out), (name, out))
-PASS(size_t, mdc_fwrite, (const void *data, size_t size, size_t count, FILE *stream), (data, size, count, stream))
-PASS(char *, os_fgets, (char *buffer, int size, FILE *stream), (buffer, size, stream))
-PASS(size_t, os_fread, (void *buffer, size_t size, size_t count, FILE *stream), (buffer, size, count, stream))
-PASS(size_t, os_fwrite, (const void *data, size_t size, size_t count, FILE *stream), (data, size, count, stream))
-PASS(int, os_open, (const char *path, int flags, mode_t mode), (path, flags, mode))
-PASS(int, os_rename, (const char *from, const char *to), (from, to))
-PASS(os_dirent *, os_readdir, (void *dir), (dir))
-PASS(int, os_USPatternMatch, (const char *string, const char *pattern), (string, pattern))
-PASS(int, ext_ChownToVornith, (const char *path), (path))
-PASS(void, dstring_appendN, (dstring *string, const char *bytes, unsigned int count), (string, bytes, count))
-PASS(void, dstring_appendChar, (dstring *string, char byte), (string, byte))
-PASS(void, dstring_set, (dstring *string, const char *text, int length), (string, text, length))
-
-uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return NEXT(ccs_GetCSFlags)(cs) | moreFlags; }
-PASS(uint16_t, ccs_Get1stStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
-PASS(uint16_t, ccs_GetNextStr, (const CSDescriptor *cs, const char *text, int length, unsigned int *size), (cs, text, length, size))
-int16_t ccs_GetNumBytes(const CSDescriptor *cs) { return static_cast<int16_t>(nonsense.value_or(NEXT(ccs_GetNumBytes)(cs))); }
-int ccs_GetCtrlLen(const char *at, unsigned int avail, const CSDescriptor *cs) { return nonsense.value_or(NEXT(ccs_GetCtrlLen)(at, avail, cs)); }
-int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor *cs) { return nonsense.value_or(NEXT(ccs_GetT61BaseUnitLen)(at, avail, cs)); }
+PASS1(ccs_GetCSName, )
+PASS4(ccs_GetAllStrs, )
+PASS4(ccs_GetRealStrs, )
+PASS1(ccs_GetModelEscapes, )
+PASS3(ccs_GetConfAsciiEscs, )
+PASS2(ccs_GetDesignation, )
+PASS2(ccs_GetCP, )
+PASS1(ccs_GetToUpperTable, )
+PASS1(ccs_GetCSTable, )
+PASS2(ccs_GetCSDescriptor, )
+PASS4(ccs_Get1stStr, )
+PASS4(ccs_GetNextStr, )
+PASS1(ccs_GetCSFlags, moreFlags |)
+PASS1(ccs_GetNumBytes, Length)
+PASS3(ccs_GetCtrlLen, Length)
+PASS3(ccs_GetT61BaseUnitLen, Length)
+PASS4(mdc_fwrite, )
+PASS3(os_fgets, )
+PASS4(os_fread, )
+PASS4(os_fwrite, )
+PASS3(os_open, )
+PASS2(os_rename, )
+PASS1(os_readdir, )
+PASS2(os_USPatternMatch, )
+PASS1(ext_ChownToVornith, )
+PASS3(dstring_appendN, )
+PASS2(dstring_appendChar, )
+PASS3(dstring_set, )
+PASS1(os_malloc, Hold<held.blocks>)
+PASS3(enc_ConvertLongEncodedStr, WithLength(c))
+PASS4(ccs_GetNextCharLen, WithLength(c))
+PASS1(os_fclose, Without(a))
+PASS1(mdc_fclose, Without(a))
+PASS1(os_closedir, Without(a))
+PASS2(os_fopen, Hold<held.open>)
+PASS1(os_opendir, Hold<held.open>)
 // clang-format on
-
-int ccs_GetNextCharLen(const char *at, int avail, int *length, const CSDescriptor *cs)
-{
-    const int counts = NEXT(ccs_GetNextCharLen)(at, avail, length, cs);
-    *length = nonsense.value_or(*length);
-    return counts;
-}
 
 int cvc_ConvertString(int request, int options, const char *in, int inLength, const char *from,
                       const char *to, char **result, int *resultLength, int *a, int *b, int *c)
@@ -111,59 +133,23 @@ int cvc_ConvertString(int request, int options, const char *in, int inLength, co
                                    a, b, c);
 }
 
-const unsigned char *enc_ConvertLongEncodedStr(const char *text, int which, int *length)
-{
-    const unsigned char *const bytes = NEXT(enc_ConvertLongEncodedStr)(text, which, length);
-    *length = nonsense.value_or(*length);
-    return bytes;
-}
-
-void *os_malloc(size_t size) { return Hold(&held.blocks, NEXT(os_malloc)(size)); }
-
 void *os_realloc(void *block, size_t size)
 {
     void *const moved = NEXT(os_realloc)(block, size);
-    Release(&held.blocks, block);
-    return Hold(&held.blocks, moved);
+    held.blocks.erase(block);
+    return Hold<held.blocks>(moved);
 }
 
 void os_free(void *block)
 {
-    Release(&held.blocks, block);
+    held.blocks.erase(block);
     REAL(os_free)(block);
-}
-
-FILE *os_fopen(const char *path, const char *mode)
-{
-    return Hold(&held.open, NEXT(os_fopen)(path, mode));
 }
 
 FILE *os_fdopen(int fd, const char *mode)
 {
     Called(__func__, fd);
-    return Hold(&held.open, REAL(os_fdopen)(fd, mode));
-}
-
-int os_fclose(FILE *stream)
-{
-    const auto close = NEXT(os_fclose);
-    Release(&held.open, stream);
-    return close(stream);
-}
-
-int mdc_fclose(FILE *stream)
-{
-    const auto close = NEXT(mdc_fclose);
-    Release(&held.open, stream);
-    return close(stream);
-}
-
-void *os_opendir(const char *path) { return Hold(&held.open, NEXT(os_opendir)(path)); }
-
-int os_closedir(void *dir)
-{
-    Release(&held.open, dir);
-    return REAL(os_closedir)(dir);
+    return Hold<held.open>(REAL(os_fdopen)(fd, mode));
 }
 
 int lkf_LockFile(int mode, const char *path)
