@@ -11,8 +11,6 @@
 #include <gtest/gtest.h>
 #include <platform/os.h>
 
-#include <cstring>
-
 class CaseTableTest : public testing::Test, protected Sinks
 {
   protected:
@@ -34,11 +32,5 @@ class CaseTableTest : public testing::Test, protected Sinks
 
     const TempHome home;
 };
-
-inline bool IsClear(const CaseTableRecord &record)
-{
-    const CaseTableRecord clear = {};
-    return std::memcmp(&record, &clear, sizeof clear) == 0;
-}
 
 #endif

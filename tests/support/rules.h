@@ -4,6 +4,7 @@
 
 #include <str/casetable.h>
 
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,17 @@
 // trails of each lead byte.
 std::string RulesOf(const CaseTableRecord &record);
 
-// The same of a compiled file that is long enough.
+// The same of a compiled file, or the code with which it is refused.
 std::string RulesOf(std::string_view file);
+
+inline bool IsClear(const CaseTableRecord &record)
+{
+    const CaseTableRecord clear = {};
+    return std::memcmp(&record, &clear, sizeof clear) == 0;
+}
+
+// The rules of a record that has just been compiled or loaded, or, when it was not `done`, the code
+// of what was wrong.  The record is clear then, or the program ends.
+std::string TakeRules(bool done, CaseTableRecord *record);
 
 #endif
