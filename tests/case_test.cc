@@ -3,22 +3,14 @@
 // Upper case of texts: by the shipped case tables beside what iconv and GLib say, by random tables
 // beside a slow and obvious lookup, and at the edges.
 #include "services/ccs/sets.h"
-#include "services/services.h"
 #include "tests/support/casetable.h"
-#include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/samples.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
 #include <glib.h>
-#include <str/case.h>
 
-#include <algorithm>
-#include <climits>
 #include <clocale>
 #include <filesystem>
-#include <map>
-#include <random>
 #include <sstream>
 #include <utility>
 

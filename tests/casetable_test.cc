@@ -2,21 +2,14 @@
 //
 // Case tables from their sources to the registry and to the image: the language of the sources, the
 // compiled files, sound and damaged, the locks, and publishing.
-#include "services/services.h"
 #include "tests/support/casetable.h"
-#include "tests/support/escape.h"
-#include "tests/support/guarded.h"
+#include "tests/support/test.h"
 
-#include <platform/ccs.h>
 #include <platform/lkf.h>
-#include <platform/os.h>
-#include <str/case.h>
-#include <str/codes.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <utility>
 
 extern int theChownError; // of the test of the services: what fchownat fails with
@@ -24,7 +17,6 @@ extern int theChownError; // of the test of the services: what fchownat fails wi
 namespace
 {
 
-using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr CSDescriptor kLatin = {100, 0}, kGreek = {126, 0};
@@ -325,7 +317,7 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     }
     EXPECT_GT(ccs_GetToUpperTable(&kLatin), 2);
     const uint32_t size = 4 + str_TotalWorkArea();
-    const GuardedRoom segment(size), elsewhere(size);
+    const Guarded segment(size), elsewhere(size);
     for (size_t refuse = 11; refuse > 0; --refuse)
         EXPECT_EQ(Publish(segment.data(), refuse), 0) << refuse;
     ASSERT_EQ(Publish(segment.data()), 1);

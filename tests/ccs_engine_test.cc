@@ -2,7 +2,6 @@
 //
 // The ISO 2022 engine on text that is bad, cut off or random.
 #include "services/ccs/sets.h"
-#include "tests/support/reader.h"
 #include "tests/support/test.h"
 
 using namespace libstr;

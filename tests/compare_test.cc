@@ -2,26 +2,14 @@
 //
 // Comparison of texts in all sets beside a slow one, which goes character by character; UTF-8
 // beside GLib; whether the order of texts is one; and the order of O/R names.
-#include "services/services.h"
 #include "tests/support/casetable.h"
-#include "tests/support/escape.h"
-#include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/samples.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
 #include <glib.h>
-#include <platform/ccs.h>
-#include <platform/os.h>
-#include <str/case.h>
-#include <str/compare.h>
 
-#include <climits>
-#include <cstring>
 #include <deque>
-#include <map>
 #include <tuple>
-#include <vector>
 
 namespace
 {

@@ -2,19 +2,10 @@
 //
 // Truncation, splitting, joining, search and width: every answer beside a slow one, which takes the
 // text unit by unit; and what is cut and joined reads as before, for iconv too.
-#include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/samples.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
 #include <glib.h>
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
-#include <str/str.h>
-
-#include <climits>
-#include <cstring>
-#include <vector>
 
 namespace
 {
@@ -123,7 +114,7 @@ struct Text {
 
     void CheckTruncation(unsigned int n) const
     {
-        const GuardedRoom room(n), copy(n + 1);
+        const Guarded room(n), copy(n + 1);
         unsigned int kept = 4711;
         ASSERT_EQ(str_truncstrlen(text, n, &cs), Kept(n));
         ASSERT_EQ(str_truncate(room.data(), text, n, &cs, &kept), room.data());
@@ -215,7 +206,7 @@ void CheckJoin(const CSDescriptor &cs, const std::string &first, const std::stri
     ASSERT_EQ(length, switches ? static_cast<int>(between.size()) : 4711);
     for (const size_t n : {size_t{0}, second.size() / 2, second.size(), second.size() + 9}) {
         const std::string expected = first + between + second.substr(0, n);
-        const GuardedRoom room(expected.size() + 1);
+        const Guarded room(expected.size() + 1);
         std::strcpy(room.data(), first.c_str());
         ASSERT_EQ(n > second.size() ? str_strcat(room.data(), second.c_str(), &cs)
                                     : str_strncat(room.data(), second.c_str(), n, &cs),
@@ -289,7 +280,7 @@ TEST(Utf8, IsCutAndCountedByCharacters)
         EXPECT_EQ(str_utf8DispStrLen(whole.c_str(), -1, 0), all - escapes);
         for (unsigned int n = 0; n <= text.size() + 3; ++n) {
             const size_t read = std::min<size_t>(n, text.size() + 1);
-            const GuardedRoom front(read), copy(n);
+            const Guarded front(read), copy(n);
             std::memcpy(front.data(), whole.c_str(), read);
             std::string kept;
             const auto characters = CharactersOf(text.substr(0, n), n <= text.size());

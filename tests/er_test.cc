@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The error and trace service: escapes, environments, messages.
-#include "tests/support/escape.h"
-#include "tests/support/sinks.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-#include <platform/os.h>
-
-#include <climits>
 #include <fstream>
 #include <regex>
 #include <thread>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Formatting: what printf prints, in every set; malformed formats; text after an argument.
-#include "tests/support/reader.h"
 #include "tests/support/test.h"
 
 #include <array>
@@ -246,7 +245,7 @@ Characters Said(const char *set, const std::string &text)
 void CheckPrinted(const char *set, const char *format, const std::string &text, unsigned int n)
 {
     const CSDescriptor cs = DescriptorOf(set);
-    const GuardedRoom slice(n); // nothing after it may be read
+    const Guarded slice(n); // nothing after it may be read
     std::copy_n(text.begin(), n, slice.data());
     std::string printed(1024, '\0');
     const bool whole = std::strchr(format, '*') == nullptr;
@@ -286,7 +285,7 @@ TEST(Print, StringsAndWhatFollowsThemReadAsWritten)
 
 // Of as many records as the scanner may touch.
 struct Table {
-    const GuardedRoom room{STR_PARAMETERS * sizeof(ParameterRecord)};
+    const Guarded room{STR_PARAMETERS * sizeof(ParameterRecord)};
     ParameterRecord *const records = reinterpret_cast<ParameterRecord *>(room.data());
 };
 

@@ -2,15 +2,10 @@
 //
 // Pattern matching of real text beside a slow matcher: what a text says decides, not the escape
 // sequences that say it.
-#include "tests/support/guarded.h"
 #include "tests/support/meaning.h"
-#include "tests/support/random_text.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
 #include <glib.h>
-#include <gtest/gtest.h>
-#include <platform/os.h>
-#include <str/str.h>
 
 namespace
 {

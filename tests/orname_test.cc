@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // O/R names as the default service parses them.
-#include "tests/support/guarded.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
 #include <platform/nm.h>
-
-#include <string>
 
 namespace
 {

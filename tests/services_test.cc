@@ -2,21 +2,15 @@
 //
 // The default services around files, and those of case tables: what they do where the system says
 // no, and between processes.
-#include "tests/support/escape.h"
 #include "tests/support/home.h"
-#include "tests/support/sinks.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-#include <platform/ccs.h>
 #include <platform/enc.h>
 #include <platform/ext.h>
 #include <platform/lkf.h>
 #include <platform/mdc.h>
-#include <platform/os.h>
 
-#include <climits>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
@@ -24,8 +18,6 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-
-using namespace std::string_literals;
 
 // What the next call of these names fails with; 0 when it succeeds.
 int theFsyncError, theFstatError, theChownError;

@@ -2,11 +2,7 @@
 //
 // The case tables in data/toupper are what their generator writes.
 #include "tests/support/home.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
+#include "tests/support/test.h"
 
 namespace
 {

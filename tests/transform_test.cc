@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Transformation of UTF-8 input, and the string service that it writes to.
-
 #include "tests/support/test.h"
 
 #include <platform/dstring.h>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The universal set in upper case, through the default conversion service.
-
 #include "tests/support/test.h"
 
 #include <platform/cvc.h>

@@ -4,12 +4,9 @@
 // the default one, and sets whose own table serves all.
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
-
-#include <str/case.h>
-#include <str/codes.h>
+#include "tests/support/test.h"
 
 #include <set>
-#include <vector>
 
 namespace
 {

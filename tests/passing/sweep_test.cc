@@ -2,22 +2,15 @@
 //
 // Every export that calls a service, with each of its calls failing in turn: the answer or the
 // escape is the documented one, nothing stays held, and the next call is right.
-#include "services/services.h"
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
-#include "tests/support/escape.h"
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
-#include <platform/os.h>
-#include <str/str.h>
-
-#include <cstring>
 #include <utility>
 
 namespace
 {
 
-using namespace std::string_literals;
 using passing::failure;
 using passing::held;
 

@@ -2,7 +2,7 @@
 //
 // The first use of a set, which compiles its table, when processes get in each other's way.
 #include "tests/support/casetable.h"
-#include "tests/support/random_text.h"
+#include "tests/support/test.h"
 
 #include <platform/lkf.h>
 #include <sys/mman.h>
@@ -14,10 +14,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <functional>
-#include <random>
-
-using namespace std::string_literals;
 
 namespace
 {

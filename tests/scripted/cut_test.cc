@@ -4,13 +4,7 @@
 // sequences of any length, and texts of 4 GiB.
 #include "tests/scripted/ccs.h"
 #include "tests/scripted/files.h"
-#include "tests/support/escape.h"
-#include "tests/support/guarded.h"
-#include "tests/support/sinks.h"
-
-#include <gtest/gtest.h>
-#include <platform/os.h>
-#include <str/str.h>
+#include "tests/support/test.h"
 
 namespace
 {

@@ -4,10 +4,7 @@
 // set is, beside the same slow matcher.
 #include "tests/scripted/ccs.h"
 #include "tests/support/meaning.h"
-#include "tests/support/random_text.h"
-
-#include <gtest/gtest.h>
-#include <str/match.h>
+#include "tests/support/test.h"
 
 namespace
 {

@@ -1,57 +1,78 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts and buffers that end right before a page that cannot be touched, so that a look beyond them
-// ends the test.
+// Texts and buffers that end right before a page that cannot be touched: a look beyond ends the test.
 #ifndef TESTS_SUPPORT_GUARDED_H
 #define TESTS_SUPPORT_GUARDED_H
 
-#include <cstddef>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
-// So many bytes, all of them 0xEE at first.
-class GuardedRoom
-{
-  public:
-    explicit GuardedRoom(std::size_t size);
-    ~GuardedRoom();
-    GuardedRoom(const GuardedRoom &) = delete;
-    GuardedRoom &operator=(const GuardedRoom &) = delete;
-
-    char *data() const { return data_; }
-
-  private:
-    char *pages_;
-    std::size_t mapped_;
-    char *data_;
+// Pages of memory that go with it.
+struct Unmap {
+    size_t size;
+    void operator()(char *pages) const { munmap(pages, size); }
 };
+using Pages = std::unique_ptr<char, Unmap>;
 
-// The bytes and a NUL.
+inline Pages MapPages(size_t size)
+{
+    void *const pages = mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (pages == MAP_FAILED)
+        throw std::runtime_error("no pages");
+    return {static_cast<char *>(pages), {size}};
+}
+
+// So many bytes, all of them 0xEE at first; or a text and its NUL.
 class Guarded
 {
   public:
-    explicit Guarded(std::string_view bytes);
+    explicit Guarded(size_t size) : pages_(MapPages((size / kPage + 2) * kPage))
+    {
+        char *const end = pages_.get() + (size / kPage + 1) * kPage;
+        mprotect(end, kPage, PROT_NONE);
+        data_ = static_cast<char *>(std::memset(end - size, 0xEE, size));
+    }
+    explicit Guarded(std::string_view bytes) : Guarded(bytes.size() + 1)
+    {
+        *std::copy(bytes.begin(), bytes.end(), data_) = '\0';
+    }
 
-    const char *c_str() const { return room_.data(); }
+    char *data() const { return data_; }
+    const char *c_str() const { return data_; }
 
   private:
-    GuardedRoom room_;
+    inline static const auto kPage = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    Pages pages_;
+    char *data_;
 };
 
 // A text of so many bytes over the same few pages of memory, again and again.
 class LongText
 {
   public:
-    explicit LongText(std::size_t size);
-    ~LongText();
-    LongText(const LongText &) = delete;
-    LongText &operator=(const LongText &) = delete;
+    explicit LongText(size_t size) : pages_(MapPages((size / kPiece + 1) * kPiece))
+    {
+        const int fd = memfd_create("text", 0);
+        if (write(fd, std::string(kPiece, 'x').data(), kPiece) != ssize_t{kPiece})
+            throw std::runtime_error("no pages to repeat");
+        for (size_t at = 0; at < pages_.get_deleter().size; at += kPiece)
+            mmap(pages_.get() + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, fd, 0);
+        close(fd);
+        pages_.get()[size] = '\0';
+    }
 
-    const char *c_str() const { return text_; }
+    const char *c_str() const { return pages_.get(); }
 
   private:
-    static constexpr std::size_t kPiece = 1 << 21;
-    std::size_t mapped_;
-    char *text_;
+    static constexpr size_t kPiece = 1 << 21;
+    Pages pages_;
 };
 
 #endif

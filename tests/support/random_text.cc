@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/support/random_text.h"
+#include "tests/support/text.h"
 
 #include <cstdlib>
 #include <string_view>

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/support/reader.h"
-
 #include "tests/support/text.h"
 
 #include <array>

@@ -7,7 +7,6 @@
 #include "services/services.h"
 #include "tests/support/escape.h"
 #include "tests/support/guarded.h"
-#include "tests/support/random_text.h"
 #include "tests/support/sinks.h"
 #include "tests/support/text.h"
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -29,5 +30,20 @@ inline std::string WithUs(std::string text)
 
 // The code points of the bytes, nothing when iconv cannot read them whole.
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes);
+
+// A slow and obvious reader of ISO 2022 text: byte by byte, from the standard's words, with no tables
+// of classes, no runs and no blocks.  Returns the segments of `bytes`, read as a string of the named set
+// with escapes allowed.  Knows the sets whose names are in reader.cc.
+std::string ReadSlowly(const std::string &setName, std::string_view bytes);
+
+// What random tests begin with: the number in STR_TEST_SEED, which CI makes anew each time, else 7.
+unsigned int TestSeed();
+
+// The codes that random text is read in.
+inline const char *const kCodes[] = {"IA5",  "ISO-2022-JP", "ISO-2022-KR", "EUC-JP", "EUC-KR",
+                                     "T.61", "ISO-8859-1",  "JIS X 0201",  "UTF8"};
+
+// Text of less than `mostPieces` pieces: whole sequences, their parts, characters, a random byte.
+std::string RandomText(std::mt19937 &random, size_t mostPieces);
 
 #endif
