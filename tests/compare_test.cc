@@ -2,73 +2,49 @@
 //
 // Comparison of texts in all sets beside a slow one, which goes character by character; UTF-8
 // beside GLib; whether the order of texts is one; and the order of O/R names.
+
+#include "str/core/upshift.h"
 #include "tests/support/casetable.h"
 #include "tests/support/samples.h"
 #include "tests/support/test.h"
 
-#include <glib.h>
-
 #include <deque>
+#include <glib.h>
+#include <str/case.h>
+#include <str/compare.h>
 #include <tuple>
 
 namespace
 {
 
 // Case tables with every sort of rule; other sets have none.
-using Rules = std::map<std::string, std::string>;
-// clang-format off
-const std::map<uint16_t, Rules> kRules = {
-    {6, {{"a", "A"}, {"b", "B"}, {"c", "C"}, {"s", "S"}, {"x", "X"}, {"g", "G"}, {"l", "L"}}},
-    {100, {{"a", "A"}, {"b", "B"}, {"\xE9", "\xC9"}, {"z", "\xC2" "S"}, {"Z", "\xC2" "A"},
-           {"\xC2" "a", "\xC2" "A"}, {"\xC8u", "u"}, {"\xC6\xFC", "\xC6\xFB"}}},
-    {103, {{"\xC8u", "\xC8U"}, {"\xC8U", "\xC8U"}, {"\xF3", "\xE3"}}},
-    {87, {{"\x46\x7C", "Zz"}, {"\xC6\xFC", "\xC6\xFB"}}},
+const std::map<uint16_t, std::string> kRules = {
+    {6, "a=A b=B c=C s=S x=X g=G l=L"},
+    {100, R"(a=A b=B \xE9=\xC9 z=\xC2S Z=\xC2A \xC2a=\xC2A \xC8u=u \xC6\xFC=\xC6\xFB)"},
+    {103, R"(\xC8u=\xC8U \xC8U=\xC8U \xF3=\xE3 \xF1=\xC8U)"},
+    {87, R"(\x46\x7C=Zz \xC6\xFC=\xC6\xFB)"},
 };
-// clang-format on
-
-std::string InHex(const std::string &bytes)
-{
-    std::string hex;
-    for (const char byte : bytes)
-        hex += {'\\', 'x', "0123456789ABCDEF"[byte >> 4 & 15], "0123456789ABCDEF"[byte & 15]};
-    return hex;
-}
 
 class Comparison : public CaseTableTest
 {
   protected:
     Comparison()
     {
-        ForgetTables();
         for (const auto &[kind, rules] : kRules) {
-            std::string source = "T C test";
-            for (const auto &[from, to] : rules)
-                source += "\n" + InHex(from) + "=" + InHex(to);
-            home.Write("toupper/" + std::to_string(kind) + ".s", source);
+            home.Write("toupper/" + std::to_string(kind) + ".s", "T C test\n" + rules);
             const CSDescriptor cs = {kind, 0};
             EXPECT_NE(str_InitCaseTables(&cs), nullptr) << logged;
         }
     }
-    ~Comparison() override { ForgetTables(); }
-
-  private:
-    static void ForgetTables()
-    {
-        ReleaseTables();
-        char noTable;
-        ccs_SetCSTable(-1, &noTable);
-    }
 };
+
+constexpr uint16_t kUtf8 = 196;
 
 int Sign(int order) { return (order > 0) - (order < 0); }
 
 // ---- The slow comparison -------------------------------------------------------------------
 
-struct Run {
-    uint16_t kind;
-    std::string bytes;
-};
-using Runs = std::deque<Run>;
+using Runs = std::deque<std::pair<uint16_t, std::string>>; // bytes with their kind
 
 struct Text {
     CSDescriptor cs;
@@ -76,7 +52,6 @@ struct Text {
     unsigned int limit = UINT_MAX; // of bytes; 2^31 and more is none
     bool isOneRun = false;
 
-    bool IsUtf8() const { return cs.csNum == 196; }
     bool IsEmpty() const { return bytes.empty() || limit == 0; }
 
     Runs Parts() const // those that are compared
@@ -85,17 +60,17 @@ struct Text {
             return {{cs.csNum, bytes.substr(0, limit)}};
         Runs runs;
         int count = 0;
-        const CSSegment *segment = ccs_GetRealStrs(
-            &cs, bytes.c_str(), limit > INT_MAX ? -1 : static_cast<int>(limit), &count);
+        const int most = limit > INT_MAX ? -1 : static_cast<int>(limit);
+        const CSSegment *segment = ccs_GetRealStrs(&cs, bytes.c_str(), most, &count);
         for (; segment->kind != CS_SEG_END; ++segment)
-            runs.push_back({segment->kind, std::string(segment->text, segment->length)});
+            runs.emplace_back(segment->kind, std::string(segment->text, segment->length));
         return runs;
     }
 };
 
 std::string Take(Runs *runs, int size)
 {
-    std::string &bytes = runs->front().bytes;
+    std::string &bytes = runs->front().second;
     const std::string taken = bytes.substr(0, static_cast<size_t>(size));
     bytes.erase(0, taken.size());
     if (bytes.empty())
@@ -104,32 +79,30 @@ std::string Take(Runs *runs, int size)
 }
 
 // The next character in upper case, as bytes that order as signed numbers.
-std::vector<int> TakeUpper(Runs *runs, const Rules &rules)
+std::vector<int> TakeUpper(Runs *runs, const CSDescriptor &cs)
 {
-    const std::string &bytes = runs->front().bytes;
-    const bool isPair = !rules.contains(bytes.substr(0, 1)) && rules.contains(bytes.substr(0, 2));
-    const std::string taken = Take(runs, isPair ? 2 : 1);
-    const std::string upper = rules.contains(taken) ? rules.at(taken) : taken;
+    unsigned char upper[2];
+    int written = 0;
+    const std::string &bytes = runs->front().second;
+    const auto *const at = reinterpret_cast<const unsigned char *>(bytes.data());
+    Take(runs, str_UpShiftChar(at, static_cast<int>(bytes.size()), libstr::CaseTableOf(&cs), upper,
+                               &written));
     const int first = static_cast<signed char>(upper[0]);
-    return upper.size() == 1 ? std::vector{first}
-                             : std::vector{first * 256 + static_cast<signed char>(upper[1]), 2};
+    return written == 1 ? std::vector{first}
+                        : std::vector{first * 256 + static_cast<signed char>(upper[1]), 2};
 }
 
-uint32_t FlagsOf(uint16_t kind)
-{
-    const CSDescriptor cs = {kind, 0};
-    return ccs_GetCSFlags(&cs);
-}
+uint32_t FlagsOf(const CSDescriptor &cs) { return ccs_GetCSFlags(&cs); }
 
 // The set by which the two are compared, 0 for none.
 uint16_t Common(uint16_t kind1, uint16_t kind2)
 {
     if (kind1 == kind2 || kind1 == CS_SEG_RAW || kind2 == CS_SEG_RAW)
         return kind1 == kind2 ? kind1 : 0;
-    const uint32_t flags1 = FlagsOf(kind1), flags2 = FlagsOf(kind2);
-    if ((flags1 & CS_FLAG_ASCII) != 0 && (flags2 & CS_FLAG_ASCII_SUPERSET) != 0)
-        return kind2;
-    return (flags2 & CS_FLAG_ASCII) != 0 && (flags1 & CS_FLAG_ASCII_SUPERSET) != 0 ? kind1 : 0;
+    const auto holdsAscii = [](uint16_t kind) {
+        return (FlagsOf({kind, 0}) & CS_FLAG_ASCII_SUPERSET) != 0;
+    };
+    return kind1 == 6 && holdsAscii(kind2) ? kind2 : kind2 == 6 && holdsAscii(kind1) ? kind1 : 0;
 }
 
 auto Rank(uint16_t kind)
@@ -137,7 +110,7 @@ auto Rank(uint16_t kind)
     const CSDescriptor cs = {kind, 0};
     const char *const designation = ccs_GetDesignation(&cs, 1);
     const char final = designation == nullptr ? '\0' : std::string(designation).back();
-    return std::tuple((FlagsOf(kind) & CS_FLAG_BYTE) == 0, final, static_cast<int16_t>(kind));
+    return std::tuple((FlagsOf(cs) & CS_FLAG_BYTE) == 0, final, static_cast<int16_t>(kind));
 }
 
 // The order of the two, 0 for equal; with a limit of characters, whether they are.
@@ -156,44 +129,37 @@ int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars
     for (unsigned int done = 0; !limited || done < chars;) {
         if (a.empty() || b.empty())
             return limited ? 1 : static_cast<int>(b.empty()) - static_cast<int>(a.empty());
-        const uint16_t kind1 = a[0].kind, kind2 = b[0].kind, common = Common(kind1, kind2);
+        const uint16_t kind1 = a[0].first, kind2 = b[0].first, common = Common(kind1, kind2);
+        const CSDescriptor cs = {common, 0};
         if (common == 0)
             return Rank(kind1) < Rank(kind2) ? -1 : 1;
         if (caseless && kRules.contains(common)) {
-            const auto upper1 = TakeUpper(&a, kRules.at(common));
-            const auto upper2 = TakeUpper(&b, kRules.at(common));
+            const auto upper1 = TakeUpper(&a, cs), upper2 = TakeUpper(&b, cs);
             if (upper1 != upper2)
                 return upper1 < upper2 ? -1 : 1;
             ++done;
             continue;
         }
-        const CSDescriptor cs = {common, 0};
-        int size = static_cast<int>(std::min(a[0].bytes.size(), b[0].bytes.size()));
-        done += ccs_GetNextCharLen(a[0].bytes.c_str(), size, &size, &cs) != 0;
+        int size = static_cast<int>(std::min(a[0].second.size(), b[0].second.size()));
+        done += ccs_GetNextCharLen(a[0].second.c_str(), size, &size, &cs) != 0;
         if (const int order = Take(&a, limited ? size : 1).compare(Take(&b, limited ? size : 1)))
             return order;
     }
     return 0;
 }
 
-std::string Folded(const char *bytes)
-{
-    gchar *const folded = g_utf8_casefold(bytes, -1);
-    const std::string text = folded;
-    g_free(folded);
-    return text;
-}
-
 // Character by character; a byte of none stays.
-std::string SlowlyFolded(std::string text)
+std::string Folded(std::string_view text)
 {
     std::string folded;
     while (!text.empty()) {
-        const gunichar c = g_utf8_get_char_validated(text.c_str(), -1);
-        char character[7] = {text[0]};
-        const int size = c < 0x80000000 ? g_unichar_to_utf8(c, character) : 1;
-        folded += c < 0x80000000 ? Folded(character) : character;
-        text.erase(0, static_cast<size_t>(size));
+        const auto left = static_cast<gssize>(text.size());
+        const bool isWhole = g_utf8_get_char_validated(text.data(), left) < 0x80000000;
+        const ptrdiff_t size = isWhole ? g_utf8_next_char(text.data()) - text.data() : 1;
+        gchar *const form = isWhole ? g_utf8_casefold(text.data(), size) : nullptr;
+        folded += isWhole ? form : std::string(text.substr(0, 1));
+        g_free(form);
+        text.remove_prefix(static_cast<size_t>(size));
     }
     return folded;
 }
@@ -201,12 +167,12 @@ std::string SlowlyFolded(std::string text)
 // To the end, where UTF-8 is compared with UTF-8 alone.
 int SlowToEnd(const Text &text1, const Text &text2, bool caseless)
 {
-    if ((!text1.IsUtf8() && !text2.IsUtf8()) || text1.IsEmpty() || text2.IsEmpty())
+    const bool isUtf8 = text1.cs.csNum == kUtf8 && text2.cs.csNum == kUtf8;
+    if (text1.IsEmpty() || text2.IsEmpty() || (text1.cs.csNum != kUtf8 && text2.cs.csNum != kUtf8))
         return Slow(text1, text2, caseless);
-    if (text1.cs.csNum != text2.cs.csNum)
-        return 1;
-    return caseless ? SlowlyFolded(text1.bytes) != SlowlyFolded(text2.bytes)
-                    : text1.bytes != text2.bytes;
+    return !isUtf8    ? 1
+           : caseless ? Folded(text1.bytes) != Folded(text2.bytes)
+                      : text1.bytes != text2.bytes;
 }
 
 // ---- Random texts --------------------------------------------------------------------------
@@ -223,7 +189,7 @@ Text RandomlyMade(std::mt19937 &random)
 {
     Text text = {DescriptorOf(kSamples[random() % std::size(kSamples)].set), ""};
     text.cs.escMode = random() % 4 == 0 ? random() % 2 : text.cs.escMode;
-    if (text.IsUtf8())
+    if (text.cs.csNum == kUtf8)
         for (auto left = random() % 9; left > 0; --left)
             text.bytes += kPieces[random() % std::size(kPieces)];
     else
@@ -236,17 +202,12 @@ std::string Varied(std::mt19937 &random, std::string bytes)
 {
     for (auto changes = random() % 4; changes > 0 && !bytes.empty(); --changes) {
         const size_t at = random() % bytes.size();
-        const auto way = random() % 8;
-        if (way < 3)
-            bytes.insert(at, "\x1B[m");
-        else if (way < 6)
-            bytes[at] = isalpha(bytes[at]) != 0 ? static_cast<char>(bytes[at] ^ 0x20) : bytes[at];
-        else if (way == 6)
-            bytes.erase(at, 1);
-        else
-            bytes.insert(at, kPieces[random() % std::size(kPieces)]);
+        const std::string others[] = {"\x1B[m" + bytes.substr(at, 1),
+                                      std::string(1, static_cast<char>(bytes[at] ^ 0x20)), "",
+                                      kPieces[random() % std::size(kPieces)]};
+        bytes.replace(at, 1, others[random() % 4]);
     }
-    return bytes;
+    return bytes.c_str(); // up to a NUL
 }
 
 unsigned int RandomLimit(std::mt19937 &random, size_t size)
@@ -269,98 +230,69 @@ TEST_F(Comparison, IsThatOfASlowOne)
         const size_t size1 = text1.bytes.size(), size2 = text2.bytes.size();
         const unsigned int chars = RandomLimit(random, size1), bytes1 = RandomLimit(random, size1);
         const unsigned int bytes2 = random() % 3 == 0 ? RandomLimit(random, size2) : bytes1;
-        SCOPED_TRACE(testing::PrintToString(
-            std::tuple(cs1.csNum, cs1.escMode, text1.bytes, cs2.csNum, cs2.escMode, text2.bytes)));
-        SCOPED_TRACE(testing::PrintToString(std::tuple(chars, bytes1, bytes2)));
+        SCOPED_TRACE(
+            testing::PrintToString(std::tuple(cs1.csNum, cs1.escMode, text1.bytes, bytes1,
+                                              cs2.csNum, cs2.escMode, text2.bytes, bytes2, chars)));
         for (const bool caseless : {false, true}) {
             const int order = Slow(text1, text2, caseless);
             EXPECT_EQ(Sign(str_cmpTextStr(s1, s2, caseless, &cs1, &cs2)), Sign(order));
+            EXPECT_TRUE(caseless || Sign(Slow(text2, text1, false)) == -Sign(order));
             equal += order == 0;
         }
-        const uint32_t sort = FlagsOf(cs1.csNum) & (CS_FLAG_BYTE | CS_FLAG_T61);
+        const uint32_t sort = FlagsOf(cs1) & (CS_FLAG_BYTE | CS_FLAG_T61);
         const bool isOne = cs1.csNum == cs2.csNum, isPlain = isOne && sort == CS_FLAG_BYTE;
         text1.isOneRun = text2.isOneRun = isPlain && cs1.escMode == 0 && cs2.escMode == 0;
         // `value` is the C library's, which counts for one set of bytes.
-        const auto check = [&](bool caseless, auto one, auto two, auto engine, int order, int value,
-                               auto... limits) {
-            EXPECT_EQ(engine(s1, s2, limits..., caseless, &cs1, &cs2), order != 0);
-            const bool isUtf8 = isOne && text1.IsUtf8() && sizeof...(limits) == 0;
-            const bool isC = !caseless && (isPlain || isUtf8);
-            EXPECT_EQ(two(s1, s2, limits..., &cs1, &cs2), isC ? value : order != 0);
-            EXPECT_TRUE(!isOne || cs1.escMode != cs2.escMode ||
-                        one(s1, s2, limits..., &cs1) == two(s1, s2, limits..., &cs1, &cs2));
+        const auto check = [&](auto engine, auto slow, int value, auto one, auto two,
+                               auto caselessOne, auto caselessTwo, auto... limits) {
+            const bool isUtf8 = isOne && cs1.csNum == kUtf8 && sizeof...(limits) == 0;
+            for (const bool caseless : {false, true}) {
+                const int order = slow(caseless) != 0;
+                EXPECT_EQ(engine(s1, s2, limits..., caseless, &cs1, &cs2), order);
+                const int byTwo = (caseless ? caselessTwo : two)(s1, s2, limits..., &cs1, &cs2);
+                EXPECT_EQ(byTwo, !caseless && (isPlain || isUtf8) ? value : order);
+                EXPECT_TRUE(!isOne || cs1.escMode != cs2.escMode ||
+                            (caseless ? caselessOne : one)(s1, s2, limits..., &cs1) == byTwo);
+            }
         };
-        check(false, str_strcmp, str_strcmp3, str_DoCompareToEnd, SlowToEnd(text1, text2, false),
-              std::strcmp(s1, s2));
-        check(true, str_strucasecmp, str_strucasecmp3, str_DoCompareToEnd,
-              SlowToEnd(text1, text2, true), 0);
-        check(false, str_strncmp, str_strnccmp3, str_DoCompareByCharLen,
-              Slow(text1, text2, false, chars), std::strncmp(s1, s2, chars), chars);
-        check(true, str_strucasencmp, str_strucasenccmp3, str_DoCompareByCharLen,
-              Slow(text1, text2, true, chars), 0, chars);
+        check(
+            str_DoCompareToEnd, [&](bool caseless) { return SlowToEnd(text1, text2, caseless); },
+            std::strcmp(s1, s2), str_strcmp, str_strcmp3, str_strucasecmp, str_strucasecmp3);
+        check(
+            str_DoCompareByCharLen,
+            [&](bool caseless) { return Slow(text1, text2, caseless, chars); },
+            std::strncmp(s1, s2, chars), str_strncmp, str_strnccmp3, str_strucasencmp,
+            str_strucasenccmp3, chars);
         text1.limit = bytes1;
         text2.limit = bytes2;
-        check(false, str_strncmp2, str_strnbcmp3, str_DoCompareByByteLen, Slow(text1, text2, false),
-              std::strncmp(s1, s2, bytes1), bytes1, bytes2);
-        check(true, str_strucasencmp2, str_strucasenbcmp3, str_DoCompareByByteLen,
-              Slow(text1, text2, true), 0, bytes1, bytes2);
+        check(
+            str_DoCompareByByteLen, [&](bool caseless) { return Slow(text1, text2, caseless); },
+            std::strncmp(s1, s2, bytes1), str_strncmp2, str_strnbcmp3, str_strucasencmp2,
+            str_strucasenbcmp3, bytes1, bytes2);
     }
-    EXPECT_GT(equal, rounds / 2);
-    EXPECT_LT(equal, rounds * 3 / 2);
+    EXPECT_GT(equal, rounds / 3);
 }
 
 // As a cache may go by some bits of a character, each is compared with those that differ in one.
 TEST_F(Comparison, TellsFoldedCharactersApart)
 {
     const CSDescriptor utf8 = DescriptorOf("UTF8");
-    for (gunichar c = 'A'; c < 0x20000; ++c) {
-        char text[7] = {}, other[7] = {};
-        g_unichar_to_utf8(c, text);
-        if (!g_unichar_validate(c) || Folded(text) == text)
-            continue;
-        g_unichar_to_utf8(g_unichar_toupper(c), other);
-        std::vector<std::string> others = {other, Folded(text), Folded(text) + "x"};
-        for (gunichar bit = 1; bit < 0x10000; bit *= 2) {
-            std::fill(std::begin(other), std::end(other), '\0');
-            g_unichar_to_utf8(c ^ bit, other);
-            others.push_back(g_unichar_validate(c ^ bit) ? other : "");
+    const auto inUtf8 = [](gunichar c) {
+        char bytes[7] = {};
+        g_unichar_to_utf8(g_unichar_validate(c) ? c : 'A', bytes);
+        return std::string(bytes);
+    };
+    for (gunichar c = 'A'; c < 0x20000; ++c)
+        for (gunichar bit = 0; bit < 17; ++bit) {
+            const std::string text = inUtf8(c);
+            const std::string other = bit == 16 ? Folded(text) : inUtf8(c ^ 1U << bit);
+            ASSERT_EQ(str_strucasecmp(text.c_str(), other.c_str(), &utf8) == 0,
+                      Folded(text) == Folded(other))
+                << text << other;
         }
-        for (const std::string &o : others)
-            ASSERT_EQ(str_strucasecmp(text, o.c_str(), &utf8) == 0,
-                      Folded(text) == Folded(o.c_str()))
-                << text << o;
-    }
 }
 
-// ---- Order ---------------------------------------------------------------------------------
-
-// Antisymmetric for all texts, and transitive for those of one set without escape sequences.
-TEST_F(Comparison, PutsTextsInOrder)
-{
-    std::mt19937 random(TestSeed());
-    for (int round = 0; round < 200; ++round) {
-        std::vector<Text> texts;
-        while (texts.size() < 30)
-            texts.push_back(RandomlyMade(random));
-        for (Text &text : texts)
-            if (round % 2 == 0)
-                text.cs = {texts[0].cs.csNum, 0};
-        const bool caseless = round % 4 < 2 && round % 2 == 0; // of two sets, by that of the second
-        const auto order = [&](const Text &a, const Text &b) {
-            return Sign(str_cmpTextStr(a.bytes.c_str(), b.bytes.c_str(), caseless, &a.cs, &b.cs));
-        };
-        const bool sorts = round % 2 == 0;
-        if (sorts)
-            std::stable_sort(texts.begin(), texts.end(),
-                             [&](const Text &a, const Text &b) { return order(a, b) < 0; });
-        for (size_t i = 0; i < texts.size(); ++i)
-            for (size_t j = 0; j <= i; ++j) {
-                const int forth = order(texts[j], texts[i]);
-                ASSERT_TRUE(forth == -order(texts[i], texts[j]) && (!sorts || forth <= 0))
-                    << testing::PrintToString(std::tuple(texts[i].bytes, texts[j].bytes));
-            }
-    }
-}
+// ---- O/R names -----------------------------------------------------------------------------
 
 const std::string k254(254, 'x'), kLong(60'000, 'x');
 const struct {
@@ -372,15 +304,14 @@ const struct {
     // clang-format off
     {"S=a; C=gb", "/C=GB/S=A/", "T.61", "C,S", 0, 0, "form and case"},
     {"C=GB; S=b; G=c", "C=GB; S=a; G=d", "T.61", "C,S,G", 0, 1, "the first difference"},
-    {"S=a; G=b", "S=a; G=c", "T.61", "S,S, ,S,G,", 0, -1, "named again, and none"},
-    {"C=GB", "C=GB; S=x", "T.61", "G,S,C", 0, -1, "not there"},
+    {"C=GB; G=b", "C=GB; S=x", "T.61", "C,C, ,S,G,", 0, -1, "named again, and not there"},
     {"C=GB; S=\"\"", "C=DE", "T.61", "S,CN,XYZ", 0, 0, "empty, not there, and unknown"},
     {"S=MUELLER; S=M\xC8ULLER", "S=M\xC8uLLER", "T.61", "S", 0, 0, "the T.61 form"},
     {"S=MUELLER; S=M\xC8ULLER", "S=MUELLER; S=M\xC8I", "IA5", "S", 0, 0, "not in that set"},
     {"S=M\xC3\xBCller", "S=M\xC3\xBCller; S=a", "UTF8", "S", 0, 0, "UTF-8"},
     {"S=\xE9", "S=\xC3\xA9", nullptr, "S", 1, 1, "any set"},
+    {"S=\xF1" "b", "S=\xC8u" "B", "T.61", "S", 0, 0, "a letter as two bytes"},
     {"DDA:x=\xF3", "DDA:X=\xE3", nullptr, "DDT1,DDV1", 1, 0, "pairs"},
-    {"S=a; C=DE; ???; G=x", "S=a; G=y", "T.61", "G,S,C", 0, -1, "a fault"},
     {"S=a; C=DE; ???; G=x", "S=a; C=DE", "T.61", "G,S,C", 0, 0, "what is after it"},
     {"S=" + k254 + "a", "S=" + k254 + "b", "T.61", "S", 0, -1, "byte 255 counts"},
     {"S=x" + k254 + "a", "S=" + kLong, "T.61", "S", 0, 0, "byte 256 does not"},

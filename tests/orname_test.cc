@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // O/R names as the default service parses them.
+
 #include "tests/support/test.h"
 
 #include <platform/nm.h>
@@ -8,7 +9,7 @@
 namespace
 {
 
-// The fields of a name, by number, "t" before the T.61 forms; "!" behind them when it is malformed.
+// The fields of a name, by number, "t" before the T.61 forms; "!" after them when it is malformed.
 std::string FieldsOf(const std::string &name)
 {
     const Guarded text(name);
@@ -18,47 +19,39 @@ std::string FieldsOf(const std::string &name)
     std::string fields;
     for (int field = -2; field < NM_FIELD_COUNT + 2; ++field) {
         int length = 4711;
-        const char *value = nm_GetFieldMemPtr(text.c_str(), &parsed, field, &length);
-        if (value == nullptr) {
-            EXPECT_EQ(length, 0);
-            continue;
-        }
+        const char *const value = nm_GetFieldMemPtr(text.c_str(), &parsed, field, &length);
+        EXPECT_TRUE(value != nullptr || length == 0);
         const bool t61 = field >= NM_T61_FORM;
-        fields += (t61 ? "t" + std::to_string(field - NM_T61_FORM) : std::to_string(field)) + "=" +
-                  std::string(value, static_cast<size_t>(length)) + "|";
+        if (value != nullptr)
+            fields += (t61 ? "t" : "") + std::to_string(t61 ? field - NM_T61_FORM : field) + "=" +
+                      std::string(value, static_cast<size_t>(length)) + "|";
     }
     return fields + (status != 0 ? "!" : "");
 }
 
 // clang-format off
-const struct { const char *name, *fields, *why; } kNames[] = {
-    {"/C=GB/ADMD=G 4/PRMD=X Y/O=Co/S=Ex/", "0=Co|5=Ex|9=GB|10=G 4|11=X Y|", "slashes"},
-    {"C=GB; A=G/4; S=Ex", "5=Ex|9=GB|10=G/4|", "semicolons: the other separator is text"},
-    {" c = gb ;\r\n s\t=\ta  b\t", "5=a  b|9=gb|", "white space and small letters"},
+const struct { const char *name, *fields; } kNames[] = {
+    {"/C=GB/ADMD=G 4/PRMD=X Y/GQ=Jr/X121=1/UA-ID=2/", "8=Jr|9=GB|10=G 4|11=X Y|12=1|14=2|"},
+    {" c = gb ;\r\n s\t=\ta/ b\t;", "5=a/ b|9=gb|"},
     {"o=0;ou1=1;ou2=2;ou3=3;ou4=4;s=5;g=6;i=7;q=8;c=9;a=10;p=11;x.121=12;t-id=13;n-id=14",
-     "0=0|1=1|2=2|3=3|4=4|5=5|6=6|7=7|8=8|9=9|10=10|11=11|12=12|13=13|14=14|", "attributes"},
+     "0=0|1=1|2=2|3=3|4=4|5=5|6=6|7=7|8=8|9=9|10=10|11=11|12=12|13=13|14=14|"},
     {"ddt1=15;ddv1=16;ddt2=17;ddv2=18;ddt3=19;ddv3=20;ddt4=21;ddv4=22",
-     "15=15|16=16|17=17|18=18|19=19|20=20|21=21|22=22|", "pairs"},
-    {"/GQ=Jr/X121=1/UA-ID=2", "8=Jr|12=1|14=2|", "the other names"},
-    {"S=\"A;B \"; G= \" C\" ;O=d\"e=\"", "0=d\"e=\"|5=A;B |6= C|", "quotes"},
-    {"OU=a; OU=b\xE9; OU1=\xE9; OU4=d; OU=c", "1=a|3=c|4=d|t1=\xE9|t2=b\xE9|", "the next unit"},
-    {"dda:RF-8=a(a)b; DD.x=1; DDV3=v; DDA: y =3", "15=RF-8|16=a(a)b|17=x|18=1|20=v|21=y|22=3|",
-     "the next pair"},
+     "15=15|16=16|17=17|18=18|19=19|20=20|21=21|22=22|"},
+    {"S=\"A;B \"; G= \" C\" ;O=d\"e=\"", "0=d\"e=\"|5=A;B |6= C|"},
+    {"OU=a; OU=b\xE9; OU1=\xE9; OU4=d; OU=c", "1=a|3=c|4=d|t1=\xE9|t2=b\xE9|"}, // the next unit
+    {"dda:RF-8=a(a)b; DD.x=1; DDV3=v; DDA: y =3", "15=RF-8|16=a(a)b|17=x|18=1|20=v|21=y|22=3|"},
     {"/S=\x1B$B$/\x1B(B/G=\x0E/\x0F/O=\x1Bn//\x0F",
-     "t0=\x1Bn//\x0F|t5=\x1B$B$/\x1B(B|t6=\x0E/\x0F|",
-     "separators in other sets"},
+     "t0=\x1Bn//\x0F|t5=\x1B$B$/\x1B(B|t6=\x0E/\x0F|"},
     {"S=\"\x1B$(B\"\"\x1B(J;\"; G=\x1B(I;\x1B(u; C=a",
-     "9=a|t5=\x1B$(B\"\"\x1B(J;|t6=\x1B(I;\x1B(u|", "quotes in other sets"},
-    {"DDA:t\xE9=v\xE9; S=M; S=\xC8u", "5=M|t5=\xC8u|t15=t\xE9|t16=v\xE9|", "both forms"},
-    {"/ADMD= /S=/G=\"\"", "5=|6=|10=|", "empty values"}, {" / ", "", "no attributes"},
-    {"C=GB; C=DE; S=x", "9=GB|!", "given twice"}, {"S=\xE9; S=\xE8", "t5=\xE9|!", "given twice"},
-    {"A=x; ADMD=y", "10=x|!", "given twice, by two names"}, {"DDA:=v", "!", "a pair without type"},
-    {"C=GB; CN=x; S=y", "9=GB|!", "unknown"}, {"C=GB;; S=y", "9=GB|!", "empty"},
-    {"/C/S=y", "!", "no value"}, {"C=\xE9", "!", "no such form"}, {"A=\x1B(B", "!", "no such form"},
-    {"S=\"a; G=b", "!", "an open quote"}, {"S=\"a\"b; G=c", "!", "text after a quote"},
-    {"OU=1;OU=2;OU=3;OU=4;OU=5", "1=1|2=2|3=3|4=4|!", "a fifth unit"},
-    {"DDT2=a;DDT3=b;DDT4=c;DD.d=1;DD.e=2", "15=d|16=1|17=a|19=b|21=c|!", "a fifth pair"},
-    {"S=\x1B", "t5=\x1B|", "ends in an escape"}, {"S=\x1B$B;G=x", "t5=\x1B$B;G=x|", "goes on"},
+     "9=a|t5=\x1B$(B\"\"\x1B(J;|t6=\x1B(I;\x1B(u|"},
+    {"DDA:t\xE9=v\xE9; S=M; S=\xC8u", "5=M|t5=\xC8u|t15=t\xE9|t16=v\xE9|"},
+    {"/ADMD= /S=/G=\"\"", "5=|6=|10=|"}, {" / ", ""},
+    {"C=GB; C=DE; S=x", "9=GB|!"}, {"S=\xE9; S=\xE8", "t5=\xE9|!"}, {"A=x; ADMD=y", "10=x|!"},
+    {"DDA:=v", "!"}, {"C=GB; CN=x; S=y", "9=GB|!"}, {"C=GB;; S=y", "9=GB|!"}, {"/C/S=y", "!"},
+    {"C=\xE9", "!"}, {"A=\x1B(B", "!"}, {"S=\"a; G=b", "!"}, {"S=\"a\"b; G=c", "!"},
+    {"OU=1;OU=2;OU=3;OU=4;OU=5", "1=1|2=2|3=3|4=4|!"},
+    {"DDT2=a;DDT3=b;DDT4=c;DD.d=1;DD.e=2", "15=d|16=1|17=a|19=b|21=c|!"},
+    {"S=\x1B", "t5=\x1B|"}, {"S=\x1B$B;G=x", "t5=\x1B$B;G=x|"},
 };
 const struct { const char *text; int length, field; } kIdentifiers[] = {
     {"S", -1, 5}, {"admd,x", 4, 10}, {" Ou ", -1, 1}, {"ddv4", -1, 22}, {"OU2", 2, 1},
@@ -73,11 +66,9 @@ const struct { std::string value; const char *set; } kValues[] = {
 TEST(ORNames, AreParsed)
 {
     for (const auto &row : kNames)
-        EXPECT_EQ(FieldsOf(row.name), row.fields) << row.why;
-    for (const size_t size : {0U, 255U, 256U, 70'000U}) {
-        const std::string value(size, 'x');
-        EXPECT_EQ(FieldsOf("/S=" + value + "/C=GB/"), "5=" + value + "|9=GB|") << size;
-    }
+        EXPECT_EQ(FieldsOf(row.name), row.fields) << row.name;
+    const std::string value(70'000, 'x');
+    EXPECT_EQ(FieldsOf("/S=" + value + "/C=GB/"), "5=" + value + "|9=GB|");
     for (const auto &row : kIdentifiers)
         EXPECT_EQ(da_AttIdToORNIndex(row.text, row.length), row.field) << row.text;
     for (const auto &row : kValues)

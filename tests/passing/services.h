@@ -22,11 +22,11 @@ extern Failure failure;
 
 inline constexpr int kCode = 4711; // of those escapes
 
-// What the length services answer in place of the default ones, for units, characters and the bytes
-// that a notation writes down.
+// What the length services answer in place of the default ones, for units, characters, escapes and
+// the bytes that a notation writes down.
 extern std::optional<int> nonsense;
 
-// The last request for a conversion: "12 0 from>to".
+// The last request for a conversion: "12 0 from>to", or the mode of that for escapes.
 extern std::string converted;
 // Flags of every set, beyond those that it has.
 extern uint32_t moreFlags;
