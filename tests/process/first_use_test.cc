@@ -43,7 +43,7 @@ struct FirstUse : CaseTableTest {
         for (int rule = 1000; rule < 3500; ++rule)
             source += "\n\\x" + std::to_string(rule).insert(2, "\\x7F=\\x");
         home.Write("toupper/87.s", source);
-        CaseTableRecord record;
+        CaseTableRecord record = {};
         rules = TakeRules(str_CompileCaseTable("~/toupper/87.s", "~/toupper/87.b", &record) == 1,
                           &record);
         EXPECT_TRUE(FileIsRight());
@@ -59,7 +59,7 @@ struct FirstUse : CaseTableTest {
     }
     bool FileIsRight() const
     {
-        CaseTableRecord record;
+        CaseTableRecord record = {};
         return TakeRules(str_LoadCaseTable("~/toupper/87.b", &record) == 1, &record) == rules;
     }
     bool NextProcessGetsIt() const
