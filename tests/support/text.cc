@@ -20,10 +20,10 @@ CSDescriptor DescriptorOf(const char *setName)
 
 std::string Notation(uint16_t kind, unsigned int length)
 {
-    const std::string name = kind == CS_SEG_IGNORE ? "-"
-                             : kind == CS_SEG_RAW  ? "?"
-                                                   : std::to_string(kind);
-    return name + "x" + std::to_string(length);
+    const std::string size = "x" + std::to_string(length);
+    return kind == CS_SEG_IGNORE ? "-" + size
+           : kind == CS_SEG_RAW  ? "?" + size
+                                 : std::to_string(kind) + size;
 }
 
 std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length)
@@ -32,13 +32,13 @@ std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length)
     unsigned int size = 0;
     for (uint16_t kind = ccs_Get1stStr(&cs, text, length, &size); kind != CS_SEG_END;
          kind = ccs_GetNextStr(&cs, text, length, &size)) {
-        segments += (segments.empty() ? "" : " ") + Notation(kind, size);
+        segments += " " + Notation(kind, size);
         if (size == 0)
             return segments + " no progress";
         text += size;
         length -= length < 0 ? 0 : static_cast<int>(size);
     }
-    return segments;
+    return segments.substr(segments.empty() ? 0 : 1);
 }
 
 std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int length)
@@ -46,13 +46,10 @@ std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int lengt
     std::string segments;
     int count = 0;
     const CSSegment *list = ccs_GetAllStrs(&cs, text, length, &count);
-    for (int i = 0; i < count - 1; ++i) {
-        if (list[i].text != text)
-            return segments + " gap";
-        segments += (segments.empty() ? "" : " ") + Notation(list[i].kind, list[i].length);
-        text += list[i].length;
-    }
-    return list[count - 1].kind == CS_SEG_END ? segments : segments + " no end";
+    for (int i = 0; i < count - 1; text += list[i++].length)
+        segments += list[i].text == text ? " " + Notation(list[i].kind, list[i].length) : " gap";
+    segments += list[count - 1].kind == CS_SEG_END ? "" : " no end";
+    return segments.substr(segments.empty() ? 0 : 1);
 }
 
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes)
@@ -61,10 +58,9 @@ std::optional<std::u32string> Decode(const char *iconvName, std::string_view byt
     GError *error = nullptr;
     gchar *const decoded = g_convert(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-32LE",
                                      iconvName, nullptr, &size, &error);
-    const bool isUnknown = g_error_matches(error, G_CONVERT_ERROR, G_CONVERT_ERROR_NO_CONVERSION);
-    g_clear_error(&error);
-    if (isUnknown)
+    if (g_error_matches(error, G_CONVERT_ERROR, G_CONVERT_ERROR_NO_CONVERSION))
         throw std::invalid_argument(iconvName);
+    g_clear_error(&error);
     if (decoded == nullptr)
         return std::nullopt;
     std::u32string text(size / sizeof(char32_t), U'\0');

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the tests say about texts: descriptors by name, segments in short notation, and what iconv,
-// which knows nothing of this library, reads in the same bytes.
+// What the tests say about texts.
 #ifndef TESTS_SUPPORT_TEXT_H
 #define TESTS_SUPPORT_TEXT_H
 
@@ -31,9 +30,8 @@ inline std::string WithUs(std::string text)
 // The code points of the bytes, nothing when iconv cannot read them whole.
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes);
 
-// A slow and obvious reader of ISO 2022 text: byte by byte, from the standard's words, with no tables
-// of classes, no runs and no blocks.  Returns the segments of `bytes`, read as a string of the named set
-// with escapes allowed.  Knows the sets whose names are in reader.cc.
+// A slow and obvious reader of ISO 2022 text, byte by byte.  Returns the segments of `bytes`, read as
+// a string of the named set with escapes allowed.  Knows the sets of kCodes.
 std::string ReadSlowly(const std::string &setName, std::string_view bytes);
 
 // What random tests begin with: the number in STR_TEST_SEED, which CI makes anew each time, else 7.
