@@ -3,6 +3,7 @@
 
 #include <array>
 #include <map>
+#include <utility>
 
 namespace
 {
@@ -67,18 +68,13 @@ struct Reader {
         const auto found = kSets.find(Held(element));
         return found == kSets.end() ? Set{0, 0, 1, 0} : found->second;
     }
-    // One text of both halves: then the left half's kind is that of the right.
-    bool Partners() const
-    {
-        const uint16_t left = SetOf(code.left).left;
-        return left != 0 && Held(code.left) != "94 u" && SetOf(code.right).partner == left;
-    }
-    // The letters of the left half take the marks of the right.
-    bool TakesMarks() const { return SetOf(code.left).left == 6; }
+    // The kind of the left half: that of the right half when both are one text.
     uint16_t LeftKind() const
     {
-        const uint16_t kind = Partners() ? SetOf(code.right).right : SetOf(code.left).left;
-        return kind == 0 ? uint16_t{CS_SEG_RAW} : kind;
+        const uint16_t left = SetOf(code.left).left;
+        const Set right = SetOf(code.right);
+        const bool areOne = left != 0 && Held(code.left) != "94 u" && right.partner == left;
+        return areOne ? right.right : left != 0 ? left : uint16_t{CS_SEG_RAW};
     }
 
     struct Unit {
@@ -94,10 +90,7 @@ struct Reader {
         const Set set = SetOf(element);
         const bool inRight = byte >= 0x80;
         const uint16_t own = inRight ? set.right : set.left;
-        if (own == 0)
-            return raw;
-        const bool is96 = Held(element).substr(0, 2) == "96";
-        if ((low == 0x20 || low == 0x7F) && !is96)
+        if (own == 0 || ((low == 0x20 || low == 0x7F) && !Held(element).starts_with("96")))
             return raw;
         if (!inRight && IsOfT61Alone(Held(element), byte))
             return {102, 1};
@@ -149,14 +142,10 @@ struct Reader {
 
     Unit Utf8Character(size_t i) const
     {
-        const unsigned int lead = At(i), second = At(i + 1);
-        const size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        bool isWhole = lead < 0x80 || (lead >= 0xC2 && lead <= 0xF4);
-        for (size_t k = 1; k < length; ++k)
-            isWhole = isWhole && At(i + k) / 0x40 == 2;
-        const bool isOverlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-        const bool isBeyond = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
-        return isWhole && !isOverlong && !isBeyond ? Unit{196, length} : Unit{CS_SEG_RAW, 1};
+        for (size_t length = 1; length <= 4 && i + length <= text.size(); ++length)
+            if (Decode("UTF-8", text.substr(i, length)))
+                return {196, length};
+        return {CS_SEG_RAW, 1};
     }
 
     Unit UnitAt(size_t i)
@@ -182,8 +171,8 @@ struct Reader {
             return {CS_SEG_RAW, 1};
         if ((byte & 0x60) == 0 || byte == 0x20 || byte == 0x7F)
             return {LeftKind(), 1};
-        const bool inRight = byte >= 0x80;
-        return Character(i, inRight ? code.right : code.left, TakesMarks(), true);
+        const bool takesMarks = SetOf(code.left).left == 6;
+        return Character(i, byte >= 0x80 ? code.right : code.left, takesMarks, true);
     }
 
     void Apply(std::string_view sequence)
@@ -198,12 +187,9 @@ struct Reader {
             code.coding = isKnown ? final : '?';
             return;
         }
-        const std::map<std::string_view, std::pair<int *, int>> shifts = {
-            {"\x1Bn", {&code.left, 2}},  {"\x1Bo", {&code.left, 3}},  {"\x1B~", {&code.right, 1}},
-            {"\x1B}", {&code.right, 2}}, {"\x1B|", {&code.right, 3}},
-        };
-        if (const auto shift = shifts.find(sequence); shift != shifts.end())
-            *shift->second.first = shift->second.second;
+        const size_t shift = std::string_view("no~}|").find(final);
+        if (sequence.size() == 2 && shift != sequence.npos)
+            (shift < 2 ? code.left : code.right) = "23123"[shift] - '0';
         std::string_view between = sequence.substr(1, sequence.size() - 2);
         const bool many = !between.empty() && between[0] == '$';
         if (many)
@@ -226,21 +212,15 @@ std::string ReadSlowly(const std::string &setName, std::string_view bytes)
     std::string segments;
     uint16_t runKind = CS_SEG_END;
     unsigned int run = 0;
-    const auto close = [&] {
-        if (run != 0)
-            segments += (segments.empty() ? "" : " ") + Notation(runKind, run);
-        run = 0;
-    };
     for (size_t i = 0; i < reader.text.size();) {
         const Reader::Unit unit = reader.UnitAt(i);
-        if (unit.kind != runKind || unit.kind == CS_SEG_IGNORE)
-            close();
+        if (run != 0 && (unit.kind != runKind || unit.kind == CS_SEG_IGNORE))
+            segments += Notation(runKind, std::exchange(run, 0)) + " ";
         runKind = unit.kind;
         run += static_cast<unsigned int>(unit.length);
         if (unit.kind == CS_SEG_IGNORE)
             reader.Apply(reader.text.substr(i, unit.length));
         i += unit.length;
     }
-    close();
-    return segments;
+    return run == 0 ? "" : segments + Notation(runKind, run);
 }
