@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_adding_a_set.sh SOURCE_DIR: follows docs/adding-a-character-set.md from the first line to the
-# last in a copy of the sources: makes its edits, runs its commands, compares what they print.
-# './dev build' builds what knows the table of sets, './dev test' runs its tests.
+# check_adding_a_set.sh SOURCE_DIR: follows docs/adding-a-character-set.md in a copy of the sources:
+# makes its edits, runs its commands, compares what they print.
 set -euo pipefail
 source=$(realpath "$1") copy=$source/build/adding-a-set
 

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_exports.sh LIBRARY_DIR LIST SOURCE_DIR: what the libraries define, shared and archives: the
-# exports in the list, which is sorted, or the services, and no global symbol beside them; and that
-# the services give way to those of a host, however it is compiled and linked.
+# check_exports.sh LIBRARY_DIR LIST SOURCE_DIR: the libraries define what the sorted list names, or
+# services, and nothing else; a host's services come first, however it is compiled and linked.
 set -euo pipefail
 export LC_ALL=C
 libraries=$1 list=$2 source=$3
@@ -17,8 +16,7 @@ defined() { # LIBRARY
 for kind in a so; do
     diff -u "$list" <(defined "libstr.$kind")
     if defined "libstrservices.$kind" | grep -vxE "$services"; then
-        echo "libstrservices.$kind: defines the symbols above"
-        exit 1
+        exit 1 # which are no services
     fi
 done
 

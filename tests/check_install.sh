@@ -1,24 +1,17 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_install.sh CMAKE BUILD_DIR SOURCE_DIR: installs the build into a scratch folder of its own and
-# builds the examples against that, as a user would: by pkg-config, with the shared libraries and
-# then with the archives alone. Each prints what the comment at its end says, and holds the code that
-# the headers and README quote from it. The case tables are found where nobody names a home, also
-# after the folder was moved.
+# check_install.sh CMAKE BUILD_DIR SOURCE_DIR: installs the build into a scratch folder and builds the
+# examples against that, with the shared libraries and then with the archives. Each prints what the
+# comment at its end says, and holds the code that is quoted from it. The installed case tables are
+# found, also after the folder was moved.
 set -euo pipefail
 unset DESTDIR STR_HOME
 cmake=$1 build=$2 source=$3
-prefix=$build/installed
+prefix=$build/installed option=()
 
 fail() {
     printf '%s\n' "$@"
     exit 1
-}
-
-compile() { # SOURCE PROGRAM PKG-CONFIG-OPTION...
-    # shellcheck disable=SC2046,SC2086 # the flags are lists
-    $CC $CFLAGS -std=c11 -Wall -Wextra -pedantic -Werror "$1" -o "$2" \
-        $LDFLAGS $(pkg-config "${@:3}" --cflags --libs libstr)
 }
 
 rm -rf "$prefix"{,-moved}
@@ -45,11 +38,12 @@ code() { sed 's|/\*.*\*/||; s/^ *//; s/ *$//; /^$/d' "$@"; } # without comments 
 said() { sed '1,/^\/\* prints:$/d; /^ \*\/$/d; s/^ \* //' "$source/examples/$1.c"; } # EXAMPLE
 
 for kind in shared static; do
-    option=()
     [[ $kind == shared ]] || { option=(--static) && rm "$libdir"/lib*.so; }
     for example in "$source"/examples/*.c; do
         name=$(basename "$example" .c)
-        compile "$example" "$bindir/$name-$kind" "${option[@]}"
+        # shellcheck disable=SC2046,SC2086 # the flags are lists
+        $CC $CFLAGS -std=c11 -Wall -Wextra -pedantic -Werror "$example" -o "$bindir/$name-$kind" \
+            $LDFLAGS $(pkg-config "${option[@]}" --cflags --libs libstr)
         shown=$(LD_LIBRARY_PATH=$libdir "$bindir/$name-$kind")
         [[ -n $shown && $shown == "$(said "$name")" ]] || fail "$name-$kind: shown:" "$shown"
         grep -rlE "examples/$name.c[)]?:\$" "$source"/{include,README.md} >"$prefix/quoting" ||
@@ -63,7 +57,6 @@ for kind in shared static; do
 done
 mv "$prefix" "$prefix-moved"
 cd "$prefix-moved/${libdir#"$prefix/"}"
-LD_LIBRARY_PATH=. "$prefix-moved/${bindir#"$prefix/"}"/strtool upper --charset ia5 a
 for kind in shared static; do # compares without regard to case, by a table
     shown=$(LD_LIBRARY_PATH=. "$prefix-moved/${bindir#"$prefix/"}"/compare-$kind)
     [[ $shown == "$(said compare)" ]] || fail "compare-$kind: moved, shows:" "$shown"
