@@ -28,8 +28,6 @@ TEST(ErService, EscapesAndEnvironmentsAreTheThreads)
         EXPECT_EQ(er_GetLive() == 0, accepted == 3);
         std::thread([] { EXPECT_TRUE(er_GetLastCode() == 0 && er_GetLive() == 0); }).join();
     }
-    er_Clear();
-    EXPECT_EQ(er_GetLive(), 0);
     er_RestoreStatus(&before);
     EXPECT_EQ(er_GetLastCode(), OS_ESC_MEMORY);
     EXPECT_EQ(er_SetCurrEnv(nullptr), &outer);
