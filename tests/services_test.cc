@@ -171,7 +171,7 @@ struct LockFile : Services {
     ~LockFile() override { lkf_SetPatience(30000); }
 
     static int Lock(int mode) { return lkf_LockFile(mode, "~/sys/toupper.lk"); }
-    // The code of the escape, in the range of exit statuses; 0 when the lock is granted.
+    // The code of the escape as an exit status; 0 when the lock is granted.
     static int Refusal(int mode) { return Escaped(std::bind(Lock, mode)) % 100; }
     // Whether another process would get the lock now.
     static bool IsGranted(int mode) { return InChild(std::bind(Refusal, mode)) == 0; }
