@@ -4,7 +4,6 @@
 #include "tests/support/test.h"
 
 #include <fstream>
-#include <regex>
 #include <thread>
 
 namespace
@@ -69,13 +68,14 @@ TEST(ErService, MessagesTakeTheirArguments)
 TEST(ErService, EveryCodeHasAMessage)
 {
     std::ifstream header(STR_DATA_DIR "/../include/str/codes.h");
-    std::string text;
-    std::getline(header, text, '\0');
-    const std::regex definition(R"(#define \w+_(ESC|LOG)_\w+[\s\\]+(\d+))");
-    std::sregex_iterator at(text.begin(), text.end(), definition), end;
-    EXPECT_GE(std::distance(at, end), 21);
-    for (; at != end; ++at)
-        EXPECT_STRNE(er_GetCodeText(std::stoi(at->str(2))), er_GetCodeText(-1)) << at->str();
+    int count = 0;
+    for (std::string word, name, number; header >> word;)
+        if (word == "#define" && header >> name >> number && name.find("_CLASS_") == name.npos) {
+            const int code = std::atoi(number.c_str());
+            count += code != 0;
+            EXPECT_TRUE(code == 0 || er_GetCodeText(code) != er_GetCodeText(-1)) << name;
+        }
+    EXPECT_GE(count, 21);
 }
 
 TEST(ErServiceDeathTest, AnEscapeWithoutEnvironmentEndsTheProcess)
