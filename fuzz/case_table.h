@@ -6,23 +6,13 @@
 #include "tests/support/home.h"
 #include "tests/support/rules.h"
 
-namespace fuzz
-{
-
 // The program's own home, in which it makes no noise.
-inline const TempHome &Home()
-{
-    static const TempHome home;
-    er_SetLogSink([](int, const char *) {});
-    return home;
-}
+inline const TempHome kHome = (er_SetLogSink([](int, const char *) {}), TempHome());
 
 inline void Demand(bool holds)
 {
     if (!holds)
         std::abort();
 }
-
-} // namespace fuzz
 
 #endif

@@ -5,11 +5,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const char *bytes, size_t size)
 {
-    fuzz::Home().Remove("toupper/6.b");
-    fuzz::Home().Write("toupper/6.s", {bytes, size});
+    kHome.Remove("toupper/6.b");
+    kHome.Write("toupper/6.s", {bytes, size});
     CaseTableRecord record = {};
     const bool done = str_CompileCaseTable("~/toupper/6.s", "~/toupper/6.b", &record) == 1;
-    const std::string rules = TakeRules(done, &record), file = fuzz::Home().Read("toupper/6.b");
-    fuzz::Demand(done ? rules == RulesOf(file) : file.empty());
+    const std::string rules = TakeRules(done, &record), file = kHome.Read("toupper/6.b");
+    Demand(rules != "not clear" && (done ? rules == RulesOf(file) : file.empty()));
     return 0;
 }

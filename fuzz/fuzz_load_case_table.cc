@@ -5,9 +5,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const char *bytes, size_t size)
 {
-    fuzz::Home().Write("toupper/6.b", {bytes, size});
+    kHome.Write("toupper/6.b", {bytes, size});
     CaseTableRecord record = {};
     const bool done = str_LoadCaseTable("~/toupper/6.b", &record) == 1;
-    fuzz::Demand(TakeRules(done, &record) == RulesOf({bytes, size}));
+    Demand(TakeRules(done, &record) == RulesOf({bytes, size}));
     return 0;
 }

@@ -40,14 +40,14 @@ std::string Upper(std::string_view text, const CSDescriptor &cs)
 std::map<char32_t, std::string> CodesOf(const ccs::SetRow &set, unsigned half)
 {
     std::map<char32_t, std::string> codes;
-    for (unsigned code = 0x21; code < 0x10000; ++code) {
-        const unsigned first = code >> 8;
-        const bool isMarked = set.units == ccs::Units::marked && first > 0xC0 && first < 0xD0;
-        if (first == 0 ? set.bytes != 1 || (set.right == 0 && code >= 0x80)
-                       : !isMarked && (set.bytes != 2 || (code & 0x8080) != half))
+    const bool isMarked = set.units == ccs::Units::marked;
+    for (unsigned code = 0x21; code < (isMarked || set.bytes == 2 ? 0x10000 : 0x100); ++code) {
+        if (code < 0x100 ? set.right == 0 && code >= 0x80
+            : isMarked   ? code < 0xC100 || code >= 0xD000
+                         : (code & 0x8080) != half)
             continue;
-        std::string bytes(first == 0 ? 0 : 1, static_cast<char>(first));
-        bytes += static_cast<char>(code);
+        std::string bytes = {static_cast<char>(code >> 8), static_cast<char>(code)};
+        bytes.erase(0, code < 0x100 ? 1 : 0);
         std::string coded = set.reading.before + bytes;
         for (char &byte : coded)
             byte = static_cast<char>(byte | set.reading.bits);
@@ -93,13 +93,11 @@ TEST_F(CaseConversion, OfSamplesIsWhatGLibMakesOfTheCharacters)
 
 // ---- Random tables -------------------------------------------------------------------------
 
-struct Rule {
-    std::string left, right;
-};
+using Rules = std::vector<std::pair<std::string, std::string>>; // left and right sides
 
 // The last rule about a byte says whether there is an upper case of one byte for one; of the other
 // rules the first that fits holds.
-std::string UpperByRules(const std::vector<Rule> &rules, std::string_view text)
+std::string UpperByRules(const Rules &rules, std::string_view text)
 {
     std::string upper;
     while (!text.empty()) {
@@ -151,15 +149,14 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
         const auto byte = [&] {
             return random() % rare != 0 ? static_cast<char>(random()) : often();
         };
-        std::vector<Rule> rules(random() % 60);
+        Rules rules(random() % 60);
         std::ostringstream source("T C x", std::ios::ate);
-        for (Rule &rule : rules) {
-            rule = {{often()}, {byte()}};
-            if (random() % 2 == 0)
-                rule.left += often();
-            if (random() % 2 == 0)
-                rule.right += byte();
-            for (const char *between = "\n"; const std::string &side : {rule.left, rule.right})
+        for (auto &[left, right] : rules) {
+            left = {often(), often()};
+            right = {byte(), byte()};
+            left.resize(1 + random() % 2);
+            right.resize(1 + random() % 2);
+            for (const char *between = "\n"; const std::string &side : {left, right})
                 for (source << std::exchange(between, "="); const char code : side)
                     source << "\\x" << std::hex << (code >> 4 & 0xF) << (code & 0xF);
         }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What tests of case tables share: a home, what was logged and traced, and no tables afterwards.
+// A home, what was logged and traced, and no case tables afterwards.
 #ifndef TESTS_SUPPORT_CASETABLE_H
 #define TESTS_SUPPORT_CASETABLE_H
 
@@ -16,8 +16,7 @@ class CaseTableTest : public testing::Test, protected Sinks
   protected:
     ~CaseTableTest() override { ReleaseTables(); }
 
-    // Releases the registry, unless it is an image, and the work area; nothing is attached then, nor
-    // registered with the service.
+    // Nothing is registered, attached or in the work area then.
     static void ReleaseTables()
     {
         for (int32_t i = 0; str_ba == nullptr && i < NumCaseTabs; ++i)

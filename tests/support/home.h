@@ -7,21 +7,19 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-// A service home of its own with the empty directories toupper and sys.  It is the home until it
-// goes, and goes with all that it holds.  Names are those after "~/".
+// A new service home with the empty directories toupper and sys.  It goes with all that it holds.
+// Names are those after "~/".
 class TempHome
 {
   public:
-    TempHome() : path_((std::filesystem::temp_directory_path() / "libstr.XXXXXX").string())
+    TempHome()
+        : path_(mkdtemp((std::filesystem::temp_directory_path() / "libstr.XXXXXX").string().data()))
     {
-        if (mkdtemp(path_.data()) == nullptr || os_SetHome(path_.c_str()) != 0)
-            throw std::runtime_error("no temporary home");
+        os_SetHome(path_.c_str());
         for (const char *directory : {"toupper", "sys"})
             std::filesystem::create_directory(PathOf(directory));
     }
@@ -31,8 +29,7 @@ class TempHome
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }
-    TempHome(const TempHome &) = delete;
-    TempHome &operator=(const TempHome &) = delete;
+    TempHome(TempHome &&) = delete;
 
     const std::string &path() const { return path_; }
     std::string PathOf(const std::string &name) const { return path_ + "/" + name; }
@@ -48,13 +45,6 @@ class TempHome
     }
     // Whether it was there.
     bool Remove(const std::string &name) const { return std::remove(PathOf(name).c_str()) == 0; }
-    std::set<std::string> List(const std::string &directory) const
-    {
-        std::set<std::string> names;
-        for (const auto &entry : std::filesystem::directory_iterator(PathOf(directory)))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
 
   private:
     std::string path_;
