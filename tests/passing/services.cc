@@ -39,28 +39,10 @@ void Called(const char *name, int fd = -1)
     er_TracedEscape(failure.escapeClass, kCode, "tests/passing", 1);
 }
 
-template <auto &kThings, class T>
-T *Hold(T *thing)
-{
-    if (thing != nullptr)
-        kThings.insert(thing);
-    return thing;
-}
-
 template <class T>
-T Length(T length)
+void SetLength(T &length)
 {
-    return static_cast<T>(nonsense.value_or(length));
-}
-
-auto WithLength(int *length)
-{
-    return [length](auto result) { return (*length = Length(*length), result); };
-}
-
-auto Without(void *opened)
-{
-    return [opened](auto result) { return (held.open.erase(opened), result); };
+    length = static_cast<T>(nonsense.value_or(length));
 }
 
 } // namespace
@@ -74,60 +56,62 @@ using namespace passing;
 
 // clang-format off
 
-// A service of so many parameters, whose result `what` takes and returns.
-#define PASS1(f, what) RESULT(f) f(P(1, f) a) { return what(NEXT(f)(a)); }
-#define PASS2(f, what) RESULT(f) f(P(1, f) a, P(2, f) b) { return what(NEXT(f)(a, b)); }
-#define PASS3(f, what) RESULT(f) f(P(1, f) a, P(2, f) b, P(3, f) c) \
-    { return what(NEXT(f)(a, b, c)); }
-#define PASS4(f, what) RESULT(f) f(P(1, f) a, P(2, f) b, P(3, f) c, P(4, f) d) \
-    { return what(NEXT(f)(a, b, c, d)); }
-template <class R, class... A> std::tuple<R, A...> Parts(R (*)(A...));
+// A service of so many parameters, and what is done after it; its result is r.
+#define PASS1(f, ...) P(0, f) f(P(1, f) a) DO(f, (a), __VA_ARGS__)
+#define PASS2(f, ...) P(0, f) f(P(1, f) a, P(2, f) b) DO(f, (a, b), __VA_ARGS__)
+#define PASS3(f, ...) P(0, f) f(P(1, f) a, P(2, f) b, P(3, f) c) DO(f, (a, b, c), __VA_ARGS__)
+#define PASS4(f, ...) \
+    P(0, f) f(P(1, f) a, P(2, f) b, P(3, f) c, P(4, f) d) DO(f, (a, b, c, d), __VA_ARGS__)
+#define DO(f, args, ...) \
+    { __VA_OPT__(auto r = NEXT(f) args; __VA_ARGS__; return r;) return NEXT(f) args; }
 #define P(i, f) std::tuple_element_t<i, decltype(Parts(f))>
-#define RESULT(f) P(0, f)
+template <class R, class... A> std::tuple<R, A...> Parts(R (*)(A...));
 
 extern "C" {
 
-PASS1(ccs_GetCSName, )
-PASS4(ccs_GetAllStrs, )
-PASS4(ccs_GetRealStrs, )
-PASS2(ccs_GetDesignation, )
-PASS2(ccs_GetCP, )
-PASS1(ccs_GetToUpperTable, )
-PASS1(ccs_GetCSTable, )
-PASS2(ccs_GetCSDescriptor, )
-PASS4(ccs_Get1stStr, )
-PASS4(ccs_GetNextStr, )
-PASS1(ccs_GetCSFlags, moreFlags |)
-PASS1(ccs_GetNumBytes, Length)
-PASS3(ccs_GetCtrlLen, Length)
-PASS3(ccs_GetT61BaseUnitLen, Length)
-PASS4(mdc_fwrite, )
-PASS3(os_fgets, )
-PASS4(os_fread, )
-PASS4(os_fwrite, )
-PASS3(os_open, )
-PASS2(os_rename, )
-PASS1(os_readdir, )
-PASS2(os_USPatternMatch, )
-PASS1(ext_ChownToVornith, )
-PASS3(dstring_appendN, )
-PASS2(dstring_appendChar, )
-PASS3(dstring_set, )
-PASS1(os_malloc, Hold<held.blocks>)
-PASS3(enc_ConvertLongEncodedStr, WithLength(c))
-PASS4(ccs_GetNextCharLen, WithLength(c))
-PASS1(os_fclose, Without(a))
-PASS1(mdc_fclose, Without(a))
-PASS1(os_closedir, Without(a))
-PASS2(os_fopen, Hold<held.open>)
-PASS1(os_opendir, Hold<held.open>)
+PASS1(ccs_GetCSName)
+PASS4(ccs_GetAllStrs)
+PASS4(ccs_GetRealStrs)
+PASS2(ccs_GetDesignation)
+PASS2(ccs_GetCP)
+PASS1(ccs_GetToUpperTable)
+PASS1(ccs_GetCSTable)
+PASS2(ccs_GetCSDescriptor)
+PASS4(ccs_Get1stStr)
+PASS4(ccs_GetNextStr)
+PASS1(ccs_GetCSFlags, r |= moreFlags)
+PASS1(ccs_GetNumBytes, SetLength(r))
+PASS3(ccs_GetCtrlLen, SetLength(r))
+PASS3(ccs_GetT61BaseUnitLen, SetLength(r))
+PASS4(mdc_fwrite)
+PASS3(os_fgets)
+PASS4(os_fread)
+PASS4(os_fwrite)
+PASS3(os_open)
+PASS2(os_rename)
+PASS1(os_readdir)
+PASS2(os_USPatternMatch)
+PASS1(ext_ChownToVornith)
+PASS3(dstring_appendN)
+PASS2(dstring_appendChar)
+PASS3(dstring_set)
+PASS3(enc_ConvertLongEncodedStr, SetLength(*c))
+PASS4(ccs_GetNextCharLen, SetLength(*c))
+PASS1(os_malloc, held.blocks.insert(r))
+PASS2(os_realloc, held.blocks.erase(a); held.blocks.insert(r))
+PASS1(os_fclose, held.open.erase(a))
+PASS1(mdc_fclose, held.open.erase(a))
+PASS1(os_closedir, held.open.erase(a))
+PASS2(os_fopen, held.open.insert(r))
+PASS1(os_opendir, held.open.insert(r))
+PASS2(lkf_LockFile, ++held.locks)
 // clang-format on
 
 const char *ccs_GetModelEscapes(int *length)
 {
     static const std::string many(32'767, 'e');
     const char *const escapes = NEXT(ccs_GetModelEscapes)(length);
-    *length = Length(*length);
+    SetLength(*length);
     return nonsense ? many.c_str() : escapes;
 }
 
@@ -145,13 +129,6 @@ int cvc_ConvertString(int request, int options, const char *in, int inLength, co
                                    a, b, c);
 }
 
-void *os_realloc(void *block, size_t size)
-{
-    void *const moved = NEXT(os_realloc)(block, size);
-    held.blocks.erase(block);
-    return Hold<held.blocks>(moved);
-}
-
 void os_free(void *block)
 {
     held.blocks.erase(block);
@@ -161,14 +138,9 @@ void os_free(void *block)
 FILE *os_fdopen(int fd, const char *mode)
 {
     Called(__func__, fd);
-    return Hold<held.open>(REAL(os_fdopen)(fd, mode));
-}
-
-int lkf_LockFile(int mode, const char *path)
-{
-    const int handle = NEXT(lkf_LockFile)(mode, path);
-    ++held.locks;
-    return handle;
+    FILE *const stream = REAL(os_fdopen)(fd, mode);
+    held.open.insert(stream);
+    return stream;
 }
 
 void lkf_UnLockFile(int handle)

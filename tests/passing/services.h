@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Services that pass every call on to the default ones, except the call that a test wants to fail or
-// to answer nonsense, and that keep an account of what is held.
+// Services that pass calls on to the default ones, fail or answer nonsense as a test wants, and keep
+// an account of what is held.
 #ifndef TESTS_PASSING_SERVICES_H
 #define TESTS_PASSING_SERVICES_H
 
@@ -22,14 +22,10 @@ extern Failure failure;
 
 inline constexpr int kCode = 4711; // of those escapes
 
-// What the length services answer in place of the default ones, for units, characters, escapes and
-// the bytes that a notation writes down.
-extern std::optional<int> nonsense;
-
-// The last request for a conversion: "12 0 from>to", or the mode of that for escapes.
-extern std::string converted;
-// Flags of every set, beyond those that it has.
-extern uint32_t moreFlags;
+extern std::optional<int> nonsense; // what services that return a length return
+extern std::string
+    converted; // the last request for a conversion: "12 0 from>to", or the mode of escapes
+extern uint32_t moreFlags; // of every set, beyond those that it has
 
 // What was given out and has not come back.
 struct Held {

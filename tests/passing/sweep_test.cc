@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Every export that calls a service, with each of its calls failing in turn: the answer or the
-// escape is the documented one, nothing stays held, and the next call is right.
+// escape is the documented one, nothing stays held, and the next call is right.  And what exports
+// make of answers that the default services do not give.
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
 #include "tests/support/test.h"
@@ -54,10 +55,9 @@ const char *Format()
     return theRoom;
 }
 
-// What becomes of an escape of class `ends` out of one of the functions that `within` names, or of
-// all: it ends in the work, whose answer is then `failing`; * is for one that is not the right one.
-// Every other escape goes on to the caller, except that a table that cannot be had is no table, and
-// then the answer is `without`.
+// An escape of class `ends` out of a function that `within` names ends in the work, whose answer is
+// then `failing`; * is for one that is not the right one.  Every other escape goes on to the caller,
+// except that a table that cannot be had is no table, and then the answer is `without`.
 struct Work {
     const char *name;
     void (*run)();
@@ -69,8 +69,7 @@ struct Work {
 // The functions that make or load a table call; none in vain.
 constexpr char kTable[] = "lkf_LockFile os_malloc os_realloc os_fopen os_open os_fdopen os_fgets "
                           "os_fread mdc_fclose enc_ConvertLongEncodedStr";
-// Those that may fail without harm, since they close the source or write the compiled file; and
-// those that do so as well.
+// Those that may fail without harm, and those that do so as well: the compiled file is not written.
 constexpr char kHarmless[] = "os_fclose os_fwrite os_rename ext_ChownToVornith";
 constexpr char kOpen[] = "os_open os_fdopen";
 constexpr char kAll[] = "*", kBlocks[] = "ccs_GetModelEscapes os_malloc os_realloc";
@@ -126,10 +125,10 @@ class EveryCall : public CaseTableTest
     // Runs the work; the code of the escape that ended it, 0 for none.
     int Run(const Work &work)
     {
-        std::remove(home.PathOf("toupper/100.b").c_str());
+        home.Remove("toupper/100.b");
         theAnswer.clear();
         logged.clear();
-        static bool environmentIsOurs; // an escape comes to it, or nobody would see it
+        static bool environmentIsOurs; // unless an escape comes to it
         environmentIsOurs = true;
         const int code = Escaped([&] {
             sigjmp_buf *const ours = er_GetCurrEnv();
@@ -140,9 +139,8 @@ class EveryCall : public CaseTableTest
         EXPECT_TRUE(environmentIsOurs);
         EXPECT_TRUE(theAnswer == "1" || IsClear(theRecord));
         EXPECT_EQ(er_GetLive(), 0);
-        EXPECT_TRUE(os_fexists("~/toupper/100.b") == 0 ||
-                    home.Read("toupper/100.b") == home.Read("toupper/101.b"))
-            << "whole or not there";
+        const std::string file = home.Read("toupper/100.b");
+        EXPECT_TRUE(file.empty() || file == home.Read("toupper/101.b")) << "not whole";
         str_FreeCTEntry(&theRecord);
         ReleaseTables();
         EXPECT_TRUE(held.open.empty() || failure.failed == "os_fclose");
@@ -190,8 +188,7 @@ TEST_F(EveryCall, MayRaiseAnEscapeAndTheNextIsRight)
                 failure = {calls, escapeClass, ""};
                 const int code = Run(work);
                 const std::string call = failure.failed;
-                SCOPED_TRACE(work.name + " "s + call + " " + std::to_string(calls) + " " +
-                             std::to_string(escapeClass));
+                SCOPED_TRACE(work.name + " "s + call + " " + std::to_string(calls));
                 if (call.empty())
                     break;
                 const auto ends = Ends(work, call, escapeClass, right);
@@ -219,15 +216,45 @@ TEST_F(EveryCall, TakesNonsenseForTheEndOfASegment)
 
 TEST(Conversion, TheVariantNamesTheForms)
 {
-    for (const auto &[variant, forms] : {std::pair{0, "UCS2>UCS2UP"},
-                                         {3, "UCS2,7>UCS2UP,7"},
-                                         {4, "UCS2,8>UCS2UP,8"},
-                                         {5, "UCS2>UCS2UP"},
-                                         {-3, "UCS2>UCS2UP"}}) {
+    const char *const forms[] = {"UCS2>UCS2UP", "UCS2,7>UCS2UP,7", "UCS2,8>UCS2UP,8"};
+    for (const auto &[variant, form] : {std::pair{0, 0}, {3, 1}, {4, 2}, {5, 0}, {-3, 0}}) {
         int length = 0;
         str_ToUpperUni("a", 0, &length, variant);
-        EXPECT_EQ(passing::converted, "12 0 "s + forms);
+        EXPECT_EQ(passing::converted, "12 0 "s + forms[form]);
     }
+}
+
+TEST_F(EveryCall, ReferencesThatCannotGrowLeaveTheOthersAlone)
+{
+    CaseTableRecord records[200] = {};
+    for (CaseTableRecord &record : records) {
+        int calls = 0;
+        for (failure = {0, 3, ""}; str_LoadCaseTable("~/toupper/101.b", &record) == 0;
+             failure = {++calls, 3, ""})
+            EXPECT_TRUE(IsClear(record));
+    }
+    failure = {};
+    for (CaseTableRecord &record : records) {
+        unsigned char upper[2];
+        int length = 0;
+        str_UpShiftChar(reinterpret_cast<const unsigned char *>("d"), 1, &record, upper, &length);
+        EXPECT_EQ(std::string(upper, upper + length), "DD");
+        str_FreeCTEntry(&record);
+    }
+}
+
+TEST_F(EveryCall, AUniformSetsOwnTableServesAllSegments)
+{
+    for (const char *set : {"6", "103"})
+        home.Write("toupper/"s + set + ".s", "T C x\na="s + set[0]);
+    for (const auto &[flags, upper] :
+         {std::pair{0U, "\x1B(B6\x1B$Baa"}, {unsigned{CS_FLAG_UNIFORM}, "\x1B(B1\x1B$B11"}}) {
+        int length;
+        passing::moreFlags = flags;
+        EXPECT_EQ(str_ToUpper("\x1B(Ba\x1B$Baa", -1, &length, &kT61), std::string(upper));
+        EXPECT_STREQ(str_ToUpper("a", -1, &length, &kMail), "6") << "it has none of its own";
+    }
+    passing::moreFlags = 0;
 }
 
 } // namespace
