@@ -118,23 +118,20 @@ std::string UpperByRules(const Rules &rules, std::string_view text)
     return upper;
 }
 
-std::string OneByOne(const unsigned char *text, int length, const CaseTableRecord *table)
+// At once and one by one.
+void ExpectUpper(const std::string &upper, const Guarded &text, int length,
+                 const CaseTableRecord *table)
 {
-    std::string upper;
-    for (int at = 0, written; at < length;) {
-        unsigned char out[2];
-        at += str_UpShiftChar(text + at, length - at, table, out, &written);
-        upper.append(out, out + written);
-    }
-    return upper;
-}
-
-std::string AtOnce(const unsigned char *text, int length, const CaseTableRecord *table)
-{
+    const auto *const bytes = reinterpret_cast<const unsigned char *>(text.data());
     unsigned int used = 0, capacity = 0;
-    const auto *const run = str_UpShift(text, length, table, nullptr, &used, &capacity);
-    EXPECT_TRUE(length == 0 || used < capacity) << "room for a NUL";
-    return {run, run + used};
+    const auto *const run = str_UpShift(bytes, length, table, nullptr, &used, &capacity);
+    ASSERT_EQ(std::string(run, run + used), upper);
+    ASSERT_TRUE(length == 0 || used < capacity) << "room for a NUL";
+    unsigned char one[2];
+    std::string ones;
+    for (int at = 0, written; at < length; ones.append(one, one + written))
+        at += str_UpShiftChar(bytes + at, length - at, table, one, &written);
+    ASSERT_EQ(ones, upper);
 }
 
 TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
@@ -166,28 +163,23 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
         for (int length = 0; length <= 300; length += length < 140 ? 1 : 16) {
             const Guarded input(static_cast<size_t>(length));
             std::generate_n(input.data(), length, byte);
-            const auto *const text = reinterpret_cast<unsigned char *>(input.data());
             const std::string upper = UpperByRules(rules, {input.data(), input.data() + length});
-            ASSERT_EQ(OneByOne(text, length, &table), upper) << source.str();
-            ASSERT_EQ(AtOnce(text, length, &table), upper) << source.str();
+            ExpectUpper(upper, input, length, &table);
+            ASSERT_FALSE(HasFatalFailure()) << source.str();
         }
         str_FreeCTEntry(&table);
     }
 }
 
-// ---- Edges ---------------------------------------------------------------------------------
-
 TEST_F(CaseConversion, LengthsBeyondTheTextMeanTheText)
 {
-    const Guarded text("abc");
-    for (const char *set : {"ISO-8859-1", "UTF8", "ISO-2022-JP", "JIS X 0201 KATAKANA"})
+    for (const char *set : {"ISO-8859-1", "UTF8", "ISO-2022-JP"})
         for (const int length : {-1, INT_MIN, 3, 4, INT_MAX, 2, 1, 0}) {
             const CSDescriptor cs = DescriptorOf(set);
-            const std::string upper = cs.csNum == 1013 ? "abc" : "ABC"; // katakana have no case
+            const auto upper = "ABC"s.substr(0, static_cast<unsigned>(length));
             int outLen = -1;
-            const auto *const out = str_ToUpper(text.c_str(), length, &outLen, &cs);
-            EXPECT_EQ(out, upper.substr(0, static_cast<unsigned>(length))) << set;
-            EXPECT_EQ(outLen, std::strlen(out)) << set << " " << length;
+            EXPECT_EQ(str_ToUpper(Guarded("abc").c_str(), length, &outLen, &cs), upper) << set;
+            EXPECT_EQ(outLen, upper.size()) << set << " " << length;
         }
 }
 
@@ -202,10 +194,9 @@ TEST_F(CaseConversion, TheBufferHasRoomForTheNulWhateverTheTextEndsWith)
     }
 }
 
-TEST_F(CaseConversion, OfUtf8IsGLibs)
+TEST_F(CaseConversion, OfUtf8SeesWholeCharactersInReach)
 {
     const CSDescriptor cs = DescriptorOf("UTF8");
-    EXPECT_EQ(Upper("stra\xC3\x9F\x65 \xF0\x90\x90\xA8", cs), "STRASSE \xF0\x90\x90\x80");
     int length = 4711;
     EXPECT_EQ(str_ToUpper("caf\xC3\xA9", 4, &length, &cs), nullptr) << "half a character";
     EXPECT_EQ(length, 4711);

@@ -4,8 +4,6 @@
 #include "tests/support/casetable.h"
 #include "tests/support/test.h"
 
-#include <platform/lkf.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -81,21 +79,6 @@ TEST_F(CaseTables, TheRegistryGrowsByFirstUse)
     EXPECT_EQ(RulesOf(pCaseTabs[2]), "GREEK E1>C1");
 }
 
-TEST_F(CaseTables, CompilingLocksOutEverybodyAndLoadingThoseWhoCompile)
-{
-    home.Write("toupper/100.s", "T C x\na=A");
-    home.Write("toupper/126.s", "T C greek");
-    EXPECT_EQ(Use(kLatin), 0);
-    lkf_SetPatience(0);
-    for (const auto &[mode, slot] : {std::pair{LKF_SHARED, 1}, {LKF_EXCLUSIVE, -1}}) {
-        const int lock = lkf_LockFile(mode, "~/sys/toupper.lk");
-        EXPECT_EQ(Use(kLatin), slot) << "is loaded";
-        EXPECT_EQ(Use(kGreek), -1) << "would be compiled";
-        lkf_UnLockFile(lock);
-    }
-    lkf_SetPatience(30000);
-}
-
 // ---- The source's language ------------------------------------------------------------------
 
 std::string Repeat(std::string_view text, size_t times)
@@ -152,26 +135,6 @@ TEST_F(CaseTables, SourcesAreReadByTheirGrammar)
         EXPECT_EQ(Compile(source), rules) << source.substr(0, 90);
     EXPECT_EQ(str_CompileCaseTable("~/toupper", "~/toupper/12.b", &record), 0);
     EXPECT_EQ(er_GetLastCode(), OS_ESC_FILE) << "not a file";
-}
-
-TEST(CaseTableArrays, GrowByTheirStepOrStayAsTheyWere)
-{
-    static char *block;
-    static int32_t capacity, used = 4711; // means nothing with no capacity
-    static int16_t index;
-    const auto add = [](uint32_t size) {
-        block = static_cast<char *>(str_AllocEntry(block, &capacity, &used, size, 7, &index));
-    };
-    for (int32_t i = 0; i < 99; ++i) {
-        const bool isFull = i > 0 && i == capacity;
-        EXPECT_TRUE(!isFull || Escaped([&] { add(INT32_MAX); }) == OS_ESC_MEMORY);
-        add(3);
-        ASSERT_TRUE(index == i && used == i + 1 && capacity == (i / 7 + 1) * 7) << i;
-        std::memset(block + 3 * i, i, 3);
-    }
-    for (int32_t i = 0; i < 99; ++i)
-        EXPECT_EQ(block[3 * i + 2], i) << "nothing is lost on the way";
-    os_free(block);
 }
 
 // ---- The compiled file ----------------------------------------------------------------------
