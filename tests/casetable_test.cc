@@ -147,10 +147,6 @@ TEST_F(CaseTables, TheCompiledFileIsLaidOutByteForByte)
     std::string map;
     for (int byte = 0; byte < 256; ++byte)
         map += static_cast<char>(byte);
-    EXPECT_EQ(Compile("T C x"), "X");
-    EXPECT_EQ(home.Read("toupper/12.b").substr(132),
-              "\0\0\0\0\xA4\0\0\0"s + std::string(24, '\0') + map);
-
     map['a'] = 'A';
     map[0xDF] = map[0xC2] = 0;
     const std::string one = "\1\0\0\0"s, two = "\2\0\0\0"s, twenty = "\x14\0\0\0"s;
@@ -178,9 +174,8 @@ TEST_F(CaseTables, TheCompiledFileGetsItsNameWholeAndIsTheAccounts)
         GTEST_SKIP() << "only root can give the home to another group";
     ASSERT_EQ(chown(home.path().c_str(), 0, getegid() + 1), 0);
     home.Remove("toupper/12.b");
-    CaseTableRecord made = {};
-    EXPECT_EQ(str_CompileCaseTable("~/toupper/12.s", "~/toupper/12.b", &made), 1);
-    EXPECT_EQ(TakeRules(true, &made), "X 61>41") << "good for this process";
+    EXPECT_EQ(str_CompileCaseTable("~/toupper/12.s", "~/toupper/12.b", &record), 1);
+    EXPECT_EQ(TakeRules(true, &record), "X 61>41") << "good for this process";
     EXPECT_FALSE(home.Remove("toupper/12.b")) << "others than the account's group write none";
 }
 
