@@ -21,9 +21,8 @@ std::string FieldsOf(const std::string &name)
         int length = 4711;
         const char *const value = nm_GetFieldMemPtr(text.c_str(), &parsed, field, &length);
         EXPECT_TRUE(value != nullptr || length == 0);
-        const bool t61 = field >= NM_T61_FORM;
         if (value != nullptr)
-            fields += (t61 ? "t" : "") + std::to_string(t61 ? field - NM_T61_FORM : field) + "=" +
+            fields += (field < NM_T61_FORM ? "" : "t") + std::to_string(field % NM_T61_FORM) + "=" +
                       std::string(value, static_cast<size_t>(length)) + "|";
     }
     return fields + (status != 0 ? "!" : "");
@@ -35,31 +34,25 @@ const struct { const char *name, *fields; } kNames[] = {
     {" c = gb ;\r\n s\t=\ta/ b\t;", "5=a/ b|9=gb|"},
     {"o=0;ou1=1;ou2=2;ou3=3;ou4=4;s=5;g=6;i=7;q=8;c=9;a=10;p=11;x.121=12;t-id=13;n-id=14",
      "0=0|1=1|2=2|3=3|4=4|5=5|6=6|7=7|8=8|9=9|10=10|11=11|12=12|13=13|14=14|"},
-    {"ddt1=15;ddv1=16;ddt2=17;ddv2=18;ddt3=19;ddv3=20;ddt4=21;ddv4=22",
-     "15=15|16=16|17=17|18=18|19=19|20=20|21=21|22=22|"},
     {"S=\"A;B \"; G= \" C\" ;O=d\"e=\"", "0=d\"e=\"|5=A;B |6= C|"},
     {"OU=a; OU=b\xE9; OU1=\xE9; OU4=d; OU=c", "1=a|3=c|4=d|t1=\xE9|t2=b\xE9|"}, // the next unit
     {"dda:RF-8=a(a)b; DD.x=1; DDV3=v; DDA: y =3", "15=RF-8|16=a(a)b|17=x|18=1|20=v|21=y|22=3|"},
     {"/S=\x1B$B$/\x1B(B/G=\x0E/\x0F/O=\x1Bn//\x0F",
      "t0=\x1Bn//\x0F|t5=\x1B$B$/\x1B(B|t6=\x0E/\x0F|"},
-    {"S=\"\x1B$(B\"\"\x1B(J;\"; G=\x1B(I;\x1B(u; C=a",
-     "9=a|t5=\x1B$(B\"\"\x1B(J;|t6=\x1B(I;\x1B(u|"},
-    {"DDA:t\xE9=v\xE9; S=M; S=\xC8u", "5=M|t5=\xC8u|t15=t\xE9|t16=v\xE9|"},
-    {"/ADMD= /S=/G=\"\"", "5=|6=|10=|"}, {" / ", ""},
-    {"C=GB; C=DE; S=x", "9=GB|!"}, {"S=\xE9; S=\xE8", "t5=\xE9|!"}, {"A=x; ADMD=y", "10=x|!"},
+    {"S=\"\x1B$(B\"\"\x1B(J;\"; C=a", "9=a|t5=\x1B$(B\"\"\x1B(J;|"},
+    {"/ADMD= /S=/G=\"\"", "5=|6=|10=|"}, {"S=\x1B", "t5=\x1B|"},
+    {"C=GB; C=DE; S=x", "9=GB|!"}, {"S=\xE9; S=\xE8", "t5=\xE9|!"}, {"S=\"a; G=b", "!"},
     {"DDA:=v", "!"}, {"C=GB; CN=x; S=y", "9=GB|!"}, {"C=GB;; S=y", "9=GB|!"}, {"/C/S=y", "!"},
-    {"C=\xE9", "!"}, {"A=\x1B(B", "!"}, {"S=\"a; G=b", "!"}, {"S=\"a\"b; G=c", "!"},
-    {"OU=1;OU=2;OU=3;OU=4;OU=5", "1=1|2=2|3=3|4=4|!"},
+    {"C=\xE9", "!"}, {"S=\"a\"b; G=c", "!"}, {"OU=1;OU=2;OU=3;OU=4;OU=5", "1=1|2=2|3=3|4=4|!"},
     {"DDT2=a;DDT3=b;DDT4=c;DD.d=1;DD.e=2", "15=d|16=1|17=a|19=b|21=c|!"},
-    {"S=\x1B", "t5=\x1B|"}, {"S=\x1B$B;G=x", "t5=\x1B$B;G=x|"},
+    {"S=\x1B$B;G=x", "t5=\x1B$B;G=x|"},
 };
 const struct { const char *text; int length, field; } kIdentifiers[] = {
-    {"S", -1, 5}, {"admd,x", 4, 10}, {" Ou ", -1, 1}, {"ddv4", -1, 22}, {"OU2", 2, 1},
-    {"OU5", -1, -1}, {"", -1, -1}, {"S", 0, -1}, {"DDA:", -1, -1}, {"S=", -1, -1},
+    {"admd,x", 4, 10}, {" Ou ", -1, 1}, {"ddv4", -1, 22}, {"OU5", -1, -1}, {"S", 0, -1},
+    {"S=", -1, -1},
 };
 const struct { std::string value; const char *set; } kValues[] = {
-    {"", ""}, {"plain", ""}, {"M\xC8uller", "T.61"}, {"\x1B(B", "T.61"}, {"\x0E\x0F", "T.61"},
-    {"M\xC3\xBCller", "UTF8"}, {"\x1B(BM\xC3\xBCller", "T.61"}, {"\xC3", "T.61"},
+    {"plain", ""}, {"M\xC3\xBCller", "UTF8"}, {"\x1B(BM\xC3\xBCller", "T.61"}, {"\xC3", "T.61"},
 };
 // clang-format on
 
@@ -67,8 +60,6 @@ TEST(ORNames, AreParsed)
 {
     for (const auto &row : kNames)
         EXPECT_EQ(FieldsOf(row.name), row.fields) << row.name;
-    const std::string value(70'000, 'x');
-    EXPECT_EQ(FieldsOf("/S=" + value + "/C=GB/"), "5=" + value + "|9=GB|");
     for (const auto &row : kIdentifiers)
         EXPECT_EQ(da_AttIdToORNIndex(row.text, row.length), row.field) << row.text;
     for (const auto &row : kValues)
