@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Comparison of texts in all sets beside a slow one, which goes character by character; UTF-8
-// beside GLib; whether the order of texts is one; and the order of O/R names.
+// Comparison beside a slow one, which goes character by character; UTF-8 beside GLib; O/R names.
 
 #include "str/core/upshift.h"
 #include "tests/support/casetable.h"
@@ -25,9 +24,7 @@ const std::map<uint16_t, std::string> kRules = {
     {87, R"(\x46\x7C=Zz \xC6\xFC=\xC6\xFB)"},
 };
 
-class Comparison : public CaseTableTest
-{
-  protected:
+struct Comparison : CaseTableTest {
     Comparison()
     {
         for (const auto &[kind, rules] : kRules) {
@@ -42,26 +39,24 @@ constexpr uint16_t kUtf8 = 196;
 
 int Sign(int order) { return (order > 0) - (order < 0); }
 
-// ---- The slow comparison -------------------------------------------------------------------
-
 using Runs = std::deque<std::pair<uint16_t, std::string>>; // bytes with their kind
 
 struct Text {
     CSDescriptor cs;
     std::string bytes;
     unsigned int limit = UINT_MAX; // of bytes; 2^31 and more is none
-    bool isOneRun = false;
+    bool isOneRun = false, isWhole = false;
 
     bool IsEmpty() const { return bytes.empty() || limit == 0; }
 
     Runs Parts() const // those that are compared
     {
+        const std::string kept = bytes.substr(0, limit);
         if (isOneRun)
-            return {{cs.csNum, bytes.substr(0, limit)}};
+            return {{cs.csNum, kept}};
         Runs runs;
         int count = 0;
-        const int most = limit > INT_MAX ? -1 : static_cast<int>(limit);
-        const CSSegment *segment = ccs_GetRealStrs(&cs, bytes.c_str(), most, &count);
+        const CSSegment *segment = ccs_GetRealStrs(&cs, kept.c_str(), -1, &count);
         for (; segment->kind != CS_SEG_END; ++segment)
             runs.emplace_back(segment->kind, std::string(segment->text, segment->length));
         return runs;
@@ -78,18 +73,17 @@ std::string Take(Runs *runs, int size)
     return taken;
 }
 
-// The next character in upper case, as bytes that order as signed numbers.
-std::vector<int> TakeUpper(Runs *runs, const CSDescriptor &cs)
+// The next character in upper case, as a signed number, and its size.
+std::pair<int, int> TakeUpper(Runs *runs, const CSDescriptor &cs)
 {
     unsigned char upper[2];
     int written = 0;
-    const std::string &bytes = runs->front().second;
+    const std::string bytes = runs->front().second;
     const auto *const at = reinterpret_cast<const unsigned char *>(bytes.data());
-    Take(runs, str_UpShiftChar(at, static_cast<int>(bytes.size()), libstr::CaseTableOf(&cs), upper,
-                               &written));
+    const int most = static_cast<int>(bytes.size());
+    Take(runs, str_UpShiftChar(at, most, libstr::CaseTableOf(&cs), upper, &written));
     const int first = static_cast<signed char>(upper[0]);
-    return written == 1 ? std::vector{first}
-                        : std::vector{first * 256 + static_cast<signed char>(upper[1]), 2};
+    return {written == 1 ? first : first * 256 + static_cast<signed char>(upper[1]), written};
 }
 
 uint32_t FlagsOf(const CSDescriptor &cs) { return ccs_GetCSFlags(&cs); }
@@ -97,12 +91,10 @@ uint32_t FlagsOf(const CSDescriptor &cs) { return ccs_GetCSFlags(&cs); }
 // The set by which the two are compared, 0 for none.
 uint16_t Common(uint16_t kind1, uint16_t kind2)
 {
-    if (kind1 == kind2 || kind1 == CS_SEG_RAW || kind2 == CS_SEG_RAW)
-        return kind1 == kind2 ? kind1 : 0;
-    const auto holdsAscii = [](uint16_t kind) {
-        return (FlagsOf({kind, 0}) & CS_FLAG_ASCII_SUPERSET) != 0;
-    };
-    return kind1 == 6 && holdsAscii(kind2) ? kind2 : kind2 == 6 && holdsAscii(kind1) ? kind1 : 0;
+    const auto [low, high] = std::minmax(kind1, kind2);
+    const bool areAscii =
+        low == 6 && high != CS_SEG_RAW && (FlagsOf({high, 0}) & CS_FLAG_ASCII_SUPERSET) != 0;
+    return low == high || areAscii ? high : 0;
 }
 
 auto Rank(uint16_t kind)
@@ -113,6 +105,20 @@ auto Rank(uint16_t kind)
     return std::tuple((FlagsOf(cs) & CS_FLAG_BYTE) == 0, final, static_cast<int16_t>(kind));
 }
 
+// Character by character; a byte of none stays.
+std::string Folded(std::string_view text)
+{
+    std::string folded;
+    for (int size = 1; !text.empty(); text.remove_prefix(static_cast<size_t>(size))) {
+        const gunichar c = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+        size = c < 0x80000000 ? g_unichar_to_utf8(c, nullptr) : 1;
+        gchar *const form = c < 0x80000000 ? g_utf8_casefold(text.data(), size) : nullptr;
+        folded += form == nullptr ? std::string(text.substr(0, 1)) : form;
+        g_free(form);
+    }
+    return folded;
+}
+
 // The order of the two, 0 for equal; with a limit of characters, whether they are.
 int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars = UINT_MAX)
 {
@@ -121,6 +127,11 @@ int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars
         return 0;
     if (text1.IsEmpty() || text2.IsEmpty())
         return text1.IsEmpty() ? -1 : 1;
+    if (text1.isWhole && (text1.cs.csNum == kUtf8 || text2.cs.csNum == kUtf8)) {
+        const bool areAlike =
+            caseless ? Folded(text1.bytes) == Folded(text2.bytes) : text1.bytes == text2.bytes;
+        return !areAlike || text1.cs.csNum != text2.cs.csNum;
+    }
     for (const Text &text : {text1, text2})
         if (text.limit <= INT_MAX && text.bytes.size() < text.limit)
             return 1;
@@ -148,35 +159,6 @@ int Slow(const Text &text1, const Text &text2, bool caseless, unsigned int chars
     return 0;
 }
 
-// Character by character; a byte of none stays.
-std::string Folded(std::string_view text)
-{
-    std::string folded;
-    while (!text.empty()) {
-        const auto left = static_cast<gssize>(text.size());
-        const bool isWhole = g_utf8_get_char_validated(text.data(), left) < 0x80000000;
-        const ptrdiff_t size = isWhole ? g_utf8_next_char(text.data()) - text.data() : 1;
-        gchar *const form = isWhole ? g_utf8_casefold(text.data(), size) : nullptr;
-        folded += isWhole ? form : std::string(text.substr(0, 1));
-        g_free(form);
-        text.remove_prefix(static_cast<size_t>(size));
-    }
-    return folded;
-}
-
-// To the end, where UTF-8 is compared with UTF-8 alone.
-int SlowToEnd(const Text &text1, const Text &text2, bool caseless)
-{
-    const bool isUtf8 = text1.cs.csNum == kUtf8 && text2.cs.csNum == kUtf8;
-    if (text1.IsEmpty() || text2.IsEmpty() || (text1.cs.csNum != kUtf8 && text2.cs.csNum != kUtf8))
-        return Slow(text1, text2, caseless);
-    return !isUtf8    ? 1
-           : caseless ? Folded(text1.bytes) != Folded(text2.bytes)
-                      : text1.bytes != text2.bytes;
-}
-
-// ---- Random texts --------------------------------------------------------------------------
-
 // clang-format off
 const std::string kPieces[] = {
     "a", "k", "K", "\u212A", "ss", "\u00DF", "\u1E9E", "\u0131", "I", "\u0390", "\u1FD3", "@", "`",
@@ -189,10 +171,9 @@ Text RandomlyMade(std::mt19937 &random)
 {
     Text text = {DescriptorOf(kSamples[random() % std::size(kSamples)].set), ""};
     text.cs.escMode = random() % 4 == 0 ? random() % 2 : text.cs.escMode;
-    if (text.cs.csNum == kUtf8)
-        for (auto left = random() % 9; left > 0; --left)
-            text.bytes += kPieces[random() % std::size(kPieces)];
-    else
+    for (auto left = text.cs.csNum == kUtf8 ? random() % 9 : 0; left > 0; --left)
+        text.bytes += kPieces[random() % std::size(kPieces)];
+    if (text.cs.csNum != kUtf8)
         text.bytes = RandomText(random, random() % 4 == 0 ? 30 : 6).c_str(); // up to a NUL
     return text;
 }
@@ -210,13 +191,6 @@ std::string Varied(std::mt19937 &random, std::string bytes)
     return bytes.c_str(); // up to a NUL
 }
 
-unsigned int RandomLimit(std::mt19937 &random, size_t size)
-{
-    const unsigned int beyond[] = {INT_MAX, INT_MAX + 1U, UINT_MAX};
-    return random() % 6 == 0 ? beyond[random() % 3]
-                             : static_cast<unsigned int>(random() % (size + 3));
-}
-
 TEST_F(Comparison, IsThatOfASlowOne)
 {
     std::mt19937 random(TestSeed());
@@ -227,9 +201,12 @@ TEST_F(Comparison, IsThatOfASlowOne)
         const CSDescriptor &cs1 = text1.cs, &cs2 = text2.cs;
         const Guarded guarded1(text1.bytes), guarded2(text2.bytes);
         const char *const s1 = guarded1.c_str(), *const s2 = guarded2.c_str();
-        const size_t size1 = text1.bytes.size(), size2 = text2.bytes.size();
-        const unsigned int chars = RandomLimit(random, size1), bytes1 = RandomLimit(random, size1);
-        const unsigned int bytes2 = random() % 3 == 0 ? RandomLimit(random, size2) : bytes1;
+        const auto limit = [&](const Text &text) {
+            const auto near = static_cast<unsigned int>(random() % (text.bytes.size() + 4)) - 1;
+            return random() % 6 == 0 ? INT_MAX + 1U + near : near; // around 0 or 2^31
+        };
+        const unsigned int chars = limit(text1), bytes1 = limit(text1);
+        const unsigned int bytes2 = random() % 3 == 0 ? limit(text2) : bytes1;
         SCOPED_TRACE(
             testing::PrintToString(std::tuple(cs1.csNum, cs1.escMode, text1.bytes, bytes1,
                                               cs2.csNum, cs2.escMode, text2.bytes, bytes2, chars)));
@@ -243,11 +220,11 @@ TEST_F(Comparison, IsThatOfASlowOne)
         const bool isOne = cs1.csNum == cs2.csNum, isPlain = isOne && sort == CS_FLAG_BYTE;
         text1.isOneRun = text2.isOneRun = isPlain && cs1.escMode == 0 && cs2.escMode == 0;
         // `value` is the C library's, which counts for one set of bytes.
-        const auto check = [&](auto engine, auto slow, int value, auto one, auto two,
+        const auto check = [&](auto engine, unsigned int most, int value, auto one, auto two,
                                auto caselessOne, auto caselessTwo, auto... limits) {
             const bool isUtf8 = isOne && cs1.csNum == kUtf8 && sizeof...(limits) == 0;
             for (const bool caseless : {false, true}) {
-                const int order = slow(caseless) != 0;
+                const int order = Slow(text1, text2, caseless, most) != 0;
                 EXPECT_EQ(engine(s1, s2, limits..., caseless, &cs1, &cs2), order);
                 const int byTwo = (caseless ? caselessTwo : two)(s1, s2, limits..., &cs1, &cs2);
                 EXPECT_EQ(byTwo, !caseless && (isPlain || isUtf8) ? value : order);
@@ -255,20 +232,16 @@ TEST_F(Comparison, IsThatOfASlowOne)
                             (caseless ? caselessOne : one)(s1, s2, limits..., &cs1) == byTwo);
             }
         };
-        check(
-            str_DoCompareToEnd, [&](bool caseless) { return SlowToEnd(text1, text2, caseless); },
-            std::strcmp(s1, s2), str_strcmp, str_strcmp3, str_strucasecmp, str_strucasecmp3);
-        check(
-            str_DoCompareByCharLen,
-            [&](bool caseless) { return Slow(text1, text2, caseless, chars); },
-            std::strncmp(s1, s2, chars), str_strncmp, str_strnccmp3, str_strucasencmp,
-            str_strucasenccmp3, chars);
+        text1.isWhole = true;
+        check(str_DoCompareToEnd, UINT_MAX, std::strcmp(s1, s2), str_strcmp, str_strcmp3,
+              str_strucasecmp, str_strucasecmp3);
+        text1.isWhole = false;
+        check(str_DoCompareByCharLen, chars, std::strncmp(s1, s2, chars), str_strncmp,
+              str_strnccmp3, str_strucasencmp, str_strucasenccmp3, chars);
         text1.limit = bytes1;
         text2.limit = bytes2;
-        check(
-            str_DoCompareByByteLen, [&](bool caseless) { return Slow(text1, text2, caseless); },
-            std::strncmp(s1, s2, bytes1), str_strncmp2, str_strnbcmp3, str_strucasencmp2,
-            str_strucasenbcmp3, bytes1, bytes2);
+        check(str_DoCompareByByteLen, UINT_MAX, std::strncmp(s1, s2, bytes1), str_strncmp2,
+              str_strnbcmp3, str_strucasencmp2, str_strucasenbcmp3, bytes1, bytes2);
     }
     EXPECT_GT(equal, rounds / 3);
 }
@@ -292,42 +265,33 @@ TEST_F(Comparison, TellsFoldedCharactersApart)
         }
 }
 
-// ---- O/R names -----------------------------------------------------------------------------
-
 const std::string k254(254, 'x'), kLong(60'000, 'x');
 const struct {
     std::string name1, name2;
     const char *charset, *attributes;
     int any, order;
-    const char *why;
 } kNames[] = {
     // clang-format off
-    {"S=a; C=gb", "/C=GB/S=A/", "T.61", "C,S", 0, 0, "form and case"},
-    {"C=GB; S=b; G=c", "C=GB; S=a; G=d", "T.61", "C,S,G", 0, 1, "the first difference"},
-    {"C=GB; G=b", "C=GB; S=x", "T.61", "C,C, ,S,G,", 0, -1, "named again, and not there"},
-    {"C=GB; S=\"\"", "C=DE", "T.61", "S,CN,XYZ", 0, 0, "empty, not there, and unknown"},
-    {"S=MUELLER; S=M\xC8ULLER", "S=M\xC8uLLER", "T.61", "S", 0, 0, "the T.61 form"},
-    {"S=MUELLER; S=M\xC8ULLER", "S=MUELLER; S=M\xC8I", "IA5", "S", 0, 0, "not in that set"},
-    {"S=M\xC3\xBCller", "S=M\xC3\xBCller; S=a", "UTF8", "S", 0, 0, "UTF-8"},
-    {"S=\xE9", "S=\xC3\xA9", nullptr, "S", 1, 1, "any set"},
-    {"S=\xF1" "b", "S=\xC8u" "B", "T.61", "S", 0, 0, "a letter as two bytes"},
-    {"DDA:x=\xF3", "DDA:X=\xE3", nullptr, "DDT1,DDV1", 1, 0, "pairs"},
-    {"S=a; C=DE; ???; G=x", "S=a; C=DE", "T.61", "G,S,C", 0, 0, "what is after it"},
-    {"S=" + k254 + "a", "S=" + k254 + "b", "T.61", "S", 0, -1, "byte 255 counts"},
-    {"S=x" + k254 + "a", "S=" + kLong, "T.61", "S", 0, 0, "byte 256 does not"},
+    {"C=GB; G=b", "C=GB; S=x", "T.61", "C,C, ,S,G,", 0, -1}, // named again, and not there
+    {"C=GB; S=\"\"", "C=DE", "T.61", "S,CN,XYZ", 0, 0}, // empty, not there, and unknown
+    {"S=MUELLER; S=M\xC8ULLER", "S=M\xC8uLLER", "T.61", "S", 0, 0}, // the T.61 form
+    {"S=MUELLER; S=M\xC8ULLER", "S=MUELLER; S=M\xC8I", "IA5", "S", 0, 0}, // not in that set
+    {"S=\xF1" "b", "S=\xC8u" "B", "T.61", "S", 0, 0}, // a letter as two bytes
+    {"DDA:x=\xF3", "DDA:X=\xE3", nullptr, "DDT1,DDV1", 1, 0},
+    {"S=a; C=DE; ???; G=x", "S=a; C=DE", "T.61", "G,S,C", 0, 0}, // what is after it
+    {"S=" + k254 + "a", "S=" + k254 + "b", "T.61", "S", 0, -1}, // byte 255 counts
+    {"S=x" + k254 + "a", "S=" + kLong, "T.61", "S", 0, 0}, // byte 256 does not
     // clang-format on
 };
 
 TEST_F(Comparison, OrdersORNamesByTheirAttributes)
 {
-    for (const auto &row : kNames) {
-        const Guarded name1(row.name1), name2(row.name2), names(row.attributes);
-        const auto order = [&](const Guarded &a, const Guarded &b) {
-            return Sign(str_cmpORName(a.c_str(), b.c_str(), row.charset, row.any, names.c_str()));
-        };
-        EXPECT_EQ(order(name1, name2), row.order) << row.why;
-        EXPECT_EQ(order(name2, name1), -row.order) << row.why;
-    }
+    for (const auto &[first, second, charset, attributes, any, expected] : kNames)
+        for (const int sign : {1, -1}) {
+            const Guarded a(sign > 0 ? first : second), b(sign > 0 ? second : first);
+            const int order = str_cmpORName(a.c_str(), b.c_str(), charset, any, attributes);
+            EXPECT_EQ(Sign(order), sign * expected) << first << " " << second;
+        }
 }
 
 TEST_F(Comparison, CountsTextsOf2GiBToTheirEnds)
