@@ -261,7 +261,7 @@ TEST_F(Comparison, TellsFoldedCharactersApart)
             const std::string other = bit == 16 ? Folded(text) : inUtf8(c ^ 1U << bit);
             ASSERT_EQ(str_strucasecmp(text.c_str(), other.c_str(), &utf8) == 0,
                       Folded(text) == Folded(other))
-                << text << other;
+                << text;
         }
 }
 
