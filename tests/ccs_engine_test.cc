@@ -39,7 +39,7 @@ const Row kBadText[] = {
 };
 // clang-format on
 
-// However it is walked.  A limit ends the text as its NUL does, and one beyond the NUL changes nothing.
+// In every walk.  A limit ends the text as its NUL does; one beyond the NUL changes nothing.
 void CheckWalks(const CSDescriptor &cs, std::string_view bytes, const std::string &segments)
 {
     SCOPED_TRACE(std::to_string(cs.csNum) + " " + testing::PrintToString(bytes));

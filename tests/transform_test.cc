@@ -15,97 +15,75 @@ const char *const kUnused = reinterpret_cast<const char *>(1);
 constexpr char kSpecials[] = "<>\xC3\xA9!";
 const char *const kReplacements[] = {"[lt]", "", "e'", kUnused, nullptr};
 
-// Nothing where there is no result.
-std::optional<std::string> Transformed(std::string_view input, int maxLen = -1, int prefixMode = 0,
-                                       char escChar = '\\', const char *dropChars = "~\xE2\x82\xAC")
-{
-    const Sinks sinks;
-    const Guarded text(input);
-    unsigned int outLen = 4711;
-    const char *out = str_TransformUTF8InputStr(text.c_str(), maxLen, kSpecials, kReplacements,
-                                                dropChars, escChar, prefixMode, &outLen);
-    if (out == nullptr) {
-        EXPECT_EQ(outLen, 0U);
-        return std::nullopt;
-    }
-    EXPECT_EQ(Sinks::logged, "");
-    EXPECT_EQ(out[outLen], '\0');
-    return std::string(out, outLen);
-}
-
 struct Row {
-    std::string_view input, output;
     const char *why;
+    std::string_view input;
+    std::optional<std::string_view> output; // nothing: there is none
+    int maxLen = -1, prefixMode = 0;
+    char escChar = '\\';
+    const char *bad = nullptr; // what is logged
+    const char *dropChars = "~\xE2\x82\xAC";
 };
+
+// clang-format off
+const Row kRows[] = {
+    {"replacements", "a<b>c\xC3\xA9!d\xF0\x9F\x98\x80", "a[lt]bce'd\xF0\x9F\x98\x80"},
+    {"escapes", "\\001x\\65z\\x\\\\y", "\x1B" "Ax" "Azx\\y"},
+    {"the limits of controls", "\\0\\31\\32\\127", "\x1B@\x1B_ \x7F"},
+    {"the low eight bits", "\\300\\999\\256a\\512", "\x2C\xE7\0a\0"sv},
+    {"three digits at most", "\\0655\\6<", "A5\x1B" "F[lt]"},
+    {"digits of other scripts", "\\\xD9\xA1\xEF\xBC\x92\xE0\xA5\xA9x\xC2\xB2", "\x7Bx\xC2\xB2"},
+    {"taken literally", "\\<\\~\\\xC3\xA9\\=", "<~\xC3\xA9="},
+    {"an escape character at the end", "a\\", "a\0"sv},
+    {"deletion of two, and at the end", "a~bc~<d~~a\xE2\x82\xAC\xE6\x97\xA5" "b~", "acdab"},
+    {"the prefix: up to the sign", "(a<b)(c)=x<y", "(a<b)(c)=x[lt]y", -1, 1},
+    {"between groups the rules apply", "x<(<\\1~)y<z", "x[lt](<\\1~)y[lt]z", -1, 1},
+    {"a sign in a group", "(a=<)<=(<)", "(a=<)[lt]=([lt])", -1, 1},
+    {"groups do not nest", "(((<))<", "(((<)" ")[lt]", -1, 1},
+    {"four groups", "(<)(<)(<)(<)(<)=(<)", "(<)(<)(<)(<)([lt])=([lt])", -1, 1},
+    {"a group that is not closed", "(<\\1", "(<\\1", -1, 1},
+    {"a parenthesis that is deleted", "~(<)", "[lt])", -1, 1},
+    {"... or escaped", "\\((<)\\=<(<)", "((<)=[lt](<)", -1, 1},
+    {"no prefix asked for", "(a<b)=<", "(a[lt]b)=[lt]"},
+    {"not ASCII, so no escape", "a\xC3\xA9\\1", "ae'\\1", -1, 0, '\xE9'},
+    {"replaced before it escapes", "<1>1", "[lt]11", -1, 0, '<'},
+    {"escapes before it deletes", "a1b~65", "a1bA", -1, 0, '~'},
+    {"nothing to do", "", ""},
+    {"nothing is left", "~x", {}},
+    {"... of a limit of 0", "~x", "", 0},
+    {"the limit is that of the validation", "<b", "[lt]b", 0},
+    {"a NUL before the limit", "", {}, 5, 0, '\\', ""},
+    {"cut off", "ab\xC3", {}, -1, 0, '\\', "\xC3"},
+    {"malformed", "a\xFFz", {}, -1, 0, '\\', "\xFFz"},
+    {"the limit cuts it off", "a\xC3\xA9", {}, 2, 0, '\\', "\xC3\xA9"},
+    // After the limit nothing is validated: each malformed byte is a character, up to the NUL.
+    {"malformed", "a<\xC3<\xE6\x97<\xF0", "a[lt]\xC3[lt]\xE6\x97[lt]\xF0", 1},
+    {"deleted with one byte", "a~\xE6\x97~\xC3", "a\x97", 1},
+    {"escaped", "a\\\xE6\x97\\\xF0", "a\xE6\x97\xF0", 1},
+    {"half a character of the set", "a\xE2\x82", "a\xE2\x82", 1},
+    {"half a set", "ab\xFF\x82\xE2z\xE2", "ab\xFFz", 1, 0, '\\', nullptr, "\x82\xE2"},
+};
+// clang-format on
 
 TEST(Transform, AppliesTheFirstRuleThatFits)
 {
-    // clang-format off
-    const Row rows[] = {
-        {"a<b>c\xC3\xA9!d\xF0\x9F\x98\x80", "a[lt]bce'd\xF0\x9F\x98\x80", "replacements"},
-        {"\\001x\\65z\\x\\\\y", "\x1B" "Ax" "Azx\\y", "escapes"},
-        {"\\0\\31\\32\\127", "\x1B@\x1B_ \x7F", "the limits of controls"},
-        {"\\300\\999\\256a\\512"sv, "\x2C\xE7\0a\0"sv, "the low eight bits"},
-        {"\\0655\\6<", "A5\x1B" "F[lt]", "three digits at most, and what ends them"},
-        {"\\\xD9\xA1\xEF\xBC\x92\xE0\xA5\xA9x\xC2\xB2", "\x7Bx\xC2\xB2", "digits of other scripts"},
-        {"\\<\\~\\\xC3\xA9\\=", "<~\xC3\xA9=", "taken literally"},
-        {"a\\"sv, "a\0"sv, "an escape character at the end"},
-        {"a~bc~<d~~a\xE2\x82\xAC\xE6\x97\xA5" "b~", "acdab", "deletion of two, and at the end"},
-    };
-    const Row prefixed[] = {
-        {"(a<b)(c)=x<y", "(a<b)(c)=x[lt]y", "up to the sign"},
-        {"x<(<\\1~)y<z", "x[lt](<\\1~)y[lt]z", "between groups the rules apply"},
-        {"(a=<)<=(<)", "(a=<)[lt]=([lt])", "a sign in a group is none"},
-        {"(((<))<", "(((<)" ")[lt]", "groups do not nest"},
-        {"(<)(<)(<)(<)(<)=(<)", "(<)(<)(<)(<)([lt])=([lt])", "four groups"},
-        {"(<\\1", "(<\\1", "a group that is not closed"},
-        {"~(<)", "[lt])", "a parenthesis that is deleted opens nothing"},
-        {"\\((<)\\=<(<)", "((<)=[lt](<)", "... nor one that is escaped"},
-    };
-    // clang-format on
-    for (const Row &row : rows)
-        EXPECT_EQ(Transformed(row.input), std::string(row.output)) << row.why;
-    for (const Row &row : prefixed)
-        EXPECT_EQ(Transformed(row.input, -1, 1), std::string(row.output)) << row.why;
-    EXPECT_EQ(Transformed("(a<b)=<"), "(a[lt]b)=[lt]") << "no prefix asked for";
-    EXPECT_EQ(Transformed("a\xC3\xA9\\1", -1, 0, '\xE9'), "ae'\\1") << "no ASCII, no escape";
-    EXPECT_EQ(Transformed("<1>1", -1, 0, '<'), "[lt]11") << "replaced before it escapes";
-    EXPECT_EQ(Transformed("a1b~65", -1, 0, '~'), "a1bA") << "escapes before it deletes";
-}
-
-TEST(Transform, TellsEmptyFromNothing)
-{
-    EXPECT_EQ(Transformed("", -1), "");
-    EXPECT_EQ(Transformed("~x", 0), "");
-    EXPECT_EQ(Transformed("~x", -1), std::nullopt) << "an input of which nothing is left";
-    EXPECT_EQ(Transformed("<b", 0), "[lt]b") << "the limit is that of the validation";
-    EXPECT_EQ(Transformed("<b", -7), "[lt]b");
-}
-
-TEST(Transform, RefusesAndLogsInvalidInput)
-{
-    const struct {
-        std::string_view input, bad;
-        int maxLen;
-    } rows[] = {
-        {"", "", 5}, {"ab\xC3", "\xC3", -1}, {"a\xFFz", "\xFFz", -1}, {"a\xC3\xA9", "\xC3\xA9", 2}};
-    for (const auto &row : rows) {
-        EXPECT_EQ(Transformed(row.input, row.maxLen), std::nullopt);
+    for (const Row &row : kRows) {
+        SCOPED_TRACE(row.why);
+        const Sinks sinks;
+        const Guarded text(row.input);
+        unsigned int length = 4711;
+        const char *out =
+            str_TransformUTF8InputStr(text.c_str(), row.maxLen, kSpecials, kReplacements,
+                                      row.dropChars, row.escChar, row.prefixMode, &length);
+        ASSERT_EQ(out != nullptr, row.output.has_value());
+        EXPECT_EQ(std::string(out == nullptr ? "" : out, length + (out != nullptr)),
+                  row.output ? std::string(*row.output) + '\0' : "");
         EXPECT_EQ(Sinks::logged,
-                  "24070 str_TransformUTF8InputStr(), Invalid UTF8 in input string: " +
-                      std::string(row.bad) + "\n");
+                  row.bad == nullptr
+                      ? ""
+                      : "24070 str_TransformUTF8InputStr(), Invalid UTF8 in input string: "s +
+                            row.bad + "\n");
     }
-}
-
-// After the limit nothing is validated: a byte of no character is one by itself, up to the NUL.
-TEST(Transform, TakesBytesOfNoCharacterOneByOne)
-{
-    EXPECT_EQ(Transformed("a<\xC3<\xE6\x97<\xF0", 1), "a[lt]\xC3[lt]\xE6\x97[lt]\xF0");
-    EXPECT_EQ(Transformed("a~\xE6\x97~\xC3", 1), "a\x97") << "deleted with one byte";
-    EXPECT_EQ(Transformed("a\\\xE6\x97\\\xF0", 1), "a\xE6\x97\xF0");
-    EXPECT_EQ(Transformed("a\xE2\x82", 1), "a\xE2\x82") << "half a character of the set";
-    EXPECT_EQ(Transformed("ab\xFF\x82\xE2z\xE2", 1, 0, '\\', "\x82\xE2"), "ab\xFFz")
-        << "half a set";
 }
 
 TEST(DString, KeepsWhatItHoldsAndItsRoom)
