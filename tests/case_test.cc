@@ -181,6 +181,11 @@ TEST_F(CaseConversion, LengthsBeyondTheTextMeanTheText)
             EXPECT_EQ(str_ToUpper(Guarded("abc").c_str(), length, &outLen, &cs), upper) << set;
             EXPECT_EQ(outLen, upper.size()) << set << " " << length;
         }
+    const CSDescriptor cs = DescriptorOf("UTF8");
+    int length = 4711;
+    EXPECT_EQ(str_ToUpper("caf\xC3\xA9", 4, &length, &cs), nullptr) << "half a character";
+    EXPECT_EQ(length, 4711);
+    EXPECT_STREQ(str_ToUpper("\u0345\u0301", 2, &length, &cs), "\u0399") << "no mark in reach";
 }
 
 // Every length, so that the NUL comes to the end of every buffer.
@@ -192,15 +197,6 @@ TEST_F(CaseConversion, TheBufferHasRoomForTheNulWhateverTheTextEndsWith)
         EXPECT_EQ(Upper(text, DescriptorOf("IA5")), std::string(2 * length, 'S'));
         EXPECT_EQ(Upper(kept, DescriptorOf("ISO-2022-JP")), kept);
     }
-}
-
-TEST_F(CaseConversion, OfUtf8SeesWholeCharactersInReach)
-{
-    const CSDescriptor cs = DescriptorOf("UTF8");
-    int length = 4711;
-    EXPECT_EQ(str_ToUpper("caf\xC3\xA9", 4, &length, &cs), nullptr) << "half a character";
-    EXPECT_EQ(length, 4711);
-    EXPECT_STREQ(str_ToUpper("\u0345\u0301", 2, &length, &cs), "\u0399") << "no mark in reach";
 }
 
 } // namespace

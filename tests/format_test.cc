@@ -98,8 +98,6 @@ std::string RandomFormat()
     return format + RandomText();
 }
 
-double RandomValue() { return std::ldexp(Below(1000000), static_cast<int>(Below(60)) - 40); }
-
 TEST(Print, EqualsSnprintf)
 {
     std::vector<char> expected(1 << 16), room(1 << 16);
@@ -109,8 +107,8 @@ TEST(Print, EqualsSnprintf)
         const int byte = static_cast<int>(theRandom() | 1), half = static_cast<int>(theRandom());
         const int width = byte % 50, precision = static_cast<int>(Below(60)) - 20;
         const auto number = static_cast<long>(theRandom() * uint64_t{theRandom()});
-        const double real = RandomValue();
-        const long double longReal = static_cast<long double>(RandomValue()) / 3;
+        const double real = std::ldexp(Below(1000000), static_cast<int>(Below(60)) - 40);
+        const long double longReal = static_cast<long double>(real) / 3;
         const auto print = [&](auto function, auto... destination) {
             return function(destination..., format.c_str(), byte, number, real, first.c_str(),
                             width, half, longReal, precision, second.c_str());

@@ -13,29 +13,19 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
-// What the next call of these names fails with; 0 when it succeeds.
-int theFsyncError, theChownError;
-static off_t theSyncedLength; // of the file that fsync was called for last
+static int theFsyncError; // of the next call; 0 when it succeeds
+static off_t theSyncedLength;
 
-static int FailsWith(int &error) { return (errno = std::exchange(error, 0)) != 0 ? -1 : 0; }
-
-// These come before the C library's.
+// Comes before the C library's.
 extern "C" int fsync(int fd)
 {
     theSyncedLength = lseek(fd, 0, SEEK_END);
-    return FailsWith(theFsyncError);
-}
-
-extern "C" int fchownat(int fd, const char *path, uid_t owner, gid_t group, int flags) noexcept
-{
-    if (FailsWith(theChownError) != 0)
-        return -1;
-    return static_cast<int>(syscall(SYS_fchownat, fd, path, owner, group, flags));
+    errno = std::exchange(theFsyncError, 0);
+    return errno != 0 ? -1 : 0;
 }
 
 namespace

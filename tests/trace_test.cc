@@ -79,9 +79,7 @@ std::string Shown()
     return shown;
 }
 
-class Traces : public CaseTableTest
-{
-};
+using Traces = CaseTableTest;
 
 TEST_F(Traces, TellEveryEntryAndExit)
 {
