@@ -5,7 +5,6 @@
 #include "services/ccs/sets.h"
 #include "tests/support/casetable.h"
 #include "tests/support/samples.h"
-#include "tests/support/test.h"
 
 #include <glib.h>
 

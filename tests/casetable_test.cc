@@ -2,7 +2,6 @@
 //
 // Case tables: the language of the sources, the compiled files, the registry and publishing.
 #include "tests/support/casetable.h"
-#include "tests/support/test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

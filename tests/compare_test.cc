@@ -5,7 +5,6 @@
 #include "str/core/upshift.h"
 #include "tests/support/casetable.h"
 #include "tests/support/samples.h"
-#include "tests/support/test.h"
 
 #include <deque>
 #include <glib.h>

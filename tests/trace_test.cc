@@ -2,7 +2,6 @@
 //
 // What each export traces: its entry and its exit, around those of the exports that it calls.
 #include "tests/support/casetable.h"
-#include "tests/support/test.h"
 
 #include <sstream>
 

@@ -4,7 +4,6 @@
 // than those of the default services.
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
-#include "tests/support/test.h"
 
 #include <utility>
 

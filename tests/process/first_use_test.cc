@@ -2,7 +2,6 @@
 //
 // The first use of a set, which compiles its table, when processes get in each other's way.
 #include "tests/support/casetable.h"
-#include "tests/support/test.h"
 
 #include <platform/lkf.h>
 #include <sys/mman.h>

@@ -6,10 +6,7 @@
 
 #include "tests/support/home.h"
 #include "tests/support/rules.h"
-#include "tests/support/sinks.h"
-
-#include <gtest/gtest.h>
-#include <platform/os.h>
+#include "tests/support/test.h"
 
 class CaseTableTest : public testing::Test, protected Sinks
 {

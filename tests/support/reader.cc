@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/support/text.h"
+#include "tests/support/test.h"
 
 #include <array>
-#include <map>
-#include <utility>
 
 namespace
 {
