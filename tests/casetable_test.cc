@@ -123,6 +123,8 @@ const std::pair<std::string, std::string> kSources[] = { // the source, its rule
     {"T C x\na=A" + Repeat(" ", 77) + "\n=", Refused(STR_ESC_NO_LEFT_SIDE, 4)},
     {"T C x\n" + Repeat("a=A ", 1 << 18) + "\n=", Refused(STR_ESC_NO_LEFT_SIDE, 13110)},
     {"T C x\na=" + Repeat("x", 1 << 20), Refused(STR_ESC_RIGHT_TOO_LONG, 2)},
+    {"T C x\na=" + Repeat("x", 20), Refused(STR_ESC_RIGHT_TOO_LONG, 2)},
+    {"T C x\n" + Repeat("x", 20) + "=a", Refused(STR_ESC_LEFT_TOO_LONG, 2)},
     {"T C x\n" + Repeat("ab=A\n", 32768), Refused(OS_ESC_MEMORY, 32769)},
     {"T C x\n" + Repeat("a=AB\n", 32767), "X 61>00" + Repeat(" 61:4142", 32767)},
 };

@@ -91,6 +91,7 @@ TEST_F(Services, WhatCannotBeHadIsAnEscape)
     }
     os_fclose(os_fopen("~/link", "w"));
     EXPECT_TRUE(S_ISREG(StatusOf("link").st_mode)) << "a file that replaces it";
+    EXPECT_EQ(Escaped([] { os_fdopen(dup(0), "?"); }), OS_ESC_FILE) << "and it is closed";
     void *block = os_realloc(os_malloc(0), 0);
     EXPECT_EQ(Escaped([&] { block = os_realloc(block, SIZE_MAX / 2 + 1); }), OS_ESC_MEMORY);
     os_free(os_realloc(block, 100)); // it is still there
@@ -197,6 +198,9 @@ TEST_F(LockFile, IsReleasedByItsHandleAloneAndTheReasonOfARefusalLoggedOnce)
     EXPECT_EQ(Refusal(LKF_SHARED) + Refusal(LKF_SHARED), 2 * (LKF_ESC_TIMEOUT % 100));
     EXPECT_EQ(Sinks::logged, "0 " + home.PathOf("sys/toupper.lk") +
                                  " cannot be locked: " + er_GetCodeText(LKF_ESC_TIMEOUT) + "\n");
+    for (const char *path : {"~/none/file", "~/none/file", "~/sys", "~/none/file"})
+        EXPECT_EQ(Escaped([=] { lkf_LockFile(LKF_SHARED, path); }), OS_ESC_FILE);
+    EXPECT_EQ(std::count(Sinks::logged.begin(), Sinks::logged.end(), '\n'), 4);
     lkf_UnLockFile(second);
 }
 

@@ -5,6 +5,8 @@
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 
 namespace
@@ -123,6 +125,7 @@ class EveryCall : public CaseTableTest
     int Run(const Work &work)
     {
         home.Remove("toupper/100.b");
+        umask(022);
         theAnswer.clear();
         logged.clear();
         static bool environmentIsOurs;
@@ -136,6 +139,7 @@ class EveryCall : public CaseTableTest
         EXPECT_TRUE(environmentIsOurs);
         EXPECT_TRUE(theAnswer == "1" || IsClear(theRecord));
         EXPECT_EQ(er_GetLive(), 0);
+        EXPECT_EQ(umask(022), 022U);
         EXPECT_TRUE(os_fexists("~/toupper/100.b") == 0 ||
                     home.Read("toupper/100.b") == home.Read("toupper/101.b"));
         str_FreeCTEntry(&theRecord);
