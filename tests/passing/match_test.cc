@@ -11,7 +11,7 @@
 namespace
 {
 
-const CSDescriptor kMail = DescriptorOf("ISO-2022-JP");
+constexpr CSDescriptor kMail = {1001, 1}; // ISO-2022-JP
 
 using Symbol = std::pair<char, uint16_t>; // a byte and its set
 
