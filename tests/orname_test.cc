@@ -40,6 +40,7 @@ const struct { const char *name, *fields; } kNames[] = {
     {"/S=\x1B$B$/\x1B(B/G=\x0E/\x0F/O=\x1Bn//\x0F",
      "t0=\x1Bn//\x0F|t5=\x1B$B$/\x1B(B|t6=\x0E/\x0F|"},
     {"S=\"\x1B$(B\"\"\x1B(J;\"; C=a", "9=a|t5=\x1B$(B\"\"\x1B(J;|"},
+    {"/S=\x1B /F/G=x", "6=x|t5=\x1B /F|"},
     {"/ADMD= /S=/G=\"\"", "5=|6=|10=|"}, {"S=\x1B$B;G=x", "t5=\x1B$B;G=x|"},
     {"C=GB; C=DE; S=x", "9=GB|!"}, {"S=\xE9; S=\xE8", "t5=\xE9|!"}, {"S=\"a; G=b", "!"},
     {"DDA:=v", "!"}, {"C=a; X=x; S=y", "9=a|!"}, {"C=GB;; S=y", "9=GB|!"}, {"S=\x1B", "t5=\x1B|"},

@@ -77,6 +77,7 @@ TEST(Conversion, GoesByTheForms)
     }
     EXPECT_EQ(Convert("\0a\0b", 3, "UCS2", "UCS2,8"), std::nullopt) << "half a character";
     EXPECT_EQ(Convert("abc", 2, "UCS2,8", "UCS2"), "\0a\0b"s) << "a limit";
+    EXPECT_EQ(Convert("abc", 0, "UCS2,8", "UCS2"), "");
     EXPECT_EQ(Convert("\u0345\u0301", 2, "UCS2,8", "UCS2UP,8"), "\u0399") << "for marks too";
     EXPECT_EQ(Convert(nullptr, -1, "UCS2,8", "UCS2"), std::nullopt);
 }
