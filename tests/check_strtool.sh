@@ -92,6 +92,7 @@ row 0 $'A\e$B$"\n\e$B$$\e(BB' split "${jp[@]}" --columns 2 "$text"
 row 0 $'Aあ\nいB' split "${jp[@]}" --bytes 4 --utf8-out "$text"
 row 0 $'\nab\nab\ncde' split --columns 2 '' ab abcde
 row 0 $'A\nあ\nい\nx' split "${jp[@]}" --all --columns 1 --utf8-out 'A\e$B$"$$\e(B' x
+# shellcheck disable=SC2086 # words
 for bad in '' '--columns 1 --bytes 1'; do like 2 'strtool: split takes *' split $bad a; done
 row 0 $'A\e$B$"\e(BB' cat "${jp[@]}" 'A\e$B$"' B
 row 0 'aя[x,y]' cat --charset iso-8859-5 --utf8-in --utf8-out a я '[x,y]'
