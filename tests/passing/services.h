@@ -23,8 +23,10 @@ extern Failure failure;
 inline constexpr int kCode = 4711; // of those escapes
 
 extern std::optional<int> nonsense; // what services that return a length return
-extern std::string
-    converted; // the last request for a conversion: "12 0 from>to", or the mode of escapes
+
+// The last request for a conversion, "12 0 from>to"; or the mode of the last request for escapes.
+extern std::string converted;
+
 extern uint32_t moreFlags; // of every set, beyond those that it has
 
 // What was given out and has not come back.
