@@ -20,7 +20,8 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) && !defined(STR_NO_VECTOR)
+#define STR_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -47,7 +48,7 @@ inline uint64_t LoadWord(const char *at, size_t avail)
     return word;
 }
 
-#if defined(__SSE2__)
+#if defined(STR_SSE2)
 
 inline constexpr unsigned int kSize = 16;
 using Block = __m128i;

@@ -10,6 +10,10 @@ add_library(str_headers INTERFACE)
 target_include_directories(str_headers INTERFACE ${PROJECT_SOURCE_DIR}
                                                  ${PROJECT_SOURCE_DIR}/include)
 
+if(STR_NO_VECTOR)
+    target_compile_definitions(str_headers INTERFACE STR_NO_VECTOR)
+endif()
+
 add_library(str_warnings INTERFACE)
 target_compile_options(str_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wcast-qual

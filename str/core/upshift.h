@@ -6,7 +6,7 @@
 
 #include <str/case.h>
 
-#include "str/core/bytemap.h"
+#include "base/bytemap.h"
 #include "str/core/case_record.h"
 
 namespace libstr

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A map of 256 bytes applied to many bytes at once.  A byte whose entry is 0 ends a run.
-#ifndef STR_CORE_BYTEMAP_H
-#define STR_CORE_BYTEMAP_H
+#ifndef BASE_BYTEMAP_H
+#define BASE_BYTEMAP_H
 
 #include <cstddef>
 #include <cstdint>
