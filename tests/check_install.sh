@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# check_install.sh CMAKE BUILD_DIR SOURCE_DIR: installs the build into a scratch folder and builds the
-# examples against that, with the shared libraries and then with the archives. Each prints what the
-# comment at its end says, and holds the code that is quoted from it. The installed case tables are
-# found, also after the folder was moved.
+# check_install.sh CMAKE BUILD_DIR SOURCE_DIR: installs the build into a scratch folder. Builds the
+# examples against that in several ways, with the shared libraries and then with the archives. Each
+# prints what the comment at its end says: so a host's services come first, however it is linked.
+# Each holds the code that is quoted from it. The installed case tables are found, also after the
+# folder was moved.
 set -euo pipefail
 unset DESTDIR STR_HOME
 cmake=$1 build=$2 source=$3
@@ -27,7 +28,7 @@ home=$(dirname "$(find "$prefix" -path '*/share/*' -name toupper)")
 [[ $(find "$home" -name '*.s' | wc -l) == $(find "$home" -name '*.b' | wc -l) ]] ||
     fail 'tables that are not compiled'
 "$strtool" init-home "$prefix/home" | grep -qxF "export STR_HOME='$prefix/home'"
-[[ $(stat -c %a "$prefix/home/sys/toupper.lk") == 666 ]] || fail 'a home without a lock for everybody'
+[[ $(stat -c %a "$prefix/home/sys/toupper.lk") == 666 ]] || fail 'a lock file not for everybody'
 
 quoted() { # EXAMPLE FILE: the code that follows the example's name in the file
     awk -v mark="examples/$1[)]?:\$" '$0 ~ mark { on = 1; next }
@@ -37,15 +38,25 @@ quoted() { # EXAMPLE FILE: the code that follows the example's name in the file
 code() { sed 's|/\*.*\*/||; s/^ *//; s/ *$//; /^$/d' "$@"; } # without comments and indentation
 said() { sed '1,/^\/\* prints:$/d; /^ \*\/$/d; s/^ \* //' "$source/examples/$1.c"; } # EXAMPLE
 
+# shellcheck disable=SC2086 # the flags are lists
+compile() { $CC $CFLAGS -std=c11 -O2 -Wall -Wextra -pedantic -Werror "$@" $LDFLAGS; } # OPTION...
+modes=('-fpie -pie' '-fno-pie -no-pie')
+if compile -flto -x c - -o "$prefix/empty" <<<'int main(void) { return 0; }' 2>/dev/null; then
+    modes+=("${modes[@]/%/ -flto}")
+else
+    echo 'this compiler cannot link with -flto: examples with it are left out'
+fi
 for kind in shared static; do
     [[ $kind == shared ]] || { option=(--static) && rm "$libdir"/lib*.so; }
     for example in "$source"/examples/*.c; do
         name=$(basename "$example" .c)
-        # shellcheck disable=SC2046,SC2086 # the flags are lists
-        $CC $CFLAGS -std=c11 -Wall -Wextra -pedantic -Werror "$example" -o "$bindir/$name-$kind" \
-            $LDFLAGS $(pkg-config "${option[@]}" --cflags --libs libstr)
-        shown=$(LD_LIBRARY_PATH=$libdir "$bindir/$name-$kind")
-        [[ -n $shown && $shown == "$(said "$name")" ]] || fail "$name-$kind: shown:" "$shown"
+        for mode in "${modes[@]}"; do
+            # shellcheck disable=SC2046,SC2086
+            compile $mode "$example" -o "$bindir/$name-$kind" \
+                $(pkg-config "${option[@]}" --cflags --libs libstr)
+            shown=$(LD_LIBRARY_PATH=$libdir "$bindir/$name-$kind")
+            [[ -n $shown && $shown == "$(said "$name")" ]] || fail "$name-$kind $mode: $shown"
+        done
         grep -rlE "examples/$name.c[)]?:\$" "$source"/{include,README.md} >"$prefix/quoting" ||
             fail "$example: quoted nowhere"
         while read -r file; do
