@@ -40,10 +40,10 @@ like 2 "strtool: *'klingon'*strtool sets*" width --charset klingon a
 for bad in '\q' '\x4' '\xg0' 'end\'; do like 2 'strtool: *backslash*' width good "$bad"; done
 "$strtool" sets >/dev/full 2>/dev/null
 [[ $? == 1 ]] || fail 'a full device must give 1'
-for verb in width 'truncate --bytes 1' 'split --all --columns 1' 'find a' upper 'match y' transform inspect; do
+for verb in width 'split --all --columns 1' 'find a' upper transform inspect; do
     # shellcheck disable=SC2086 # words
     message=$(yes | timeout 10 "$strtool" $verb 2>&1 >/dev/full)
-    [[ $? == 1 && $message == 'strtool: standard output: '* ]] || fail "$verb goes on without its output"
+    [[ $? == 1 && $message == 'strtool: standard output: '* ]] || fail "$verb goes on: $message"
 done
 "$strtool" cmp a a >/dev/full 2>&1
 [[ $? == 2 ]] || fail 'cmp cannot tell on a full device'
@@ -53,7 +53,6 @@ like 0 '*87 *JIS X 0208 * 2 * ESC $ B *case*' sets
 row 0 $'2\n3\n0\n2' width ab '\e\n\t' '' '\x41\\'
 row 0 $'5\n5\n2\n3\n4' width -- '[a,b]' width '{}' '-x-' '%%%%'
 row 0 4 width --charset ISO-2022-JP --utf8-in $'AあいB'
-row 0 4 width --charset t.61 --utf8-in $'René'
 like 1 $'1\nstrtool: text 2: *é*ISO-8859-5*' width --charset ISO-8859-5 --utf8-in a $'xé'
 like 1 'strtool: text 1: byte 2 *' width --utf8-in 'a\xFF'
 like 1 'strtool: text 1: *JIS X 0208' width --charset 'JIS X 0208' --utf8-in a
@@ -81,14 +80,12 @@ like 0 $'*\e[[]2m\\\\e(B\e[[]0m*' inspect --color always --charset t.61 '\e(B'
 
 # ---- truncate, split, cat, find
 jp=(--charset iso-2022-jp) text='A\e$B$"$$\e(BB'
-row 0 A truncate "${jp[@]}" --bytes 3 "$text"
 row 0 $'A\e$B$"' truncate "${jp[@]}" --bytes 7 "$text"
 row 0 $'A\e$B$"$$\e(BB' truncate "${jp[@]}" --bytes 2147483647 "$text"
 row 0 $'Aあ\nB' truncate "${jp[@]}" --bytes 7 --utf8-out "$text" B
 row 0 $'aé\n\xE4' truncate --bytes 5 $'aé世' '\xE4'
 like 1 $'strtool: text 1: *byte 2 *raw*\nb' truncate --bytes 9 --utf8-out 'a\xE4' b
-for bad in -1 08x '[1]' 2147483648 ''; do like 2 'strtool: *--bytes*' truncate --bytes "$bad" a; done
-row 0 $'A\e$B$"\n\e$B$$\e(BB' split "${jp[@]}" --columns 2 "$text"
+for bad in -1 08x '[1]' 2147483648; do like 2 'strtool: *--bytes*' truncate --bytes "$bad" a; done
 row 0 $'Aあ\nいB' split "${jp[@]}" --bytes 4 --utf8-out "$text"
 row 0 $'\nab\nab\ncde' split --columns 2 '' ab abcde
 row 0 $'A\nあ\nい\nx' split "${jp[@]}" --all --columns 1 --utf8-out 'A\e$B$"$$\e(B' x
@@ -101,13 +98,13 @@ row 0 $'1\n0' find '[' 'a[b' '[,]'
 for bad in '' ab é; do like 2 'strtool: *not one byte*' find "$bad" a; done
 
 # ---- match, transform
-input='A\e$B$"$$\e(BB\nA*B\n\e$B$*\e(B\n'
+input='A\e$B$"$$\e(BB\nA*B\n'
 row 0 $'A\e$B$"$$\e(BB\nA*B' match "${jp[@]}" --wildcard '*' 'A*B'
 row 0 $'AあいB' match "${jp[@]}" --utf8-pattern --utf8-out '\x1Fあ\x1F'
-row 0 $'お' match "${jp[@]}" --utf8-out --wildcard '*' '\e$B$*\e(B'
 texts=({▲,△,あ,い}{▲,△,あ,い}{,▲,△,あ,い}) # 0x2222, 0x2224, 0x2422, 0x2424
+texts+=(お あお) # 0x242A, whose last byte is that of *
 input=$(printf '%s\\n' "${texts[@]}")
-for pattern in \*{▲,△,あ,い}{,▲,△,あ,い}{,\*,\*い\*,\*\*△}; do
+for pattern in お \*{▲,△,あ,い,お}{,▲,△,あ,い}{,\*,\*い\*,\*\*△}; do
     # shellcheck disable=SC2053 # a pattern
     matching=$(for text in "${texts[@]}"; do [[ $text != $pattern ]] || echo "$text"; done)
     for set in iso-2022-jp euc-jp; do
@@ -124,13 +121,13 @@ row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
 like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
 for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
 
-for bad in 'width a\x00b' 'find \x00 a' 'match a\x00b a' 'transform --drop a\x00b a' 'printf a\x00b'; do
+for bad in 'width a\x00b' 'find \x00 a' 'match a\x00b a' 'transform --drop a\x00b a' \
+    'printf a\x00b'; do
     # shellcheck disable=SC2086 # words
     like 1 'strtool: *byte [12] is NUL*' $bad
 done
 
 # ---- printf
-row 0 $'x=7\ny=abc' printf 'x=%d\ny=%s' 7 abc
 row 0 'abc -7 0.50 |ffff|99 100%%' printf -- '%2$s %1$d %4$.2f |%3$hx|%5$ld 100%%' -7 abc -1 .5 99
 row 0 '件名: 会議 (3)' printf "${jp[@]}" --utf8-in --utf8-out '件名: %s (%d)' 会議 3
 row 0 $'[\e$B$"\e(B]' printf "${jp[@]}" '[%s]' '\e$B$"'
@@ -159,7 +156,7 @@ export STR_HOME=$home/a
 row 0 $'A\e$B#A\e(B\\' upper "${jp[@]}" 'a\e$B#a\e(B\\'
 row 0 $'\xC2E\n\xE9' upper --charset t.61 '\xC2e' '\xF9'
 row 0 'É ß' upper --charset iso-8859-1 --utf8-in --utf8-out 'é ß'
-{ yes a | head -n 50000; mv "$home"/{a,b}; echo a; } | "$strtool" upper --charset ia5 >/dev/null 2>&1 ||
+{ yes a | head -n 50000; mv "$home"/{a,b}; echo a; } | "$strtool" upper --charset ia5 &>/dev/null ||
     fail 'upper: a table is looked up more than once'
 mv "$home"/{b,a}
 STR_HOME=$home/none
@@ -168,8 +165,8 @@ like 1 $'strtool: text 1: *JIS X 0208*'"$home/none"$'*init-home*STR_HOME*' \
     upper --charset 'JIS X 0208' '#a'
 
 # ---- cmp, cmp-names: 2 where there is nothing to compare with
-row 2 "strtool: text 1: there is no case table for IA5 in the service home $home/none: 'strtool init-home' \
-makes a home, and STR_HOME says where it is" cmp --ignore-case --charset2 utf8 --charset ia5 a a
+like 2 "strtool: text 1: there is no case table for IA5 in the service home $home/none: *" \
+    cmp --ignore-case --charset2 utf8 --charset ia5 a a
 like 2 'strtool: there is no case table for IA5*' cmp-names 'S=a' 'S=b' --attributes S
 STR_HOME=$home/a
 row 1 '!=' cmp "${jp[@]}" --utf8-in あ あい
@@ -186,7 +183,7 @@ row 1 '>' cmp-names '/C=GB/S=b/' '/C=GB/S=a/' --attributes C,S
 row 0 = cmp-names 'S=a; S=\xE1' 'S=b; S=\xE1' --any-charset --attributes S
 unset STR_HOME
 
-cd "$home" || exit 1
+cd "$home" && export TMPDIR=$home || exit 1
 printf 'T C latin1\na=A \\xDF=SS \\xE9 -> \\xC9\nb=B bc=DE bx=bx\n' >1.s
 printf '#%-179d\nT C x\na=A  # note\n' 0 >2.s # its first line is read in three pieces
 printf '\n' >3.s
@@ -221,7 +218,8 @@ head -c 444 1.b >cut.b
 { head -c 8 1.b; printf '\1'; tail -c +10 1.b | tr b c; echo; } >odd.b
 row 1 'strtool: cut.b: the compiled case table ends too early
 strtool: odd.b: this is not a compiled case table of this version
-strtool: Failed to open file “4.b”: No such file or directory' casetable check 1.s 1.b cut.b odd.b 4.b
+strtool: Failed to open file “4.b”: No such file or directory' \
+    casetable check 1.s 1.b cut.b odd.b 4.b
 like 1 $'*\n  odd: cut short: the trails of b, 5 of 6 bytes' casetable dump cut.b
 like 1 '*
   odd: reserved bytes of the header are not 0
@@ -230,8 +228,7 @@ like 1 '*
 like 1 '*cut short: the expansions, * of 4294967298 bytes*' casetable dump many.b
 like 1 $'2.s: *\n  odd: this is not a compiled case table*' casetable dump 2.s
 like 2 'strtool: *' casetable compile 1.s 2.s -o 1.b
-[[ -z $(find . -name '.casetable*') ]] || fail 'casetable: temporary files are left'
-cd - >/dev/null || exit 1
+[[ -z $(find . -name 'casetable-*') ]] || fail 'casetable: temporary files are left'
 
 # ---- The samples: nothing raw, nothing that cannot be decoded
 for file in "$samples"/*.txt; do

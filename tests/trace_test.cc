@@ -70,10 +70,8 @@ std::string Shown()
     std::istringstream lines(Sinks::traced);
     std::string shown;
     for (std::string line; lines >> line;) {
-        const bool isOfClass19 = line[1] == '9';
-        shown += line[2] == '+' ? line.substr(7) + (isOfClass19 ? "(" : "[")
-                 : isOfClass19  ? ")"
-                                : "]";
+        const bool enters = line[2] == '+';
+        shown += (enters ? line.substr(7) : "") + (line[1] == '9' ? ")(" : "][")[enters];
     }
     return shown;
 }

@@ -18,28 +18,24 @@ namespace
 [[noreturn]] void Raise(int escapeClass) { er_TracedEscape(escapeClass, 7, "tests/frame", 1); }
 
 // Stores of every sort, the last right before the escape and none of them read again by the body.
-struct Held {
+void StoresSurviveTheEscape()
+{
     bool open = false;
     int count = 0;
     char buffer[32] = {};
-};
-
-void StoresSurviveTheEscape()
-{
-    Held held;
     auto body = [&] {
-        held.open = true;
-        held.count += 2;
-        for (char &c : held.buffer)
+        open = true;
+        count += 2;
+        for (char &c : buffer)
             c = 'x';
-        held.count += 40;
+        count += 40;
         Raise(3);
     };
     frame::Protect("", frame::Accept(3), body, [&] {
-        CHECK(held.open && held.count == 42 && held.buffer[31] == 'x');
-        held.open = false;
+        CHECK(open && count == 42 && buffer[31] == 'x');
+        open = false;
     });
-    CHECK(!held.open && held.count == 42);
+    CHECK(!open && count == 42);
 }
 
 // What each verdict makes of an escape of class `escapeClass`: 1 when it was swallowed, 2 when it
