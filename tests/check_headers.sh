@@ -14,8 +14,8 @@ for header in include/str/*.h platform/*.h services/services.h; do
 done
 
 includes() { # FOLDER DIRECTORY...: the lines in the directories that include from the folder
-    grep -rnE "#[[:space:]]*include[[:space:]]*[\"<]([^\">]*/)?$1/" --include='*.h' --include='*.cc' \
-        "${@:2}" || (($? == 1))
+    local line="#[[:space:]]*include[[:space:]]*[\"<]([^\">]*/)?$1/"
+    grep -rnE "$line" --include='*.h' --include='*.cc' "${@:2}" || (($? == 1))
 }
 # Neither the library nor a contract knows the services or the tool.
 found=$(includes '(services|tools)' str platform include)

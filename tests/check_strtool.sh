@@ -33,7 +33,6 @@ differs() { fail "strtool ${*:3}" "expected [$1]:" "$2" "shown [$shown_status]:"
 # ---- The command line
 like 0 'strtool [0-9]*.[0-9]*' --version
 like 0 '*inspect*' --help
-like 0 '*--charset*' width --help
 for family in '' casetable; do like 2 "strtool: 'nosuch'*" $family nosuch a; done
 like 2 'strtool: *' inspect --color=blue a
 like 2 "strtool: *'klingon'*strtool sets*" width --charset klingon a
@@ -117,7 +116,7 @@ row 0 é match --charset iso-8859-1 --utf8-in --utf8-out '\x1Fé' é e
 like 2 'strtool: PATTERN: *é*IA5*' match --charset ia5 --utf8-pattern é a
 row 0 $'a&lt;e\eAc' transform --replace '<=&lt;' --replace é=e --escape ^ --drop '~' 'a<é^1~bc'
 row 0 $'(a<b)=x[y' transform --prefix --replace '<=[' '(a<b)=x<y' ''
-row 0 $'y=z]' transform --replace '[=]' --replace 'x=y=z' 'x['
+row 0 $'y=z\n\t]' transform --replace '[=]' --replace 'x=y=z' 'x\n\t['
 like 1 $'strtool: text 1: byte 2 *\nb' transform 'a\xFF' b
 for bad in '' '<' =x '\xFF=a'; do like 2 'strtool: --replace: *' transform --replace "$bad" a; done
 

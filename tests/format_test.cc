@@ -142,14 +142,12 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         {Printed("UTF8", "%d$ %s$%%$%d", 5, "x", 6), "5$ x$%%$6"}, // a '$' that is text
         {Printed("UTF8", "%1$*1$d", 3), "  3"}, // one int, used twice
         {Printed("UTF8", "%1$d %2$*1$d", 3, 7), "3   7"}, // by two directives
-        {Printed("UTF8", "%:$d%2$d%4$d%9$d%1$d", 1, 2, 3, 4, 5), "52341"}, // ':' is 10
         {Printed("UTF8", "%.*s|%*s|", INT_MAX, "a", INT_MIN + INT_MAX - 2, "b"), "a|b  |"},
         {Printed("UTF8", "%s|%.5s|%8s|%.6s", none, none, none, none), "(null)||  (null)|(null)"},
         {Printed("UTF8", "a%cb%3cc%-3cd", 0, 0, 0), "ab  cd"}, // up to the NUL
         {Printed("UTF8", "%P|%20P|%-20P|%P", at, at, at, none), address},
         {Printed("UTF8", "ab%ncd%hhn%*n%d", n, n, 9, n, 5), "abcd5"},
         {Printed("UTF8", ""), "nothing"},
-        {Printed("UTF8", "%s%n", "", none), "nothing"},
         {Printed("ISO-8859-1", "%d%%", 5), "5%"}, // vsprintf
         {Printed("ISO-8859-1", ""), ""}, // with its results
         {Printed("ISO-2022-JP", "\x1B$B%7%d\x1B(B %d", 5), "\x1B$B%7%d\x1B(B 5"}, // no directives
@@ -164,8 +162,7 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         {Printed("UTF8", "%1$d %1$s", "x"), "%1$d x"}, // the number is taken again
         {Printed("UTF8", "%2$*1$d %1$s", "x", 2), "%2$*1$d x"}, // no int for the width
         {Printed("UTF8", "%1$s %2$*1$d", 3, 2), "%1$s   2"}, // the string is the width
-        {Printed("UTF8", "%0$d %b$d %*0$d", 1, 2, 3), "%0$d %b$d %*0$d!"}, // misnumbered
-        {Printed("UTF8", "%-$d%/$d%*/$d%.*b$d", 1, 2, 3), "%-$d%/$d%*/$d%.*b$d!"},
+        {Printed("UTF8", "%0$d%b$d%*/$d%.*b$d", 1, 2, 3), "%0$d%b$d%*/$d%.*b$d!"}, // misnumbered
         {Printed("UTF8", "%a$d%A$d%:$d", 1, 2, 3), "321"}, // 49, 17, 10
         {Printed("UTF8", "%d%-5", 1), "1%-5!"}, // cut off
         {Printed("ISO-2022-JP", "%hl.\x1B$B$\"\x1B(Bd%d", 1), "%hl.\x1B$B$\"\x1B(Bd1!"},

@@ -57,7 +57,6 @@ const struct {
     {[] { str_simplesprintf(&jp, room, "%d", 1); }, "simplesprintf()"},
     {[] { str_simpleprintf(&jp, "%n", nullptr); }, "simpleprintf()"},
     {[] { str_simplefprintf(&jp, stdout, "%n", nullptr); }, "simplefprintf()"},
-    {[] { str_simplefprintf(&latin, stdout, "%s", ""); }, "simplefprintf()"},
     {[] { str_CompileCaseTable("~/none", "~/none.b", &record); }, "CompileCaseTable()"},
     {[] { str_LoadCaseTable("~/none.b", &record); }, "LoadCaseTable()"},
     {[] { str_InitCaseTables(&jp); }, "InitCaseTables[CompileCaseTable()]"},
