@@ -8,10 +8,6 @@
 
 #include <glib.h>
 
-#include <filesystem>
-#include <sstream>
-#include <utility>
-
 using namespace libstr;
 
 namespace
@@ -46,9 +42,7 @@ std::map<char32_t, std::string> CodesOf(const ccs::SetRow &set, unsigned half)
     std::map<char32_t, std::string> codes;
     const bool isMarked = set.units == ccs::Units::marked;
     for (unsigned code = 0x21; code < (isMarked || set.bytes == 2 ? 0x10000 : 0x100); ++code) {
-        if (code < 0x100 ? set.right == 0 && code >= 0x80
-            : isMarked   ? code < 0xC100 || code >= 0xD000
-                         : (code & 0x8080) != half)
+        if (code < 0x100 ? set.right == 0 && code >= 0x80 : !isMarked && (code & 0x8080) != half)
             continue;
         std::string bytes = {static_cast<char>(code >> 8), static_cast<char>(code)};
         bytes.erase(0, code < 0x100 ? 1 : 0);
