@@ -8,9 +8,7 @@
 #include "tests/support/rules.h"
 #include "tests/support/test.h"
 
-class CaseTableTest : public testing::Test, protected Sinks
-{
-  protected:
+struct CaseTableTest : testing::Test, Sinks {
     ~CaseTableTest() override { ReleaseTables(); }
 
     // Nothing is registered, attached or in the work area then.

@@ -97,8 +97,8 @@ inline bool IsClear(const CaseTableRecord &record)
     return std::memcmp(&record, &clear, sizeof clear) == 0;
 }
 
-// Releases what was compiled or loaded.  Returns its rules, or the code of the fault when it was not
-// `done`; the record must be clear then.
+// Releases what was compiled or loaded, and returns its rules.  When it was not `done`, returns the
+// code of the fault; the record must be clear then.
 inline std::string TakeRules(bool done, CaseTableRecord *record)
 {
     const std::string rules = done ? RulesOf(*record) : std::to_string(er_GetLastCode());
