@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Sample text for every set of the table, read by the service and, independently, by iconv.
-#include "services/ccs/sets.h"
 #include "tests/support/samples.h"
-#include "tests/support/test.h"
 
 using namespace libstr;
 

@@ -179,8 +179,7 @@ struct Reader {
         if (sequence[0] != '\x1B' || sequence.size() < 2 || final < 0x30)
             return;
         if (sequence[1] == '%') {
-            const bool isKnown = sequence.size() == 3 && (final == '@' || final == 'G');
-            code.coding = isKnown ? final : '?';
+            code.coding = sequence == "\x1B%@" || sequence == "\x1B%G" ? final : '?';
             return;
         }
         const size_t shift = std::string_view("no~}|").find(final);

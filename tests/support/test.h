@@ -136,8 +136,8 @@ class LongText
 
 CSDescriptor DescriptorOf(const char *setName);
 
-// "6x5 -x3 87x14": kind and bytes of each segment; - is CS_SEG_IGNORE, ? is CS_SEG_RAW.  Checks that
-// all services find the same ones.
+// "6x5 -x3 87x14": kind and bytes of each segment; - is CS_SEG_IGNORE, ? is CS_SEG_RAW.  Checks
+// that all services find the same ones.
 std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
 std::string Notation(uint16_t kind, unsigned int length);
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/test.h"
 
-#include "tests/support/samples.h"
-
 #include <glib.h>
 
 #include <tuple>
@@ -76,17 +74,6 @@ std::optional<std::u32string> Decode(const char *iconvName, std::string_view byt
     std::memcpy(text.data(), decoded, size);
     g_free(decoded);
     return text;
-}
-
-const char *IconvNameOf(const Sample &sample)
-{
-    ccs_SetInfo info;
-    for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i)
-        if (info.name == std::string_view(sample.set)) {
-            const bool switches = sample.bytes.find('\x1B') != sample.bytes.npos;
-            return info.number == 103 && switches ? nullptr : info.iconvName; // T.61 as T.61 alone
-        }
-    return nullptr;
 }
 
 namespace
