@@ -15,7 +15,9 @@ TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
     std::mt19937 random(TestSeed());
     for (int round = 0; round < 40000 && !HasFailure(); ++round) {
         const char *set = kCodes[random() % std::size(kCodes)];
-        const CSDescriptor cs = {DescriptorOf(set).csNum, random() % 4 != 0};
+        CSDescriptor cs = {6, 6};
+        EXPECT_EQ(ccs_GetCSDescriptor(set, &cs), set == "no such set"s ? 0 : 1);
+        cs.escMode = random() % 4 != 0;
         const std::string bytes = RandomText(random, round % 8000 == 0 ? 8000 : 14);
         SCOPED_TRACE(set + std::to_string(cs.escMode) + testing::PrintToString(bytes));
         const std::string segments = ReadSlowly(set, bytes, cs.escMode != 0);

@@ -39,6 +39,7 @@ const std::map<std::string, Code> kStarts = {
     {"ISO-8859-1", {{"94 B", "96 A"}, 0, 1}},
     {"JIS X 0201", {{"94 J", "94 I"}, 0, 1}},
     {"UTF8", {{"94 B"}, 0, -1, 'G'}},
+    {"no such set", {{}, 0, -1}},
 };
 
 struct Reader {
@@ -204,7 +205,7 @@ struct Reader {
 std::string ReadSlowly(const std::string &set, std::string_view bytes, bool escapes)
 {
     Reader reader = {bytes.substr(0, bytes.find('\0')), kStarts.at(set), escapes,
-                     escapes || set != "IA5"};
+                     escapes || (set != "IA5" && set != "no such set")};
     std::string segments;
     uint16_t runKind = CS_SEG_END;
     unsigned int run = 0;

@@ -160,7 +160,7 @@ unsigned int TestSeed();
 
 // The codes that random text is read in.
 inline const char *const kCodes[] = {"IA5",  "ISO-2022-JP", "ISO-2022-KR", "EUC-JP", "EUC-KR",
-                                     "T.61", "ISO-8859-1",  "JIS X 0201",  "UTF8"};
+                                     "T.61", "ISO-8859-1",  "JIS X 0201",  "UTF8",   "no such set"};
 
 // Text of less than `mostPieces` pieces: whole sequences, their parts, characters, a random byte.
 std::string RandomText(std::mt19937 &random, size_t mostPieces);
