@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Sample text for every set of the table, read by the service and, independently, by iconv.
-#include "services/ccs/sets.h"
 #include "tests/support/samples.h"
-#include "tests/support/test.h"
 
 using namespace libstr;
 
@@ -35,7 +33,9 @@ std::u32string ReadAlone(uint16_t kind, const std::string &bytes)
     return text;
 }
 
-TEST(SampleText, DividesAndMeasures)
+// Up to every boundary that we see, iconv reads as many characters; and the segment alone, as text
+// of its own kind, reads as what it adds to the whole.
+TEST(SampleText, DividesAndMeasuresAsIconvReads)
 {
     for (const Sample &sample : kSamples) {
         const Guarded text(sample.bytes);
@@ -43,27 +43,17 @@ TEST(SampleText, DividesAndMeasures)
         // With escapes allowed, text without any reads the same.
         for (const CSDescriptor &either : {cs, CSDescriptor{cs.csNum, 1}}) {
             EXPECT_EQ(SegmentsOf(either, text.c_str()), sample.segments) << sample.set;
-            EXPECT_EQ(ListedSegmentsOf(either, text.c_str()), sample.segments) << sample.set;
             EXPECT_EQ(str_dispstrlen(text.c_str(), &either), sample.columns) << sample.set;
         }
-    }
-}
-
-// Up to every boundary that we see, iconv reads as many characters; and the segment alone, as text
-// of its own kind, reads as what it adds to the whole.
-TEST(SampleText, AgreesWithIconv)
-{
-    for (const Sample &sample : kSamples) {
         const char *const iconvName = IconvNameOf(sample);
-        const CSDescriptor cs = DescriptorOf(sample.set);
         int count = 0;
         const CSSegment *list = ccs_GetAllStrs(&cs, sample.bytes.data(), -1, &count);
-        std::u32string text;
+        std::u32string read;
         for (size_t end = 0; iconvName != nullptr && list->kind != CS_SEG_END; ++list) {
             end += list->length;
             if (list->kind != CS_SEG_IGNORE)
-                text += ReadAlone(list->kind, {list->text, list->length});
-            EXPECT_TRUE(text == Decode(iconvName, sample.bytes.substr(0, end)))
+                read += ReadAlone(list->kind, {list->text, list->length});
+            EXPECT_TRUE(read == Decode(iconvName, sample.bytes.substr(0, end)))
                 << testing::PrintToString(sample.bytes) << " to byte " << end;
         }
     }
@@ -71,6 +61,8 @@ TEST(SampleText, AgreesWithIconv)
 
 TEST(SetTable, EverySetHasASampleAndConsistentData)
 {
+    const CSDescriptor none = {0, 0};
+    EXPECT_STREQ(ccs_GetCSName(&none), "");
     ccs_SetInfo info;
     for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i) {
         SCOPED_TRACE(info.name);
@@ -125,14 +117,6 @@ TEST(SetTable, SetsAreEquivalentOnlyWhereTheirBytesMeanTheSame)
                     << kind1 << " " << kind2 << " " << testing::PrintToString(code);
             }
     }
-}
-
-TEST(SetTable, AnUnknownNameIsRawThroughout)
-{
-    CSDescriptor cs = {6, 6};
-    EXPECT_EQ(ccs_GetCSDescriptor("no such set", &cs), 0);
-    EXPECT_EQ(SegmentsOf(cs, "a\xFF\n"), "?x3");
-    EXPECT_STREQ(ccs_GetCSName(&cs), "");
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 // Truncation, splitting, joining, search and width beside slow ones, which go unit by unit.
 
 #include "tests/support/samples.h"
-#include "tests/support/test.h"
 
 #include <glib.h>
 

@@ -39,6 +39,12 @@ TEST(PassingCut, RefusesTextsOf4GiBWhereTheyCannotBeAnswered)
         GTEST_SKIP() << "no room for them";
     const Sinks sinks;
     const LongText text(size_t{UINT32_MAX} + 100);
+    int count;
+    EXPECT_EQ(ccs_Get1stStr(&kLatin, text.c_str() + 100, -1, &theFirstLen), 100);
+    EXPECT_EQ(theFirstLen, UINT32_MAX);
+    const char *const more = text.c_str() + 99;
+    EXPECT_EQ(Escaped([&] { ccs_Get1stStr(&kLatin, more, -1, &theFirstLen); }), OS_ESC_MEMORY);
+    EXPECT_EQ(Escaped([&] { ccs_GetAllStrs(&kLatin, more, -1, &count); }), OS_ESC_MEMORY);
     Split("abcd", 2, kLatin);
     EXPECT_STREQ(Split(text.c_str(), 10, kLatin), "ab") << "as it was";
     EXPECT_EQ(theFirstLen, 2U);

@@ -39,6 +39,8 @@ void Called(const char *name, int fd = -1)
     er_TracedEscape(failure.escapeClass, kCode, "tests/passing", 1);
 }
 
+const std::string kMany(32'767, 'e');
+
 template <class T>
 void SetLength(T &length)
 {
@@ -97,6 +99,8 @@ PASS2(dstring_appendChar)
 PASS3(dstring_set)
 PASS3(enc_ConvertLongEncodedStr, SetLength(*c))
 PASS4(ccs_GetNextCharLen, SetLength(*c))
+PASS1(ccs_GetModelEscapes, SetLength(*a); r = nonsense ? kMany.c_str() : r)
+PASS3(ccs_GetConfAsciiEscs, converted = std::to_string(b))
 PASS1(os_malloc, held.blocks.insert(r))
 PASS2(os_realloc, held.blocks.erase(a); held.blocks.insert(r))
 PASS1(os_fclose, held.open.erase(a))
@@ -106,20 +110,6 @@ PASS2(os_fopen, held.open.insert(r))
 PASS1(os_opendir, held.open.insert(r))
 PASS2(lkf_LockFile, ++held.locks)
 // clang-format on
-
-const char *ccs_GetModelEscapes(int *length)
-{
-    static const std::string many(32'767, 'e');
-    const char *const escapes = NEXT(ccs_GetModelEscapes)(length);
-    SetLength(*length);
-    return nonsense ? many.c_str() : escapes;
-}
-
-const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int escMode, int *length)
-{
-    converted = std::to_string(escMode);
-    return NEXT(ccs_GetConfAsciiEscs)(cs, escMode, length);
-}
 
 int cvc_ConvertString(int request, int options, const char *in, int inLength, const char *from,
                       const char *to, char **result, int *resultLength, int *a, int *b, int *c)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Services that pass calls on to the default ones, fail or answer nonsense as a test wants, and keep
-// an account of what is held.
+// Services that pass calls on to the default ones, fail or answer nonsense as a test wants, and
+// keep an account of what is held.
 #ifndef TESTS_PASSING_SERVICES_H
 #define TESTS_PASSING_SERVICES_H
 

@@ -55,8 +55,8 @@ const char *Format()
 }
 
 // An escape of class `ends` out of a function that `within` names ends in the work, whose answer is
-// then `failing`; * is for one that is not the right one.  Every other escape goes on to the caller,
-// except that a table that cannot be had is no table, and then the answer is `without`.
+// then `failing`; * is for one that is not the right one.  Every other escape goes on to the
+// caller, except that a table that cannot be had is no table, and then the answer is `without`.
 struct Work {
     const char *name;
     void (*run)();

@@ -39,18 +39,13 @@ const std::map<std::string, Code> kStarts = {
     {"ISO-8859-1", {{"94 B", "96 A"}, 0, 1}},
     {"JIS X 0201", {{"94 J", "94 I"}, 0, 1}},
     {"UTF8", {{"94 B"}, 0, -1, 'G'}},
+    {"no such set", {{}, 0, -1}},
 };
-
-// T.61 has no ASCII in these.
-bool IsOfT61Alone(const std::string &held, unsigned int byte)
-{
-    return held == "94 u" &&
-           std::string_view("#$\\^`{}~").find(static_cast<char>(byte)) != std::string_view::npos;
-}
 
 struct Reader {
     std::string_view text;
     Code code;
+    bool escapes, shifts;                    // whether it heeds them
     size_t rawByte = std::string_view::npos; // where a single shift has made the next byte raw
 
     unsigned int At(size_t i) const
@@ -66,13 +61,15 @@ struct Reader {
         const auto found = kSets.find(Held(element));
         return found == kSets.end() ? Set{0, 0, 1, 0} : found->second;
     }
-    // The kind of the left half: that of the right half when both are one text.
+    bool AreOneText() const
+    {
+        const uint16_t left = SetOf(code.left).left;
+        return left != 0 && Held(code.left) != "94 u" && SetOf(code.right).partner == left;
+    }
     uint16_t LeftKind() const
     {
         const uint16_t left = SetOf(code.left).left;
-        const Set right = SetOf(code.right);
-        const bool areOne = left != 0 && Held(code.left) != "94 u" && right.partner == left;
-        return areOne ? right.right : left != 0 ? left : uint16_t{CS_SEG_RAW};
+        return AreOneText() ? SetOf(code.right).right : left != 0 ? left : uint16_t{CS_SEG_RAW};
     }
 
     struct Unit {
@@ -90,8 +87,8 @@ struct Reader {
         const uint16_t own = inRight ? set.right : set.left;
         if (own == 0 || ((low == 0x20 || low == 0x7F) && !Held(element).starts_with("96")))
             return raw;
-        if (!inRight && IsOfT61Alone(Held(element), byte))
-            return {102, 1};
+        if (Held(element) == "94 u" && std::strchr("#$\\^`{}~", static_cast<int>(byte)) != nullptr)
+            return {102, 1}; // T.61 has no ASCII in these
         const uint16_t kind = inRight || !invoked ? own : LeftKind();
         if (own == 103 && byte >= 0xC1 && byte <= 0xCF) {
             size_t marks = 0;
@@ -127,7 +124,7 @@ struct Reader {
     Unit Shifted(size_t i, size_t shift, int element)
     {
         const unsigned int byte = At(i + shift);
-        if ((byte & 0x60) == 0 || Held(element).empty())
+        if ((byte & 0x60) == 0 || Held(element).empty() || (shift == 2 && !escapes))
             return {CS_SEG_IGNORE, shift};
         const Set set = SetOf(element);
         if ((byte < 0x80 ? set.left : set.right) == 0 && byte != 0x20 && byte != 0x7F)
@@ -153,17 +150,19 @@ struct Reader {
         const unsigned int byte = At(i);
         const bool iso2022 = code.coding == '@';
         const bool c1 = iso2022 && code.right >= 0 && !Held(code.right).empty();
-        if (iso2022 && byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
+        if (!escapes && AreOneText())
+            return {LeftKind(), 1};
+        if (iso2022 && shifts && byte == 0x1B && (At(i + 1) == 'N' || At(i + 1) == 'O'))
             return Shifted(i, 2, At(i + 1) == 'N' ? 2 : 3);
-        if (byte == 0x1B)
+        if (escapes && byte == 0x1B)
             return {CS_SEG_IGNORE, At(i + 1) == '[' ? Sequence(i, 2, true) : Sequence(i, 1, false)};
-        if (byte == 0x0E || byte == 0x0F)
+        if (escapes && (byte == 0x0E || byte == 0x0F))
             return {CS_SEG_IGNORE, 1};
         if (!iso2022)
             return code.coding == 'G' ? Utf8Character(i) : Unit{CS_SEG_RAW, 1};
         if (c1 && (byte == 0x8E || byte == 0x8F))
             return Shifted(i, 1, byte == 0x8E ? 2 : 3);
-        if (c1 && byte == 0x9B)
+        if (escapes && c1 && byte == 0x9B)
             return {CS_SEG_IGNORE, Sequence(i, 1, true)};
         if (byte >= 0x80 && byte < 0xA0 && !c1)
             return {CS_SEG_RAW, 1};
@@ -181,8 +180,7 @@ struct Reader {
         if (sequence[0] != '\x1B' || sequence.size() < 2 || final < 0x30)
             return;
         if (sequence[1] == '%') {
-            const bool isKnown = sequence.size() == 3 && (final == '@' || final == 'G');
-            code.coding = isKnown ? final : '?';
+            code.coding = sequence == "\x1B%@" || sequence == "\x1B%G" ? final : '?';
             return;
         }
         const size_t shift = std::string_view("no~}|").find(final);
@@ -204,9 +202,10 @@ struct Reader {
 
 } // namespace
 
-std::string ReadSlowly(const std::string &setName, std::string_view bytes)
+std::string ReadSlowly(const std::string &set, std::string_view bytes, bool escapes)
 {
-    Reader reader = {bytes.substr(0, bytes.find('\0')), kStarts.at(setName)};
+    Reader reader = {bytes.substr(0, bytes.find('\0')), kStarts.at(set), escapes,
+                     escapes || (set != "IA5" && set != "no such set")};
     std::string segments;
     uint16_t runKind = CS_SEG_END;
     unsigned int run = 0;

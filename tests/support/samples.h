@@ -2,7 +2,8 @@
 #ifndef TESTS_SUPPORT_SAMPLES_H
 #define TESTS_SUPPORT_SAMPLES_H
 
-#include <string_view>
+#include "services/ccs/sets.h"
+#include "tests/support/test.h"
 
 struct Sample {
     const char *set;
@@ -51,6 +52,12 @@ inline const Sample kSamples[] = {
 // clang-format on
 
 // How iconv calls the code that the sample is in; null when it cannot read it.
-const char *IconvNameOf(const Sample &sample);
+inline const char *IconvNameOf(const Sample &sample)
+{
+    const uint16_t set = DescriptorOf(sample.set).csNum;
+    const bool switches = sample.bytes.find('\x1B') != sample.bytes.npos;
+    const char *const name = libstr::ccs::kSets[libstr::ccs::FindRow(set)].iconv;
+    return set == 103 && switches ? nullptr : name; // iconv knows T.61 alone
+}
 
 #endif

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/test.h"
 
-#include "tests/support/samples.h"
-
 #include <glib.h>
+
+#include <tuple>
 
 CSDescriptor DescriptorOf(const char *setName)
 {
@@ -21,30 +21,42 @@ std::string Notation(uint16_t kind, unsigned int length)
                                  : std::to_string(kind) + size;
 }
 
+namespace
+{
+
+using Segments = std::vector<std::tuple<const char *, uint16_t, uint32_t>>;
+
+Segments Listed(decltype(ccs_GetAllStrs) list, const CSDescriptor &cs, const char *text, int length)
+{
+    Segments segments;
+    int count = 0;
+    for (const CSSegment *at = list(&cs, text, length, &count); count > 0; --count, ++at)
+        segments.emplace_back(at->text, at->kind, at->length);
+    return segments;
+}
+
+} // namespace
+
 std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length)
 {
+    const Segments listed = Listed(ccs_GetAllStrs, cs, text, length),
+                   listedReal = Listed(ccs_GetRealStrs, cs, text, length);
     std::string segments;
+    Segments all, real;
     unsigned int size = 0;
-    for (uint16_t kind = ccs_Get1stStr(&cs, text, length, &size); kind != CS_SEG_END;
-         kind = ccs_GetNextStr(&cs, text, length, &size)) {
-        segments += " " + Notation(kind, size);
+    uint16_t kind = ccs_Get1stStr(&cs, text, length, &size);
+    for (;; kind = ccs_GetNextStr(&cs, text, length, &size)) {
+        all.emplace_back(text, kind, size);
+        if (kind != CS_SEG_IGNORE)
+            real.push_back(all.back());
         if (size == 0)
-            return segments + " no progress";
+            break;
+        segments += (segments.empty() ? "" : " ") + Notation(kind, size);
         text += size;
         length -= length < 0 ? 0 : static_cast<int>(size);
     }
-    return segments.substr(segments.empty() ? 0 : 1);
-}
-
-std::string ListedSegmentsOf(const CSDescriptor &cs, const char *text, int length)
-{
-    std::string segments;
-    int count = 0;
-    const CSSegment *list = ccs_GetAllStrs(&cs, text, length, &count);
-    for (int i = 0; i < count - 1; text += list[i++].length)
-        segments += list[i].text == text ? " " + Notation(list[i].kind, list[i].length) : " gap";
-    segments += list[count - 1].kind == CS_SEG_END ? "" : " no end";
-    return segments.substr(segments.empty() ? 0 : 1);
+    EXPECT_TRUE(kind == CS_SEG_END && all == listed && real == listedReal) << segments;
+    return segments;
 }
 
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes)
@@ -64,17 +76,6 @@ std::optional<std::u32string> Decode(const char *iconvName, std::string_view byt
     return text;
 }
 
-const char *IconvNameOf(const Sample &sample)
-{
-    ccs_SetInfo info;
-    for (int i = 0; ccs_GetSetInfo(i, &info) != 0; ++i)
-        if (info.name == std::string_view(sample.set)) {
-            const bool switches = sample.bytes.find('\x1B') != sample.bytes.npos;
-            return info.number == 103 && switches ? nullptr : info.iconvName; // T.61 as T.61 alone
-        }
-    return nullptr;
-}
-
 namespace
 {
 
@@ -87,10 +88,10 @@ const std::string_view kPieces[] = {
     "\x0E", "\x0F", "\x1Bn", "\x1Bo", "\x1B~", "\x1B}", "\x1B|", // locking shifts
     "\x1BN", "\x1BO", "\x8E", "\x8F", // single shifts
     "\x1B", "\x1B[1m", "\x1B#3", "\x9B", "\x80", "\x7F", "\n", // other controls
-    "a", "Zz", "abcdefg", "~", " ", "0123456789012345678901234567890123456789",
+    "a", "Zz", "abcdefg", "[~", " ", "0123456789012345678901234567890123456789",
     "\x46\x7C", "\x46\x7C\x46\x7C\x46\x7C", "\xC6", "\xC6\xFC",
     "\xC3\xA9", "\xE6\x97\xA5", "\xE6\x97", "\xED\xA0\x80",
-    "\xC2", "\xC8u", "\xE9", "\xA0", "\xFF", "\xB0\xB1\xB2\xB3\xB4\xB5\xB6\xB7",
+    "\xC2", "\xC2\xC3\xC8\xCF", "\xC8u", "\xE9", "\xA0", "\xFF", "\xB0\xB1\xB2\xB3\xB4\xB5\xB6\xB7",
     // clang-format on
 };
 
