@@ -169,6 +169,17 @@ TEST(Cut, IsThatOfASlowOne)
     }
 }
 
+TEST(Cut, BeginsTheOldestSetsWithThreeBytes)
+{
+    const CSDescriptor cs = DescriptorOf("ISO-2022-JP");
+    for (const std::string text : {"\x1B$@F|F|", "\x1B$AF|F|", "\x1B$BF|F|"}) {
+        char *second = nullptr;
+        unsigned int firstLen, secondLen;
+        str_SplitByDispLen(text.c_str(), 1, &second, &firstLen, &secondLen, &cs);
+        EXPECT_EQ(second, text.substr(0, 5));
+    }
+}
+
 void CheckJoin(const CSDescriptor &cs, const std::string &first, const std::string &second)
 {
     const Content front = ContentOf(cs, first), back = ContentOf(cs, second);

@@ -41,6 +41,7 @@ TEST(ErService, TellsWhatTheLevelAsksFor)
         er_SubSystemLoggingLevel = level;
         er_SetTraceSink([](int, const char *text, int) { Sinks::traced += text; });
         er_Protect(Escape, nullptr);
+        er_LogInfo(1, "why", 0); // once, since every use finds the reason again
         er_Clear();
         er_TraceBeforeJump("there", 34);
         er_SetTraceSink(nullptr);
@@ -48,8 +49,10 @@ TEST(ErService, TellsWhatTheLevelAsksFor)
         er_LogInfo(1, "100%s", 0); // each time, as it is not why an escape was raised
     }
     EXPECT_EQ(Sinks::traced, "escape 24002 at here:12passing on 24002 at there:34");
+    const std::string why = "libstr: why: "s + er_GetCodeText(OS_ESC_FILE) + " (~ is ";
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "libstr: 100%s\nlibstr: trace 17: enter told\nlibstr: 100%s\n");
+              why + os_GetHome() +
+                  ")\nlibstr: 100%s\nlibstr: trace 17: enter told\nlibstr: 100%s\n");
 }
 
 TEST(ErService, MessagesTakeTheirArguments)
