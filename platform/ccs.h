@@ -36,6 +36,8 @@
 
 #include <str/charset.h>
 
+#include <stddef.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -84,6 +86,62 @@ CSSegment *ccs_GetAllStrs(const CSDescriptor *cs, const char *text, int length, 
 /* The same without the records of kind CS_SEG_IGNORE and CS_SEG_NONE, for pattern matching.  Null,
  * with `count` 0, when the text cannot be divided into segments. */
 CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length, int *count);
+
+/* ---- Walks of the caller's -----------------------------------------------------------------
+ *
+ * An optional, faster way to read a text, whose state is in the caller's hands: so many walks may
+ * be under way at once, in any thread.  A host need not define these four functions.  Without them,
+ * or when ccs_BeginWalk refuses, the library reads the text with the functions above and below.
+ */
+
+/* A walk.  The caller owns it; it may not be moved or copied, and needs no release. */
+typedef struct CSWalk {
+    const char *at;           /* the next byte; moved by the functions */
+    unsigned char state[232]; /* the service's */
+} CSWalk;
+
+/* What a caller would otherwise read texts with. */
+typedef struct CSReaders {
+    uint16_t (*get1stStr)(const CSDescriptor *, const char *, int, unsigned int *);
+    uint16_t (*getNextStr)(const CSDescriptor *, const char *, int, unsigned int *);
+    CSSegment *(*getAllStrs)(const CSDescriptor *, const char *, int, int *);
+    CSSegment *(*getRealStrs)(const CSDescriptor *, const char *, int, int *);
+    int (*getCtrlLen)(const char *, unsigned int, const CSDescriptor *);
+    int16_t (*getNumBytes)(const CSDescriptor *);
+    int (*getT61BaseUnitLen)(const char *, unsigned int, const CSDescriptor *);
+    int (*getNextCharLen)(const char *, int, int *, const CSDescriptor *);
+    uint32_t (*getCSFlags)(const CSDescriptor *);
+    const char *(*getModelEscapes)(int *);
+    const char *(*getConfAsciiEscs)(const CSDescriptor *, int, int *);
+} CSReaders;
+
+/* Begins a walk at `text` in the initial state of a string of `cs`.  Returns 1, or 0 when a walk
+ * does not say what `readers` say; the caller then reads with them.  The default service refuses
+ * all readers but its own, so a host that replaces one of them is asked wherever it would be. */
+int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
+                  const CSReaders *readers);
+
+/* The next segments, as ccs_GetNextStr returns them: stores at most `max`, at least 1, and returns
+ * how many; 0 at the end of the text.  After a part of a segment, the rest of it is a segment. */
+int ccs_NextSegments(CSWalk *walk, CSSegment *out, int max);
+
+/* What a walk has passed over. */
+typedef struct CSMeasure {
+    size_t bytes;
+    size_t columns; /* displayed characters: neither control functions nor DEL; raw bytes are */
+    size_t shown;   /* the bytes of these, without single shifts */
+    size_t lines;   /* line feeds that are control functions */
+} CSMeasure;
+
+/* Passes over the next characters, control functions and sequences: as many as end within `bytes`,
+ * and none after the one with which columns and lines together reach `columns`.  A single shift is
+ * passed together with its character.  Reads little more than it passes; SIZE_MAX is no limit. */
+void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out);
+
+/* Writes the escape sequences that belong to the place that the walk has reached, and returns their
+ * number of bytes, 0 to 81; adds no NUL.  With `closing` 0 those of ccs_GetModelEscapes, else those
+ * of ccs_GetConfAsciiEscs.  Not after ccs_NextSegments with a `max` above 1. */
+int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out);
 
 /* ---- Units inside a segment ----------------------------------------------------------------
  *

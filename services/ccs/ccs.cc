@@ -6,7 +6,7 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
-#include "services/ccs/walk.h"
+#include "services/ccs/measure.h"
 #include "services/services.h"
 
 #include <algorithm>
@@ -69,6 +69,48 @@ void PutIntoList(const CSSegment &segment, size_t index)
         theListCapacity = capacity;
     }
     theList[index] = segment;
+}
+
+// ---- Walks of the caller's -----------------------------------------------------------------
+
+// What a CSWalk holds.
+struct OwnWalk {
+    ccs::Walk walk;
+    const char *end; // of the text; null while it is not known
+};
+static_assert(sizeof(OwnWalk) <= sizeof(CSWalk::state));
+static_assert(alignof(OwnWalk) <= alignof(CSWalk) &&
+              offsetof(CSWalk, state) % alignof(OwnWalk) == 0);
+
+OwnWalk *OwnOf(CSWalk *walk)
+{
+    return static_cast<OwnWalk *>(static_cast<void *>(walk->state));
+}
+
+const OwnWalk *OwnOf(const CSWalk *walk)
+{
+    return static_cast<const OwnWalk *>(static_cast<const void *>(walk->state));
+}
+
+// The bytes that are left of the text.
+size_t LeftOf(CSWalk *walk)
+{
+    OwnWalk *const own = OwnOf(walk);
+    if (own->end == nullptr)
+        own->end = walk->at + std::strlen(walk->at);
+    return static_cast<size_t>(own->end - walk->at);
+}
+
+// As LeftOf, but may stop looking after `most` bytes.
+size_t LeftWithin(CSWalk *walk, size_t most)
+{
+    OwnWalk *const own = OwnOf(walk);
+    if (own->end != nullptr)
+        return LeftOf(walk);
+    const size_t left = strnlen(walk->at, most);
+    if (left < most)
+        own->end = walk->at + left;
+    return left;
 }
 
 // Lists the segments of a text, on a separate walk so that the thread's walk stays as it is.
@@ -206,6 +248,84 @@ const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int, int *length)
     const ccs::SetRow *set = SetOf(cs);
     const ccs::State start = set == nullptr ? theWalk.state : ccs::StartOf(*set);
     return Escapes(theWalk.state, start, theAsciiEscapes, length);
+}
+
+// What this service reads texts with, under names that no host can take over.
+#define OWN(function) __typeof__(function) function##_own __attribute__((alias(#function)))
+static OWN(ccs_Get1stStr);
+static OWN(ccs_GetNextStr);
+static OWN(ccs_GetAllStrs);
+static OWN(ccs_GetRealStrs);
+static OWN(ccs_GetCtrlLen);
+static OWN(ccs_GetNumBytes);
+static OWN(ccs_GetT61BaseUnitLen);
+static OWN(ccs_GetNextCharLen);
+static OWN(ccs_GetCSFlags);
+static OWN(ccs_GetModelEscapes);
+static OWN(ccs_GetConfAsciiEscs);
+#undef OWN
+
+static const CSReaders kOwnReaders = {ccs_Get1stStr_own,
+                                      ccs_GetNextStr_own,
+                                      ccs_GetAllStrs_own,
+                                      ccs_GetRealStrs_own,
+                                      ccs_GetCtrlLen_own,
+                                      ccs_GetNumBytes_own,
+                                      ccs_GetT61BaseUnitLen_own,
+                                      ccs_GetNextCharLen_own,
+                                      ccs_GetCSFlags_own,
+                                      ccs_GetModelEscapes_own,
+                                      ccs_GetConfAsciiEscs_own};
+
+int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
+                  const CSReaders *readers)
+{
+    if (std::memcmp(readers, &kOwnReaders, sizeof kOwnReaders) != 0)
+        return 0;
+    OwnWalk *const own = OwnOf(walk);
+    ccs::Begin(&own->walk, *cs);
+    own->end = length < 0 ? nullptr : EndOf(text, length);
+    walk->at = text;
+    return 1;
+}
+
+int ccs_NextSegments(CSWalk *walk, CSSegment *out, int max)
+{
+    size_t left = LeftOf(walk);
+    int count = 0;
+    for (; left != 0 && count < max; ++count) {
+        const ccs::Unit segment = ccs::NextSegment(&OwnOf(walk)->walk, walk->at, left);
+        out[count] = {walk->at, segment.kind, 0, LengthOf(segment)};
+        walk->at += segment.length;
+        left -= segment.length;
+    }
+    return count;
+}
+
+void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)
+{
+    libstr::plain::Limits limits = {bytes, columns};
+    libstr::plain::Passed total = {};
+    // Whether a unit is whole can be seen from a few bytes after it, except for a sequence.
+    size_t beyond = 16;
+    for (bool isCut = true; isCut; beyond *= 2) {
+        const bool toEnd = limits.bytes > SIZE_MAX - beyond;
+        const size_t avail = toEnd ? LeftOf(walk) : LeftWithin(walk, limits.bytes + beyond);
+        const auto passed = ccs::Measure(&OwnOf(walk)->walk, walk->at, avail, limits, &isCut);
+        walk->at += passed.bytes;
+        limits = Less(limits, passed);
+        Add(&total, passed);
+        isCut = isCut && OwnOf(walk)->end == nullptr;
+    }
+    *out = {total.bytes, total.columns, total.shown, total.lines};
+}
+
+int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out)
+{
+    const ccs::Walk &own = OwnOf(walk)->walk;
+    const ccs::State start = own.set == nullptr ? own.state : ccs::StartOf(*own.set);
+    return static_cast<int>(closing != 0 ? ccs::RestoringEscapes(own.state, start, out)
+                                         : ccs::RestoringEscapes(start, own.state, out));
 }
 
 int InitTabsDone = 0;

@@ -105,14 +105,6 @@ uint32_t Looks(const Run &run, const char *at, size_t avail)
            ((blocks::Mask(block) ^ run.half) & run.oneHalf);
 }
 
-bool IsPair(const Run &run, const char *at, size_t avail)
-{
-    const unsigned int lead = ClassAt(at) & run.leads;
-    if (lead == 0 || avail < 2)
-        return false;
-    return (ClassAt(at + 1) & ((lead & kLeft94) != 0 ? kLeft94 : run.rightTrails)) != 0;
-}
-
 // ---- Runs by state -------------------------------------------------------------------------
 
 constexpr Runs RunsOf(const State &state, Heeds heeds)
@@ -156,19 +148,6 @@ constexpr auto kSevenBit = [] {
     all[std::size(kSets)] = RunsOf(State{}, Heeds::escapes);
     return all;
 }();
-
-// Resolves the walk's state after a change.  Only where escapes are recognised does it change.
-void Resolve(Walk *walk)
-{
-    const State &state = walk->state;
-    if (state.coding == Coding::iso2022 && state.right == kNowhere) {
-        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
-        walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
-    } else {
-        walk->own = RunsOf(state, Heeds::escapes);
-        walk->runs = &walk->own;
-    }
-}
 
 // ---- Segments ------------------------------------------------------------------------------
 
@@ -323,6 +302,19 @@ Unit KnownSegment(Walk *walk, const char *at, size_t avail)
 }
 
 } // namespace
+
+// Only where escapes are recognised does the state change.
+void Resolve(Walk *walk)
+{
+    const State &state = walk->state;
+    if (state.coding == Coding::iso2022 && state.right == kNowhere) {
+        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
+        walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+    } else {
+        walk->own = RunsOf(state, Heeds::escapes);
+        walk->runs = &walk->own;
+    }
+}
 
 void Begin(Walk *walk, const CSDescriptor &cs)
 {

@@ -45,8 +45,20 @@ struct Walk {
     Runs own;
 };
 
+// Whether a unit of two bytes of the run begins at `at`.
+inline bool IsPair(const Run &run, const char *at, size_t avail)
+{
+    const unsigned int lead = ClassAt(at) & run.leads;
+    if (lead == 0 || avail < 2)
+        return false;
+    return (ClassAt(at + 1) & ((lead & kLeft94) != 0 ? kLeft94 : run.rightTrails)) != 0;
+}
+
 // Begins a walk in the initial state of the descriptor's set.  A walk must not be copied.
 void Begin(Walk *walk, const CSDescriptor &cs);
+
+// Makes the walk's runs those of its state, which has changed.
+void Resolve(Walk *walk);
 
 // The segment at `at`, which the walk has reached.  The text ends after `avail` bytes, or before
 // that at a NUL: CS_SEG_END with length 0.

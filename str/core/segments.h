@@ -2,10 +2,12 @@
 //
 // The segment walk: how every function of the library moves over a text.
 //
-//     SegmentWalk walk = WalkSegments(text, cs);
+//     SegmentWalk walk;
+//     WalkSegments(&walk, text, cs);
 //     while (NextSegment(&walk)) { ... walk.kind, walk.at, walk.size ... }
 //
-// The service keeps one walk state, so two walks are never interleaved.
+// Where the service offers walks that belong to the caller, this is one.  Else the service keeps one
+// walk state, so two walks are never interleaved.
 #ifndef STR_CORE_SEGMENTS_H
 #define STR_CORE_SEGMENTS_H
 
@@ -13,34 +15,75 @@
 
 #include <algorithm>
 
+// A host need not have these.
+extern "C" {
+extern decltype(ccs_BeginWalk) ccs_BeginWalk __attribute__((weak));
+extern decltype(ccs_NextSegments) ccs_NextSegments __attribute__((weak));
+extern decltype(ccs_MeasureText) ccs_MeasureText __attribute__((weak));
+extern decltype(ccs_GetWalkEscapes) ccs_GetWalkEscapes __attribute__((weak));
+}
+
 namespace libstr
 {
+
+// The readers of texts that the library is linked with.
+extern const CSReaders kReaders;
+
+// Begins a walk that belongs to the caller; false where the service does not offer it.
+inline bool BeginOwnWalk(CSWalk *walk, const char *text, const CSDescriptor *cs, int length = -1)
+{
+    return ccs_BeginWalk != nullptr && ccs_BeginWalk(walk, cs, text, length, &kReaders) != 0;
+}
 
 struct SegmentWalk {
     const CSDescriptor *cs; // of the whole string
     const char *at;         // the segment's first byte
-    int length;             // bytes to consider from there on; negative: up to the NUL
     unsigned int size;      // the segment's bytes
     uint16_t kind;
+
+    // A walk of our own, and the segments that it has found ahead.
+    bool own;
+    int index;
+    int count;
+    CSWalk walk;
+    CSSegment ahead[16];
+
+    // A walk of the service's.
     bool begun;
+    int length; // bytes to consider from `at` on; negative: up to the NUL
 };
 
-inline SegmentWalk WalkSegments(const char *text, const CSDescriptor *cs, int length = -1)
+inline void WalkSegments(SegmentWalk *walk, const char *text, const CSDescriptor *cs,
+                         int length = -1)
 {
-    return {cs, text, length, 0, CS_SEG_NONE, false};
+    walk->cs = cs;
+    walk->at = text;
+    walk->size = 0;
+    walk->kind = CS_SEG_NONE;
+    walk->own = BeginOwnWalk(&walk->walk, text, cs, length);
+    walk->index = walk->count = 0;
+    walk->begun = false;
+    walk->length = length;
 }
+
+// As NextSegment, by the service's walk.
+bool NextSegmentOfService(SegmentWalk *walk);
+
+// Finds the next segments; false at the end of the text.
+bool FindSegments(SegmentWalk *walk);
 
 // Moves to the next segment; false at the end of the text.
 inline bool NextSegment(SegmentWalk *walk)
 {
-    walk->at += walk->size;
-    if (walk->length >= 0) // never becomes negative, whatever size the service returned
-        walk->length -=
-            static_cast<int>(std::min(walk->size, static_cast<unsigned int>(walk->length)));
-    auto *next = walk->begun ? ccs_GetNextStr : ccs_Get1stStr;
-    walk->begun = true;
-    walk->kind = next(walk->cs, walk->at, walk->length, &walk->size);
-    return walk->kind != CS_SEG_END;
+    if (!walk->own)
+        return NextSegmentOfService(walk);
+    if (walk->index == walk->count && !FindSegments(walk))
+        return false;
+    const CSSegment &segment = walk->ahead[walk->index++];
+    walk->at = segment.text;
+    walk->size = segment.length;
+    walk->kind = segment.kind;
+    return true;
 }
 
 // A segment of characters of a set.
