@@ -57,7 +57,8 @@ Passed PassSevenBitByByte(const char *text, size_t avail, const Limits &limits, 
     while (passed.bytes < end && CountedIn(passed) < limits.columns) {
         const unsigned char *const at = bytes + passed.bytes;
         const size_t left = end - passed.bytes;
-        if (bool pairs; *at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
+        if (bool pairs;
+            *at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
             state->pairs = pairs;
             state->designation = text + passed.bytes;
             Count(&passed, kSequence, false, false);
@@ -74,7 +75,8 @@ Passed PassSevenBitByByte(const char *text, size_t avail, const Limits &limits, 
     return passed;
 }
 
-Passed PassEightBitByByte(const char *text, size_t avail, const Limits &limits, const EightBit &form)
+Passed PassEightBitByByte(const char *text, size_t avail, const Limits &limits,
+                          const EightBit &form)
 {
     const auto *const bytes = reinterpret_cast<const unsigned char *>(text);
     const size_t end = std::min(avail, limits.bytes);
@@ -107,7 +109,10 @@ constexpr size_t kWindow = 64;
 constexpr uint64_t kEven = 0x5555555555555555;
 
 // The first `count` bits, of which there may be 64.
-STR_AVX2 inline uint64_t First(size_t count) { return _bzhi_u64(~uint64_t{0}, static_cast<unsigned int>(count)); }
+STR_AVX2 inline uint64_t First(size_t count)
+{
+    return _bzhi_u64(~uint64_t{0}, static_cast<unsigned int>(count));
+}
 
 // ---- Windows -------------------------------------------------------------------------------
 
@@ -133,7 +138,10 @@ STR_AVX2 inline uint64_t Mask(const Window &window, __m256i flags0, __m256i flag
                << window.second;
 }
 
-STR_AVX2 inline __m256i Bytes(unsigned char byte) { return _mm256_set1_epi8(static_cast<char>(byte)); }
+STR_AVX2 inline __m256i Bytes(unsigned char byte)
+{
+    return _mm256_set1_epi8(static_cast<char>(byte));
+}
 
 // The bytes that are `byte` in the bits of `care`.
 STR_AVX2 inline uint64_t Equal(const Window &window, unsigned char byte, unsigned char care = 0xFF)
@@ -195,11 +203,11 @@ STR_AVX2 inline uint64_t SecondOfPairs(uint64_t pairs)
 
 // The masks of a window of text in seven bits.
 struct SevenBitMasks {
-    uint64_t toPairs;   // sequences that switch to pairs begin here
-    uint64_t switches;  // ... or to single bytes
-    uint64_t pairs;     // bytes of pairs
-    uint64_t shown;     // characters of single bytes
-    uint64_t lines;     // line feeds
+    uint64_t toPairs;  // sequences that switch to pairs begin here
+    uint64_t switches; // ... or to single bytes
+    uint64_t pairs;    // bytes of pairs
+    uint64_t shown;    // characters of single bytes
+    uint64_t lines;    // line feeds
     uint64_t unknown;
 };
 
@@ -209,13 +217,18 @@ STR_AVX2 inline SevenBitMasks Look(const Window &window, const SevenBit &state)
     const uint64_t known = state.switches ? escapes : 0;
     const uint64_t toSingle = known & Equal(window, '(') >> 1 &
                               (Equal(window, 'B', 0xF7) | Equal(window, 'I')) >> 2; // B, J
-    const uint64_t toPairs = known & Equal(window, '$') >> 1 & Equal(window, '@', 0xFD) >> 2; // @, B
+    const uint64_t toPairs =
+        known & Equal(window, '$') >> 1 & Equal(window, '@', 0xFD) >> 2; // @, B
     const uint64_t switches = toSingle | toPairs;
     const uint64_t sequences = switches | switches << 1 | switches << 2;
     const uint64_t pairs = Spans(switches, toPairs, state.pairs) & ~sequences;
     const uint64_t singles = ~pairs & ~sequences;
     const uint64_t shown = Above(window, 0x1F) & ~Equal(window, 0x7F);
-    return {toPairs, switches, pairs, singles & shown, singles & Equal(window, '\n'),
+    return {toPairs,
+            switches,
+            pairs,
+            singles & shown,
+            singles & Equal(window, '\n'),
             (singles & (High(window) | escapes | Equal(window, 0x0E, 0xFE))) |
                 (pairs & (~shown | Equal(window, ' ')))};
 }
@@ -309,7 +322,8 @@ Passed PassSevenBit(const char *at, size_t avail, const Limits &limits, SevenBit
     Passed passed = {};
     if (avail >= kBlock && HasAvx2())
         passed = PassSevenBitInWindows(at, avail, limits, text);
-    Add(&passed, PassSevenBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
+    Add(&passed,
+        PassSevenBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
     return passed;
 }
 
@@ -318,7 +332,8 @@ Passed PassEightBit(const char *at, size_t avail, const Limits &limits, const Ei
     Passed passed = {};
     if (avail >= kBlock && HasAvx2())
         passed = PassEightBitInWindows(at, avail, limits, text);
-    Add(&passed, PassEightBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
+    Add(&passed,
+        PassEightBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
     return passed;
 }
 

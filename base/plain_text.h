@@ -47,7 +47,7 @@ inline Limits Less(const Limits &limits, const Passed &passed)
 // Text in seven bits: the left half has characters of one byte, or the set's pairs.
 struct SevenBit {
     bool pairs;
-    bool switches;           // ESC ( B, ESC ( I, ESC ( J, ESC $ @ and ESC $ B switch between the two
+    bool switches; // ESC ( B, ESC ( I, ESC ( J, ESC $ @ and ESC $ B switch between the two
     const char *designation; // the last of these that was passed over; null for none
 };
 
@@ -57,7 +57,8 @@ Passed PassSevenBit(const char *at, size_t avail, const Limits &limits, SevenBit
 
 // Text in eight bits, with characters of one byte in both halves.
 struct EightBit {
-    bool marks; // 0xC1 to 0xCF are marks: with the byte of the left half after it, each is a character
+    bool
+        marks; // 0xC1 to 0xCF are marks: with the byte of the left half after it, each is a character
     bool edges; // 0xA0 and 0xFF are characters
 };
 

@@ -106,8 +106,13 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
     if (plain && extent.unit == Extent::toEnd)
         return ComparePlain(s1, s2, caseless, cs1->csNum);
     const size_t limit1 = ByteLimit(extent.bytes1), limit2 = ByteLimit(extent.bytes2);
-    Side side1 = plain ? OneSegmentSide(s1, cs1, limit1) : ListedSide(s1, cs1, limit1);
-    Side side2 = plain ? OneSegmentSide(s2, cs2, limit2) : WalkedSide(s2, cs2, limit2);
+    Side side1, side2;
+    if (plain) {
+        BeginOneSegment(&side1, s1, cs1, limit1);
+        BeginOneSegment(&side2, s2, cs2, limit2);
+    } else {
+        BeginSides(&side1, s1, cs1, limit1, &side2, s2, cs2, limit2);
+    }
     const bool byChars = extent.unit == Extent::characters;
     const bool counted = byChars && IsLimit(extent.chars);
     unsigned int chars = 0;

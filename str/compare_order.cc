@@ -64,8 +64,8 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
 {
     if (*s1 == '\0' || *s2 == '\0')
         return OrderOfEnds(*s1 == '\0', *s2 == '\0');
-    Side side1 = ListedSide(s1, cs1, kNoByteLimit);
-    Side side2 = WalkedSide(s2, cs2, kNoByteLimit);
+    Side side1, side2;
+    BeginSides(&side1, s1, cs1, kNoByteLimit, &side2, s2, cs2, kNoByteLimit);
     for (;;) {
         const bool ended1 = side1.kind == CS_SEG_END;
         const bool ended2 = side2.kind == CS_SEG_END;

@@ -18,32 +18,41 @@ namespace
 // The kind of the first segment that is not ignored; CS_SEG_END for none.
 uint16_t FirstKind(const char *text, const CSDescriptor *cs)
 {
-    SegmentWalk walk = WalkSegments(text, cs);
+    SegmentWalk walk;
+    WalkSegments(&walk, text, cs);
     while (NextSegment(&walk))
         if (IsText(walk.kind) || walk.kind == CS_SEG_RAW)
             break;
     return walk.kind;
 }
 
-// The kind of the last such segment; CS_SEG_RAW for none.  Walks to the end, so the service knows
-// the state there.
-uint16_t LastKind(const char *text, const CSDescriptor *cs)
+// The kind of the last such segment; CS_SEG_RAW for none.  `known` receives whether the service's
+// walk has come to the end, so that it knows the state there.
+uint16_t LastKind(const char *text, const CSDescriptor *cs, bool *known)
 {
     uint16_t last = CS_SEG_RAW;
-    SegmentWalk walk = WalkSegments(text, cs);
+    SegmentWalk walk;
+    WalkSegments(&walk, text, cs);
     while (NextSegment(&walk))
         if (IsText(walk.kind) || walk.kind == CS_SEG_RAW)
             last = walk.kind;
+    *known = !walk.own;
     return last;
 }
 
+// Where escapes are needed, the service knows the state at the end of `dst`.
 bool NeedsEscapes(const char *dst, const char *src, const CSDescriptor *cs)
 {
     const uint16_t first = FirstKind(src, cs);
     if (!IsText(first) || !IsAscii(FlagsOf(first)))
         return false;
-    const uint16_t last = LastKind(dst, cs);
-    return IsText(last) && !IsAscii(FlagsOf(last));
+    bool known = false;
+    const uint16_t last = LastKind(dst, cs, &known);
+    if (!IsText(last) || IsAscii(FlagsOf(last)))
+        return false;
+    if (!known)
+        WalkToEnd(dst, cs);
+    return true;
 }
 
 void AppendEscapes(char *dst, const char *src, const CSDescriptor *cs)
@@ -98,7 +107,8 @@ char *str_strchr(const char *str, int ch, const CSDescriptor *cs)
     frame::TraceEntry();
     const bool allText = HasByteCharacters(cs);
     char *found = nullptr;
-    SegmentWalk walk = WalkSegments(str, cs);
+    SegmentWalk walk;
+    WalkSegments(&walk, str, cs);
     while (found == nullptr && NextSegment(&walk))
         if (IsText(walk.kind) && (allText || IsAscii(FlagsOf(walk.kind))))
             found = FindByte(walk.at, ch, walk.size);

@@ -70,9 +70,15 @@ const UnitRule &RuleFor(RuleCache *cache, uint16_t kind, const CSDescriptor *cs)
 
 uint64_t WalkedWidth(const char *str, const CSDescriptor *cs)
 {
+    if (CSWalk own; BeginOwnWalk(&own, str, cs)) {
+        CSMeasure whole;
+        ccs_MeasureText(&own, SIZE_MAX, SIZE_MAX, &whole);
+        return whole.columns;
+    }
     RuleCache cache = {};
     uint64_t columns = 0;
-    SegmentWalk walk = WalkSegments(str, cs);
+    SegmentWalk walk;
+    WalkSegments(&walk, str, cs);
     while (NextSegment(&walk)) {
         if (IsIgnored(walk.kind))
             continue;

@@ -79,7 +79,8 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
         return;
     }
     const bool ownForAll = own != nullptr && IsUniform(cs);
-    SegmentWalk walk = WalkSegments(str, cs, static_cast<int>(length));
+    SegmentWalk walk;
+    WalkSegments(&walk, str, cs, static_cast<int>(length));
     while (NextSegment(&walk)) {
         const CaseTableRecord *table = nullptr;
         if (IsText(walk.kind)) {

@@ -152,7 +152,8 @@ Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
     if (!SwitchesSets(cs))
         return kNothing;
     uint16_t last = CS_SEG_END;
-    SegmentWalk walk = WalkSegments(string, cs, length);
+    SegmentWalk walk;
+    WalkSegments(&walk, string, cs, length);
     while (NextSegment(&walk))
         last = walk.kind;
     uint32_t unused;
@@ -161,6 +162,8 @@ Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
     if (HoldsAscii(FlagsOf(last)))
         return kNothing;
     int escLen = 0;
+    if (walk.own)
+        WalkToEnd(string, cs, length);
     const char *escapes = ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &escLen);
     if (escapes == nullptr || escLen < 0)
         return kNothing;
@@ -192,7 +195,8 @@ unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDescriptor *cs)
 {
     unsigned int bytes = 0;
-    SegmentWalk walk = WalkSegments(string, cs, static_cast<int>(n));
+    SegmentWalk walk;
+    WalkSegments(&walk, string, cs, static_cast<int>(n));
     while (NextSegment(&walk))
         if (!IsIgnored(walk.kind))
             bytes = static_cast<unsigned int>(walk.at - string) + walk.size;

@@ -33,8 +33,30 @@ struct Parts {
     unsigned int secondLen;
 };
 
-Parts FillBuffer(const char *str, size_t splitPoint, bool plain)
+// Where a text is divided.
+struct Cut {
+    size_t place;
+    enum { plain, own, service } state; // who knows the state of the text there
+    CSWalk walk;                        // the one of our own
+};
+
+// Writes the escapes of the second part; returns their number of bytes.
+unsigned int PutEscapes(const Cut &cut, char *out)
 {
+    if (cut.state == Cut::plain)
+        return 0;
+    if (cut.state == Cut::own)
+        return static_cast<unsigned int>(ccs_GetWalkEscapes(&cut.walk, 0, out));
+    int length = 0;
+    const char *const escapes = ccs_GetModelEscapes(&length);
+    const auto bytes = static_cast<unsigned int>(std::clamp(length, 0, kMostEscapes));
+    std::memcpy(out, escapes, bytes);
+    return bytes;
+}
+
+Parts FillBuffer(const char *str, const Cut &cut)
+{
+    const size_t splitPoint = cut.place;
     const char *const rest = str + splitPoint;
     const size_t restLen = std::strlen(rest);
     const auto firstLen = Fit<unsigned int>(kSource, splitPoint);
@@ -48,13 +70,13 @@ Parts FillBuffer(const char *str, size_t splitPoint, bool plain)
         return {firstLen, nullptr, 0};
 
     char *const second = theBuffer.at + splitPoint + 1;
-    int escLen = 0;
-    const char *escapes = plain ? "" : ccs_GetModelEscapes(&escLen);
-    const auto escaped = static_cast<unsigned int>(std::clamp(escLen, 0, kMostEscapes));
-    std::memcpy(second, escapes, escaped);
+    const unsigned int escaped = PutEscapes(cut, second);
     std::memcpy(second + escaped, rest, restLen + 1);
     return {firstLen, second, escaped + static_cast<unsigned int>(restLen)};
 }
+
+// Every byte is a character, and there are no escape sequences.
+bool IsPlain(const CSDescriptor *cs) { return IsPlainByteSet(cs) && cs->escMode == 0; }
 
 size_t PlainSplitPoint(const char *str, int limit)
 {
@@ -159,43 +181,74 @@ const char *CountUnits(const char *seg, unsigned int segLen, int budget, int *us
 constexpr auto *kCountCharacters = CountUnits<Measure::characters>;
 constexpr auto *kCountBytes = CountUnits<Measure::bytes>;
 
+// Counts the segment of the kind up to the budget, as CountUnits does.
+const char *CountSegment(const char *seg, unsigned int size, uint16_t kind,
+                         decltype(kCountBytes) count, int *budget, const CSDescriptor *cs)
+{
+    if (IsIgnored(kind))
+        return nullptr;
+    if (kind == CS_SEG_RAW) {
+        const auto left = static_cast<unsigned int>(*budget);
+        *budget -= static_cast<int>(std::min(left, size));
+        return left <= size ? seg + left : nullptr;
+    }
+    const CSDescriptor segCs = SegmentDescriptor(kind, cs);
+    int used = 0;
+    const char *const cut = count(seg, size, *budget, &used, &segCs);
+    *budget -= used;
+    return cut;
+}
+
 // Where in the text the budget is used up; null when it is not.  Takes what is counted off the
 // budget.
 const char *FindCut(const char *str, decltype(kCountBytes) count, int *budget,
                     const CSDescriptor *cs)
 {
-    SegmentWalk walk = WalkSegments(str, cs);
-    while (*budget > 0 && NextSegment(&walk)) {
-        if (IsIgnored(walk.kind))
-            continue;
-        if (walk.kind == CS_SEG_RAW) {
-            const auto left = static_cast<unsigned int>(*budget);
-            *budget -= static_cast<int>(std::min(left, walk.size));
-            if (left <= walk.size)
-                return walk.at + left;
-            continue;
-        }
-        const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
-        int used = 0;
-        const char *cut = count(walk.at, walk.size, *budget, &used, &segCs);
-        *budget -= used;
-        if (cut != nullptr)
-            return cut;
-    }
-    return nullptr;
+    SegmentWalk walk;
+    WalkSegments(&walk, str, cs);
+    const char *cut = nullptr;
+    while (*budget > 0 && cut == nullptr && NextSegmentOfService(&walk))
+        cut = CountSegment(walk.at, walk.size, walk.kind, count, budget, cs);
+    return cut;
 }
 
-size_t WalkedSplitPoint(const char *str, int mode, int limit, const CSDescriptor *cs)
+// The same on a walk of our own, which is where the budget is used up afterwards.
+const char *FindCutByMeasure(CSWalk *walk, int mode, int *budget, const CSDescriptor *cs)
+{
+    const bool bytes = mode == kByBytes;
+    while (*budget > 0) {
+        const auto left = static_cast<size_t>(*budget);
+        CSMeasure passed;
+        ccs_MeasureText(walk, bytes ? left : SIZE_MAX, bytes ? SIZE_MAX : left, &passed);
+        if (passed.bytes == 0)
+            break;
+        *budget -= static_cast<int>((bytes ? passed.shown : passed.columns) + passed.lines);
+    }
+    if (*budget <= 0)
+        return walk->at;
+    // What comes next is longer than the budget, but may cost less.
+    const char *cut = nullptr;
+    CSSegment segment;
+    while (*budget > 0 && cut == nullptr && ccs_NextSegments(walk, &segment, 1) != 0)
+        cut = CountSegment(segment.text, segment.length, segment.kind, kCountBytes, budget, cs);
+    return cut;
+}
+
+// Segments are counted under names of their own, so a call that is traced walks segment by segment.
+// So does one of plain text, in which the service's lengths know shifts that its walk does not.
+void FindWalkedCut(const char *str, int mode, int limit, const CSDescriptor *cs, Cut *cut)
 {
     frame::TraceEntry("str_FindSplitPoint");
+    const bool own = !IsPlain(cs) && !frame::IsTraced() && BeginOwnWalk(&cut->walk, str, cs);
+    cut->state = own ? Cut::own : Cut::service;
     int budget = limit;
-    const char *const cut =
-        FindCut(str, mode == kByBytes ? kCountBytes : kCountCharacters, &budget, cs);
-    size_t splitPoint = 0; // no split, unless something displayed comes before
+    const char *const at =
+        own ? FindCutByMeasure(&cut->walk, mode, &budget, cs)
+            : FindCut(str, mode == kByBytes ? kCountBytes : kCountCharacters, &budget, cs);
+    cut->place = 0; // no split, unless something displayed comes before
     if (budget != limit)
-        splitPoint = cut != nullptr ? static_cast<size_t>(cut - str) : std::strlen(str);
+        cut->place = at != nullptr ? static_cast<size_t>(at - str) : std::strlen(str);
     frame::TraceExit("str_FindSplitPoint");
-    return splitPoint;
 }
 
 } // namespace
@@ -216,10 +269,14 @@ char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned 
                   unsigned int *secondLen, const CSDescriptor *cs)
 {
     frame::TraceEntry();
-    const bool plain = IsPlainByteSet(cs) && cs->escMode == 0;
-    const size_t splitPoint =
-        plain ? PlainSplitPoint(str, limit) : WalkedSplitPoint(str, mode, limit, cs);
-    if (splitPoint == 0) {
+    Cut cut;
+    if (IsPlain(cs)) {
+        cut.place = PlainSplitPoint(str, limit);
+        cut.state = Cut::plain;
+    } else {
+        FindWalkedCut(str, mode, limit, cs, &cut);
+    }
+    if (cut.place == 0) {
         *firstLen = *secondLen = 0;
         *second = nullptr;
         return nullptr; // without an exit trace
@@ -227,7 +284,7 @@ char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned 
     frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
         [&] {
-            const Parts parts = FillBuffer(str, splitPoint, plain);
+            const Parts parts = FillBuffer(str, cut);
             *firstLen = parts.firstLen;
             *second = parts.second;
             *secondLen = parts.secondLen;
@@ -239,7 +296,9 @@ char *str_DoSplit(const char *str, int mode, int limit, char **second, unsigned 
 
 int str_FindSplitPoint(const char *str, int mode, int limit, const CSDescriptor *cs)
 {
-    return Fit<int>(kSource, WalkedSplitPoint(str, mode, limit, cs));
+    Cut cut;
+    FindWalkedCut(str, mode, limit, cs, &cut);
+    return Fit<int>(kSource, cut.place);
 }
 
 const char *str_CountSSDispChars(const char *seg, unsigned int segLen, int budget, int *used,

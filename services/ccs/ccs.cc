@@ -82,10 +82,7 @@ static_assert(sizeof(OwnWalk) <= sizeof(CSWalk::state));
 static_assert(alignof(OwnWalk) <= alignof(CSWalk) &&
               offsetof(CSWalk, state) % alignof(OwnWalk) == 0);
 
-OwnWalk *OwnOf(CSWalk *walk)
-{
-    return static_cast<OwnWalk *>(static_cast<void *>(walk->state));
-}
+OwnWalk *OwnOf(CSWalk *walk) { return static_cast<OwnWalk *>(static_cast<void *>(walk->state)); }
 
 const OwnWalk *OwnOf(const CSWalk *walk)
 {
@@ -265,17 +262,10 @@ static OWN(ccs_GetModelEscapes);
 static OWN(ccs_GetConfAsciiEscs);
 #undef OWN
 
-static const CSReaders kOwnReaders = {ccs_Get1stStr_own,
-                                      ccs_GetNextStr_own,
-                                      ccs_GetAllStrs_own,
-                                      ccs_GetRealStrs_own,
-                                      ccs_GetCtrlLen_own,
-                                      ccs_GetNumBytes_own,
-                                      ccs_GetT61BaseUnitLen_own,
-                                      ccs_GetNextCharLen_own,
-                                      ccs_GetCSFlags_own,
-                                      ccs_GetModelEscapes_own,
-                                      ccs_GetConfAsciiEscs_own};
+static const CSReaders kOwnReaders = {
+    ccs_Get1stStr_own,  ccs_GetNextStr_own,      ccs_GetAllStrs_own,        ccs_GetRealStrs_own,
+    ccs_GetCtrlLen_own, ccs_GetNumBytes_own,     ccs_GetT61BaseUnitLen_own, ccs_GetNextCharLen_own,
+    ccs_GetCSFlags_own, ccs_GetModelEscapes_own, ccs_GetConfAsciiEscs_own};
 
 int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
                   const CSReaders *readers)

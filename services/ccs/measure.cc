@@ -69,10 +69,12 @@ Passed MeasureUnit(const Unit &unit, const char *at)
 Unit UnitOf(const Walk &walk, const char *at, size_t avail)
 {
     const Runs &runs = *walk.runs;
-    if ((ClassAt(at) & (runs.left.single | runs.right.single)) != 0)
-        return {runs.left.kind, 1};
-    if (IsPair(runs.left, at, avail) || IsPair(runs.right, at, avail))
-        return {runs.left.kind, 2};
+    for (const Run *run : {&runs.left, &runs.right}) {
+        if ((ClassAt(at) & run->single) != 0)
+            return {run->kind, 1};
+        if (IsPair(*run, at, avail))
+            return {run->kind, 2};
+    }
     return UnitAt(walk.state, runs.view, at, avail);
 }
 

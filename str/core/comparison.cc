@@ -43,31 +43,38 @@ void EnterSegment(Side *side)
         side->run.size = std::min(side->run.size, side->limit - side->offset);
 }
 
+void Begin(Side *side, const char *str, size_t limit, void (*next)(Side *))
+{
+    side->str = str;
+    side->limit = limit;
+    side->next = next;
+    side->offset = side->size = 0;
+}
+
 } // namespace
 
-Side ListedSide(const char *str, const CSDescriptor *cs, size_t limit)
+void BeginSides(Side *side1, const char *s1, const CSDescriptor *cs1, size_t limit1, Side *side2,
+                const char *s2, const CSDescriptor *cs2, size_t limit2)
 {
-    Side side = {.str = str, .limit = limit, .next = NextInList};
-    side.list = ccs_GetAllStrs(cs, str, WalkLength(limit), &side.count);
-    FetchSegment(&side);
-    return side;
+    Begin(side1, s1, limit1, NextInWalk);
+    Begin(side2, s2, limit2, NextInWalk);
+    WalkSegments(&side1->walk, s1, cs1, WalkLength(limit1));
+    WalkSegments(&side2->walk, s2, cs2, WalkLength(limit2));
+    if (!side1->walk.own) {
+        side1->next = NextInList;
+        side1->list = ccs_GetAllStrs(cs1, s1, WalkLength(limit1), &side1->count);
+        side1->index = -1;
+    }
+    FetchSegment(side1);
+    FetchSegment(side2);
 }
 
-Side WalkedSide(const char *str, const CSDescriptor *cs, size_t limit)
+void BeginOneSegment(Side *side, const char *str, const CSDescriptor *cs, size_t limit)
 {
-    Side side = {.str = str, .limit = limit, .next = NextInWalk};
-    side.walk = WalkSegments(str, cs, WalkLength(limit));
-    FetchSegment(&side);
-    return side;
-}
-
-Side OneSegmentSide(const char *str, const CSDescriptor *cs, size_t limit)
-{
-    Side side = {.str = str, .limit = limit, .next = NextOfOne};
-    side.size = strnlen(str, limit);
-    side.kind = side.size != 0 ? cs->csNum : uint16_t{CS_SEG_END};
-    EnterSegment(&side);
-    return side;
+    Begin(side, str, limit, NextOfOne);
+    side->size = strnlen(str, limit);
+    side->kind = side->size != 0 ? cs->csNum : uint16_t{CS_SEG_END};
+    EnterSegment(side);
 }
 
 void FetchSegment(Side *side)

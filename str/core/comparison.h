@@ -33,29 +33,30 @@ struct Run {
 
 // One string of a comparison, and its current segment: text, raw bytes or the end.
 struct Side {
-    const char *str = nullptr;
-    size_t limit = kNoByteLimit; // bytes of the string that count
-    // Finds the next segment: moves `offset` there, sets `size` and `kind`.
-    void (*next)(Side *side) = nullptr;
+    const char *str;
+    size_t limit; // bytes of the string that count
+    void (*next)(
+        Side *side); // finds the next segment: moves `offset` there, sets `size` and `kind`
 
-    size_t offset = 0; // of the segment in the string
-    size_t size = 0;
-    uint16_t kind = CS_SEG_END;
-    Run run = {nullptr, 0}; // what is left of the segment, up to the limit
+    size_t offset; // of the segment in the string
+    size_t size;
+    uint16_t kind;
+    Run run; // what is left of the segment, up to the limit
 
-    SegmentWalk walk = {};           // of a side that is walked
-    const CSSegment *list = nullptr; // of a side that is listed
-    int count = 0;
-    int index = -1;
+    SegmentWalk walk;      // of a side that is walked
+    const CSSegment *list; // of a side that is listed
+    int count;
+    int index;
 };
 
-// Begin a string at its first segment.  The service keeps one walk state and one list, so one side
-// of a comparison is listed and the other walked.  A limit other than kNoByteLimit fits an int.
-Side ListedSide(const char *str, const CSDescriptor *cs, size_t limit);
-Side WalkedSide(const char *str, const CSDescriptor *cs, size_t limit);
+// Begins both strings at their first segments.  Without walks of our own, the service keeps one
+// walk state and one list, so the first string is listed and the second walked.  A limit other than
+// kNoByteLimit fits an int.
+void BeginSides(Side *side1, const char *s1, const CSDescriptor *cs1, size_t limit1, Side *side2,
+                const char *s2, const CSDescriptor *cs2, size_t limit2);
 
-// The same for a string that is one segment of its set.
-Side OneSegmentSide(const char *str, const CSDescriptor *cs, size_t limit);
+// Begins a string that is one segment of its set.
+void BeginOneSegment(Side *side, const char *str, const CSDescriptor *cs, size_t limit);
 
 // Moves on to the next segment.
 void FetchSegment(Side *side);

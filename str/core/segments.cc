@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/segments.h"
 
+#include <iterator>
+
 namespace libstr
 {
 
 const CSReaders kReaders = {
-    ccs_Get1stStr,   ccs_GetNextStr,    ccs_GetAllStrs,          ccs_GetRealStrs,
-    ccs_GetCtrlLen,  ccs_GetNumBytes,   ccs_GetT61BaseUnitLen,   ccs_GetNextCharLen,
-    ccs_GetCSFlags,  ccs_GetModelEscapes, ccs_GetConfAsciiEscs,
+    ccs_Get1stStr,  ccs_GetNextStr,      ccs_GetAllStrs,        ccs_GetRealStrs,
+    ccs_GetCtrlLen, ccs_GetNumBytes,     ccs_GetT61BaseUnitLen, ccs_GetNextCharLen,
+    ccs_GetCSFlags, ccs_GetModelEscapes, ccs_GetConfAsciiEscs,
 };
 
 bool NextSegmentOfService(SegmentWalk *walk)
@@ -22,10 +24,19 @@ bool NextSegmentOfService(SegmentWalk *walk)
     return walk->kind != CS_SEG_END;
 }
 
+void WalkToEnd(const char *text, const CSDescriptor *cs, int length)
+{
+    SegmentWalk walk;
+    WalkSegments(&walk, text, cs, length);
+    while (NextSegmentOfService(&walk))
+        continue;
+}
+
 bool FindSegments(SegmentWalk *walk)
 {
     walk->index = 0;
-    walk->count = ccs_NextSegments(&walk->walk, walk->ahead, static_cast<int>(std::size(walk->ahead)));
+    walk->count =
+        ccs_NextSegments(&walk->walk, walk->ahead, static_cast<int>(std::size(walk->ahead)));
     if (walk->count > 0)
         return true;
     walk->at += walk->size;

@@ -72,6 +72,9 @@ bool NextSegmentOfService(SegmentWalk *walk);
 // Finds the next segments; false at the end of the text.
 bool FindSegments(SegmentWalk *walk);
 
+// Leads the service's walk to the end of the text, for the escapes that belong there.
+void WalkToEnd(const char *text, const CSDescriptor *cs, int length = -1);
+
 // Moves to the next segment; false at the end of the text.
 inline bool NextSegment(SegmentWalk *walk)
 {

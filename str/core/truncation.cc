@@ -26,8 +26,14 @@ unsigned int SegmentTruncation(const char *seg, unsigned int room, const CSDescr
 
 unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescriptor *cs)
 {
+    if (CSWalk own; BeginOwnWalk(&own, src, cs)) {
+        CSMeasure front;
+        ccs_MeasureText(&own, n, SIZE_MAX, &front);
+        return static_cast<unsigned int>(front.bytes);
+    }
     unsigned int kept = 0;
-    SegmentWalk walk = WalkSegments(src, cs);
+    SegmentWalk walk;
+    WalkSegments(&walk, src, cs);
     while (NextSegment(&walk)) {
         const unsigned int room = n - kept;
         if (room >= walk.size) {
