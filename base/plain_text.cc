@@ -27,16 +27,26 @@ constexpr bool IsShift(unsigned char byte) { return byte == kEsc || (byte & 0xFE
 constexpr bool IsShown(unsigned char byte) { return IsIn(byte, 0x20, 0x7E); }
 constexpr bool IsMark(unsigned char byte) { return IsIn(byte, 0xC1, 0xCF); }
 
-// What counts for the limit of columns.
-size_t CountedIn(const Passed &passed) { return passed.columns + passed.lines; }
-
-void Count(Passed *passed, size_t bytes, bool shown, bool line)
+void Take(Passage *passage, size_t bytes, size_t shown, bool line)
 {
-    passed->bytes += bytes;
-    passed->columns += shown;
-    passed->shown += shown ? bytes : 0;
-    passed->lines += line;
+    passage->bytes += bytes;
+    passage->columns += shown != 0;
+    passage->shown += shown;
+    passage->lines += line;
 }
+
+const unsigned char *At(const Passage &passage)
+{
+    return reinterpret_cast<const unsigned char *>(passage.text + passage.bytes);
+}
+
+// The bytes that may be passed and read.
+size_t Left(const Passage &passage)
+{
+    return std::min(passage.known, passage.mostBytes) - passage.bytes;
+}
+
+bool GoesOn(const Passage &passage) { return passage.bytes < passage.known && !IsOver(passage); }
 
 // Whether one of the sequences begins at `at`, and to what it switches.
 bool SwitchAt(const unsigned char *at, bool *pairs)
@@ -47,56 +57,58 @@ bool SwitchAt(const unsigned char *at, bool *pairs)
                   : at[1] == '(' && (final == 'B' || final == 'I' || final == 'J');
 }
 
-} // namespace
-
-Passed PassSevenBitByByte(const char *text, size_t avail, const Limits &limits, SevenBit *state)
+// The bytes of the unit of the right half at `at`, and how many of them are shown; 0 when it is not
+// known.
+size_t RightUnit(Right right, const unsigned char *at, size_t left, size_t *shown)
 {
-    const auto *const bytes = reinterpret_cast<const unsigned char *>(text);
-    const size_t end = std::min(avail, limits.bytes);
-    Passed passed = {};
-    while (passed.bytes < end && CountedIn(passed) < limits.columns) {
-        const unsigned char *const at = bytes + passed.bytes;
-        const size_t left = end - passed.bytes;
-        if (bool pairs;
-            *at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
-            state->pairs = pairs;
-            state->designation = text + passed.bytes;
-            Count(&passed, kSequence, false, false);
-        } else if (!state->pairs) {
-            if (IsShift(*at) || *at >= 0x80)
-                break;
-            Count(&passed, 1, IsShown(*at), *at == '\n');
-        } else {
-            if (left < 2 || !IsIn(at[0], 0x21, 0x7E) || !IsIn(at[1], 0x21, 0x7E))
-                break;
-            Count(&passed, 2, true, false);
-        }
-    }
-    return passed;
+    const bool edge = *at == 0xA0 || *at == 0xFF;
+    const bool paired = right == Right::pairs || right == Right::shifted;
+    const bool shift = right == Right::shifted && *at == 0x8E;
+    *shown = shift ? 1 : 2;
+    if (paired && (shift || (*at >= 0xA0 && !edge)))
+        return left >= 2 && IsIn(at[1], 0xA1, 0xFE) ? 2 : 0;
+    if (right == Right::marked && IsMark(*at))
+        return left >= 2 && IsShown(at[1]) ? 2 : 0;
+    *shown = (*at & 0x60) != 0;
+    return IsShift(*at & 0x7F) || (edge && right != Right::single96) ? 0 : 1;
 }
 
-Passed PassEightBitByByte(const char *text, size_t avail, const Limits &limits,
-                          const EightBit &form)
+} // namespace
+
+void PassSevenBitByByte(Passage *passage, SevenBit *state)
 {
-    const auto *const bytes = reinterpret_cast<const unsigned char *>(text);
-    const size_t end = std::min(avail, limits.bytes);
-    Passed passed = {};
-    while (passed.bytes < end && CountedIn(passed) < limits.columns) {
-        const unsigned char *const at = bytes + passed.bytes;
-        const bool isControl = (*at & 0x60) == 0;
-        if (IsShift(*at) || *at == 0x8E || *at == 0x8F || *at == 0x9B)
-            break;
-        if (form.marks && IsMark(*at)) {
-            if (end - passed.bytes < 2 || !IsShown(at[1]))
-                break;
-            Count(&passed, 2, true, false);
-            continue;
+    while (GoesOn(*passage)) {
+        const unsigned char *const at = At(*passage);
+        const size_t left = Left(*passage);
+        bool pairs;
+        if (*at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
+            state->pairs = pairs;
+            state->designation = passage->text + passage->bytes;
+            Take(passage, kSequence, 0, false);
+        } else if (!state->pairs) {
+            if (IsShift(*at) || *at >= 0x80)
+                return;
+            Take(passage, 1, IsShown(*at), *at == '\n');
+        } else {
+            if (left < 2 || !IsIn(at[0], 0x21, 0x7E) || !IsIn(at[1], 0x21, 0x7E))
+                return;
+            Take(passage, 2, 2, false);
         }
-        if (!form.edges && (*at == 0xA0 || *at == 0xFF))
-            break;
-        Count(&passed, 1, !isControl && *at != 0x7F, *at == '\n');
     }
-    return passed;
+}
+
+void PassEightBitByByte(Passage *passage, Right right)
+{
+    while (GoesOn(*passage)) {
+        const unsigned char *const at = At(*passage);
+        size_t bytes = 1;
+        size_t shown = IsShown(*at);
+        if (*at >= 0x80)
+            bytes = RightUnit(right, at, Left(*passage), &shown);
+        if (bytes == 0 || IsShift(*at))
+            return;
+        Take(passage, bytes, shown, *at == '\n');
+    }
 }
 
 #if defined(STR_AVX2)
@@ -120,23 +132,30 @@ STR_AVX2 inline uint64_t First(size_t count)
 struct Window {
     __m256i blocks[2];
     unsigned int second; // where the second block begins
-    size_t size;
+    size_t most;         // the bytes of it that may be passed
+    size_t columns;      // the columns that may be passed
 };
 
-STR_AVX2 inline void Load(Window *window, const char *at, size_t avail)
+// Loads the next window; false where there is none.
+STR_AVX2 inline bool Load(Window *window, const Passage &passage)
 {
-    window->size = std::min(avail, kWindow);
-    window->second = static_cast<unsigned int>(window->size - kBlock);
+    const size_t known = passage.known - passage.bytes;
+    if (known < kBlock || IsOver(passage))
+        return false;
+    const char *const at = passage.text + passage.bytes;
+    const size_t size = std::min(known, kWindow);
+    window->second = static_cast<unsigned int>(size - kBlock);
     std::memcpy(&window->blocks[0], at, kBlock);
     std::memcpy(&window->blocks[1], at + window->second, kBlock);
+    window->most = std::min(size, passage.mostBytes - passage.bytes);
+    window->columns = passage.mostColumns - passage.columns - passage.lines;
+    return true;
 }
 
-STR_AVX2 inline uint64_t Mask(const Window &window, __m256i flags0, __m256i flags1)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(flags0)) |
-           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(flags1)))
-               << window.second;
-}
+// An answer for each byte of a window; all bits of the byte, or at least the highest, are the answer.
+struct Flags {
+    __m256i blocks[2];
+};
 
 STR_AVX2 inline __m256i Bytes(unsigned char byte)
 {
@@ -144,22 +163,37 @@ STR_AVX2 inline __m256i Bytes(unsigned char byte)
 }
 
 // The bytes that are `byte` in the bits of `care`.
-STR_AVX2 inline uint64_t Equal(const Window &window, unsigned char byte, unsigned char care = 0xFF)
+STR_AVX2 inline Flags Equal(const Window &window, unsigned char byte, unsigned char care = 0xFF)
 {
-    return Mask(window, _mm256_cmpeq_epi8(window.blocks[0] & Bytes(care), Bytes(byte)),
-                _mm256_cmpeq_epi8(window.blocks[1] & Bytes(care), Bytes(byte)));
+    return {{_mm256_cmpeq_epi8(window.blocks[0] & Bytes(care), Bytes(byte)),
+             _mm256_cmpeq_epi8(window.blocks[1] & Bytes(care), Bytes(byte))}};
 }
 
 // The bytes above `byte`, as signed numbers.
-STR_AVX2 inline uint64_t Above(const Window &window, unsigned char byte)
+STR_AVX2 inline Flags Above(const Window &window, unsigned char byte)
 {
-    return Mask(window, _mm256_cmpgt_epi8(window.blocks[0], Bytes(byte)),
-                _mm256_cmpgt_epi8(window.blocks[1], Bytes(byte)));
+    return {{_mm256_cmpgt_epi8(window.blocks[0], Bytes(byte)),
+             _mm256_cmpgt_epi8(window.blocks[1], Bytes(byte))}};
 }
 
-STR_AVX2 inline uint64_t High(const Window &window)
+STR_AVX2 inline Flags High(const Window &window) { return {{window.blocks[0], window.blocks[1]}}; }
+
+STR_AVX2 inline Flags Or(const Flags &a, const Flags &b)
 {
-    return Mask(window, window.blocks[0], window.blocks[1]);
+    return {{a.blocks[0] | b.blocks[0], a.blocks[1] | b.blocks[1]}};
+}
+
+STR_AVX2 inline Flags Without(const Flags &a, const Flags &b)
+{
+    return {{_mm256_andnot_si256(b.blocks[0], a.blocks[0]),
+             _mm256_andnot_si256(b.blocks[1], a.blocks[1])}};
+}
+
+STR_AVX2 inline uint64_t Mask(const Window &window, const Flags &flags)
+{
+    return static_cast<uint32_t>(_mm256_movemask_epi8(flags.blocks[0])) |
+           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(flags.blocks[1])))
+               << window.second;
 }
 
 // The bytes up to and with the one of the `count`-th bit; 64 where there are not so many.
@@ -180,24 +214,26 @@ STR_AVX2 inline uint64_t Spans(uint64_t events, uint64_t starts, bool atOnce)
     return ~events & ~(~events + (starts << 1) + (atOnce ? 1 : 0));
 }
 
-// Where the first run of ones ends that has an odd number of them; 65 for none.  A run that goes on
-// after the last bit ends at 64.
-STR_AVX2 inline size_t EndOfOddRun(uint64_t runs)
+// How many of the first `size` bytes there are before half a pair.  A run of `pairs` that has an odd
+// number of bytes ends in a half.
+STR_AVX2 inline size_t WholePairs(uint64_t pairs, size_t size)
 {
-    const uint64_t starts = runs & ~(runs << 1);
-    const uint64_t afterEven = (runs + (starts & kEven)) & ~runs;
-    const uint64_t afterOdd = (runs + (starts & ~kEven)) & ~runs;
+    pairs &= First(size);
+    const uint64_t starts = pairs & ~(pairs << 1);
+    const uint64_t afterEven = (pairs + (starts & kEven)) & ~pairs;
+    const uint64_t afterOdd = (pairs + (starts & ~kEven)) & ~pairs;
     const uint64_t ends = (afterEven & ~kEven) | (afterOdd & kEven);
     if (ends != 0)
-        return FirstOf(ends);
-    return (_lzcnt_u64(~runs) & 1) != 0 ? kWindow : kWindow + 1;
+        return FirstOf(ends) - 1;
+    // A run up to the last bit has no end in the mask.
+    return size - (_lzcnt_u64(~pairs) & 1);
 }
 
 // The second bytes of pairs, in runs of an even number of them.
 STR_AVX2 inline uint64_t SecondOfPairs(uint64_t pairs)
 {
     const uint64_t evenStarts = pairs & ~(pairs << 1) & kEven;
-    const uint64_t fromEven = pairs & ~(pairs + evenStarts); // the runs that begin at even bits
+    const uint64_t fromEven = pairs & ~(pairs + evenStarts); // of the runs that begin at even bits
     return (fromEven & ~kEven) | (pairs & ~fromEven & kEven);
 }
 
@@ -213,24 +249,27 @@ struct SevenBitMasks {
 
 STR_AVX2 inline SevenBitMasks Look(const Window &window, const SevenBit &state)
 {
-    const uint64_t escapes = Equal(window, kEsc);
+    const uint64_t escapes = Mask(window, Equal(window, kEsc));
     const uint64_t known = state.switches ? escapes : 0;
-    const uint64_t toSingle = known & Equal(window, '(') >> 1 &
-                              (Equal(window, 'B', 0xF7) | Equal(window, 'I')) >> 2; // B, J
-    const uint64_t toPairs =
-        known & Equal(window, '$') >> 1 & Equal(window, '@', 0xFD) >> 2; // @, B
+    const Flags singleFinals = Or(Equal(window, 'B', 0xF7), Equal(window, 'I')); // B, J and I
+    const uint64_t toSingle =
+        known & Mask(window, Equal(window, '(')) >> 1 & Mask(window, singleFinals) >> 2;
+    const uint64_t toPairs = known & Mask(window, Equal(window, '$')) >> 1 &
+                             Mask(window, Equal(window, '@', 0xFD)) >> 2; // @ and B
     const uint64_t switches = toSingle | toPairs;
     const uint64_t sequences = switches | switches << 1 | switches << 2;
     const uint64_t pairs = Spans(switches, toPairs, state.pairs) & ~sequences;
     const uint64_t singles = ~pairs & ~sequences;
-    const uint64_t shown = Above(window, 0x1F) & ~Equal(window, 0x7F);
+    const uint64_t shown = Mask(window, Without(Above(window, 0x1F), Equal(window, 0x7F)));
+    const uint64_t foreign =
+        Mask(window, Or(High(window), Equal(window, 0x0E, 0xFE))) | escapes; // SO and SI
+    const uint64_t unpaired = ~shown | Mask(window, Equal(window, ' '));
     return {toPairs,
             switches,
             pairs,
             singles & shown,
-            singles & Equal(window, '\n'),
-            (singles & (High(window) | escapes | Equal(window, 0x0E, 0xFE))) |
-                (pairs & (~shown | Equal(window, ' ')))};
+            singles & Mask(window, Equal(window, '\n')),
+            (singles & foreign) | (pairs & unpaired)};
 }
 
 // How many of the first `size` bytes are whole units.
@@ -239,115 +278,121 @@ STR_AVX2 inline size_t WholeUnits(const SevenBitMasks &masks, size_t size)
     if (const uint64_t cut = masks.switches & First(size) & ~(First(size) >> (kSequence - 1));
         cut != 0)
         size = FirstOf(cut);
-    const size_t end = EndOfOddRun(masks.pairs & First(size));
-    return end <= kWindow ? end - 1 : size;
+    return WholePairs(masks.pairs, size);
 }
 
-// The ends of the units that count for the limit of columns, in whole units.
-STR_AVX2 inline uint64_t Counted(const SevenBitMasks &masks)
+STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
 {
-    return masks.shown | masks.lines | SecondOfPairs(masks.pairs);
-}
-
-STR_AVX2 Passed PassSevenBitInWindows(const char *text, size_t avail, const Limits &limits,
-                                      SevenBit *state)
-{
-    Passed passed = {};
-    while (passed.bytes < limits.bytes && avail - passed.bytes >= kBlock) {
-        const char *const at = text + passed.bytes;
-        const Limits left = Less(limits, passed);
-        Window window;
-        Load(&window, at, avail - passed.bytes);
+    Window window;
+    while (Load(&window, *passage)) {
         const SevenBitMasks masks = Look(window, *state);
-        size_t size = std::min({window.size, left.bytes, FirstOf(masks.unknown)});
-        size = WholeUnits(masks, size);
-        if (left.columns < kWindow)
-            size = std::min(size, AfterCounted(Counted(masks), left.columns));
+        size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
+        if (window.columns < kWindow)
+            size =
+                std::min(size, AfterCounted(masks.shown | masks.lines | SecondOfPairs(masks.pairs),
+                                            window.columns));
         if (size == 0)
-            break;
+            return;
         const uint64_t taken = First(size);
         const size_t single = CountOf(masks.shown & taken), paired = CountOf(masks.pairs & taken);
-        passed.bytes += size;
-        passed.columns += single + paired / 2;
-        passed.shown += single + paired;
-        passed.lines += CountOf(masks.lines & taken);
         if (const uint64_t last = masks.switches & taken; last != 0) {
             const size_t place = kWindow - 1 - _lzcnt_u64(last);
             state->pairs = (masks.toPairs >> place & 1) != 0;
-            state->designation = at + place;
+            state->designation = passage->text + passage->bytes + place;
         }
+        passage->bytes += size;
+        passage->columns += single + paired / 2;
+        passage->shown += single + paired;
+        passage->lines += CountOf(masks.lines & taken);
     }
-    return passed;
 }
 
 // ---- Eight bits ----------------------------------------------------------------------------
 
-STR_AVX2 Passed PassEightBitInWindows(const char *text, size_t avail, const Limits &limits,
-                                      const EightBit &form)
-{
-    Passed passed = {};
-    while (passed.bytes < limits.bytes && avail - passed.bytes >= kBlock) {
-        const Limits left = Less(limits, passed);
-        Window window;
-        Load(&window, text + passed.bytes, avail - passed.bytes);
-        const uint64_t high = High(window);
-        const uint64_t leftHalf = Above(window, 0x1F) & ~Equal(window, 0x7F);
-        const uint64_t shown = leftHalf | (high & ~Equal(window, 0x80, 0xE0));
-        const uint64_t marks = form.marks ? high & Above(window, 0xC0) & ~Above(window, 0xCF) : 0;
-        const uint64_t edges = form.edges ? 0 : Equal(window, 0xA0) | Equal(window, 0xFF);
-        const uint64_t unknown = edges | (marks & ~(leftHalf >> 1)) | Equal(window, kEsc) |
-                                 Equal(window, 0x0E, 0x7E) | Equal(window, 0x9B);
+// The masks of a window of text in eight bits.
+struct EightBitMasks {
+    uint64_t shown;   // bytes of characters
+    uint64_t counted; // the last bytes of characters
+    uint64_t leads;   // bytes that need the next one
+    uint64_t lines;
+    uint64_t unknown;
+};
 
-        size_t size = std::min({window.size, left.bytes, FirstOf(unknown)});
-        if (size != 0 && (marks >> (size - 1) & 1) != 0)
-            --size; // a mark at the end of the window belongs to the next one
-        const uint64_t lines = Equal(window, '\n');
-        if (left.columns < kWindow)
-            size = std::min(size, AfterCounted((shown & ~marks) | lines, left.columns));
-        if (size == 0)
-            break;
-        const uint64_t taken = First(size);
-        passed.bytes += size;
-        passed.columns += CountOf(shown & ~marks & taken);
-        passed.shown += CountOf(shown & taken);
-        passed.lines += CountOf(lines & taken);
+// The masks of a right half of pairs, of which `left` has the characters of the left half.
+STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, Right right, uint64_t left)
+{
+    const uint64_t shifts = right == Right::shifted ? Mask(window, Equal(window, 0x8E)) : 0;
+    const uint64_t bytes = Mask(window, Without(Above(window, 0xA0), Above(window, 0xFE)));
+    const uint64_t pairs = bytes | shifts, seconds = SecondOfPairs(pairs);
+    const uint64_t leads = pairs & ~seconds;
+    return {left | bytes, left | seconds, leads, 0, (shifts & seconds) | (leads & ~(seconds >> 1))};
+}
+
+STR_AVX2 inline EightBitMasks Look(const Window &window, Right right)
+{
+    const Flags leftHalf = Without(Above(window, 0x1F), Equal(window, 0x7F));
+    const uint64_t left = Mask(window, leftHalf);
+    // ESC and CSI, SO and SI, SS2 and SS3 differ by their highest bit.
+    uint64_t foreign = Mask(window, Or(Equal(window, 0x0E, 0x7E), Equal(window, kEsc, 0x7F)));
+    if (right != Right::single96)
+        foreign |= Mask(window, Or(Equal(window, 0xA0), Equal(window, 0xFF)));
+    EightBitMasks masks = {};
+    if (right == Right::pairs || right == Right::shifted) {
+        masks = LookAtPairs(window, right, left);
+        foreign &= ~(masks.leads & ~masks.shown); // SS2
+    } else {
+        const Flags marks = Without(Above(window, 0xC0), Above(window, 0xCF));
+        masks.leads = right == Right::marked ? Mask(window, marks) : 0;
+        masks.shown = Mask(window, Or(leftHalf, Without(High(window), Equal(window, 0x80, 0xE0))));
+        masks.counted = masks.shown & ~masks.leads;
+        masks.unknown = masks.leads & ~(left >> 1);
     }
-    return passed;
+    masks.lines = Mask(window, Equal(window, '\n'));
+    masks.unknown |= foreign;
+    return masks;
+}
+
+STR_AVX2 void PassEightBitInWindows(Passage *passage, Right right)
+{
+    Window window;
+    while (Load(&window, *passage)) {
+        const EightBitMasks masks = Look(window, right);
+        size_t size = std::min(window.most, FirstOf(masks.unknown));
+        if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
+            --size; // the character ends in the next window, or is not known
+        if (window.columns < kWindow)
+            size = std::min(size, AfterCounted(masks.counted | masks.lines, window.columns));
+        if (size == 0)
+            return;
+        const uint64_t taken = First(size);
+        passage->bytes += size;
+        passage->columns += CountOf(masks.counted & taken);
+        passage->shown += CountOf(masks.shown & taken);
+        passage->lines += CountOf(masks.lines & taken);
+    }
 }
 
 } // namespace
 
-Passed PassSevenBit(const char *at, size_t avail, const Limits &limits, SevenBit *text)
+void PassSevenBit(Passage *passage, SevenBit *state)
 {
-    Passed passed = {};
-    if (avail >= kBlock && HasAvx2())
-        passed = PassSevenBitInWindows(at, avail, limits, text);
-    Add(&passed,
-        PassSevenBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
-    return passed;
+    if (passage->known >= kBlock && HasAvx2())
+        PassSevenBitInWindows(passage, state);
+    PassSevenBitByByte(passage, state);
 }
 
-Passed PassEightBit(const char *at, size_t avail, const Limits &limits, const EightBit &text)
+void PassEightBit(Passage *passage, Right right)
 {
-    Passed passed = {};
-    if (avail >= kBlock && HasAvx2())
-        passed = PassEightBitInWindows(at, avail, limits, text);
-    Add(&passed,
-        PassEightBitByByte(at + passed.bytes, avail - passed.bytes, Less(limits, passed), text));
-    return passed;
+    if (passage->known >= kBlock && HasAvx2())
+        PassEightBitInWindows(passage, right);
+    PassEightBitByByte(passage, right);
 }
 
 #else
 
-Passed PassSevenBit(const char *at, size_t avail, const Limits &limits, SevenBit *text)
-{
-    return PassSevenBitByByte(at, avail, limits, text);
-}
+void PassSevenBit(Passage *passage, SevenBit *state) { PassSevenBitByByte(passage, state); }
 
-Passed PassEightBit(const char *at, size_t avail, const Limits &limits, const EightBit &text)
-{
-    return PassEightBitByByte(at, avail, limits, text);
-}
+void PassEightBit(Passage *passage, Right right) { PassEightBitByByte(passage, right); }
 
 #endif
 

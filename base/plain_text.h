@@ -4,8 +4,8 @@
 // units: with AVX2 64 bytes at a time, else byte by byte.
 //
 // A unit is a character, a control function of one byte, or one of the sequences named below.  What
-// is passed over ends after a whole unit.  Whoever calls decides about the next one, which these
-// functions do not know, or which does not fit.
+// is passed over ends after a whole unit.  The caller decides about the next one, which either these
+// functions do not know, or is beyond a limit.
 #ifndef BASE_PLAIN_TEXT_H
 #define BASE_PLAIN_TEXT_H
 
@@ -15,59 +15,56 @@
 namespace libstr::plain
 {
 
-// What has been passed over.
-struct Passed {
+// A text, how far to read it, and what has been passed over.
+struct Passage {
+    const char *text;
+    size_t known; // bytes of it that may be read, none of them NUL
+
+    // No unit is passed that ends after so many bytes, and none after so many characters and line
+    // feeds.
+    size_t mostBytes;
+    size_t mostColumns;
+
     size_t bytes;
     size_t columns; // characters
-    size_t shown;   // bytes of these characters
+    size_t shown;   // bytes of these characters, without single shifts
     size_t lines;   // line feeds
 };
 
-// Where to stop: no unit is passed that ends after so many bytes, and none after so many characters
-// and line feeds.
-struct Limits {
-    size_t bytes;
-    size_t columns;
-};
-
-inline void Add(Passed *sum, const Passed &passed)
+// A limit has been reached.
+inline bool IsOver(const Passage &passage)
 {
-    sum->bytes += passed.bytes;
-    sum->columns += passed.columns;
-    sum->shown += passed.shown;
-    sum->lines += passed.lines;
+    return passage.bytes >= passage.mostBytes ||
+           passage.columns + passage.lines >= passage.mostColumns;
 }
 
-// What is left of the limits.
-inline Limits Less(const Limits &limits, const Passed &passed)
-{
-    return {limits.bytes - passed.bytes, limits.columns - passed.columns - passed.lines};
-}
-
-// Text in seven bits: the left half has characters of one byte, or the set's pairs.
+// Seven bits: the left half has characters of one byte, or pairs of bytes.
 struct SevenBit {
     bool pairs;
     bool switches; // ESC ( B, ESC ( I, ESC ( J, ESC $ @ and ESC $ B switch between the two
     const char *designation; // the last of these that was passed over; null for none
 };
 
-// Passes over text of which `avail` bytes may be read, none of them NUL.  Knows in single bytes all
-// except ESC, SO, SI and those from 0x80 on; in pairs only graphic characters.
-Passed PassSevenBit(const char *at, size_t avail, const Limits &limits, SevenBit *text);
+// Knows in single bytes all except ESC, SO, SI and those from 0x80 on; in pairs only the graphic
+// characters.
+void PassSevenBit(Passage *passage, SevenBit *state);
 
-// Text in eight bits, with characters of one byte in both halves.
-struct EightBit {
-    bool
-        marks; // 0xC1 to 0xCF are marks: with the byte of the left half after it, each is a character
-    bool edges; // 0xA0 and 0xFF are characters
+// Eight bits: the left half has characters of one byte.  What the right half has:
+enum class Right {
+    single94, // 0xA1 to 0xFE are characters
+    single96, // 0xA0 to 0xFF are
+    marked,   // as single94, but 0xC1 to 0xCF are marks: each is a character with the next byte
+    pairs,    // pairs of these bytes are characters
+    shifted   // the same, and SS2 makes a character of the one byte after it
 };
 
-// The same.  Knows all bytes except ESC, SO, SI, SS2, SS3 and CSI, and marks before other bytes.
-Passed PassEightBit(const char *at, size_t avail, const Limits &limits, const EightBit &text);
+// Knows all bytes except ESC, SO, SI, SS2, SS3 and CSI, and what the right half does not have.  After
+// a mark it knows only bytes of the left half.
+void PassEightBit(Passage *passage, Right right);
 
 // The plain forms.
-Passed PassSevenBitByByte(const char *at, size_t avail, const Limits &limits, SevenBit *text);
-Passed PassEightBitByByte(const char *at, size_t avail, const Limits &limits, const EightBit &text);
+void PassSevenBitByByte(Passage *passage, SevenBit *state);
+void PassEightBitByByte(Passage *passage, Right right);
 
 } // namespace libstr::plain
 

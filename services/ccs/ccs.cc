@@ -294,20 +294,15 @@ int ccs_NextSegments(CSWalk *walk, CSSegment *out, int max)
 
 void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)
 {
-    libstr::plain::Limits limits = {bytes, columns};
-    libstr::plain::Passed total = {};
-    // Whether a unit is whole can be seen from a few bytes after it, except for a sequence.
-    size_t beyond = 16;
-    for (bool isCut = true; isCut; beyond *= 2) {
-        const bool toEnd = limits.bytes > SIZE_MAX - beyond;
-        const size_t avail = toEnd ? LeftOf(walk) : LeftWithin(walk, limits.bytes + beyond);
-        const auto passed = ccs::Measure(&OwnOf(walk)->walk, walk->at, avail, limits, &isCut);
-        walk->at += passed.bytes;
-        limits = Less(limits, passed);
-        Add(&total, passed);
-        isCut = isCut && OwnOf(walk)->end == nullptr;
+    libstr::plain::Passage passage = {walk->at, 0, bytes, columns, 0, 0, 0, 0};
+    // A few bytes after a unit tell whether it is whole, except for a sequence.
+    bool isCut = true;
+    for (size_t beyond = 16; isCut; beyond *= 2) {
+        passage.known = bytes < SIZE_MAX - beyond ? LeftWithin(walk, bytes + beyond) : LeftOf(walk);
+        isCut = ccs::Measure(&OwnOf(walk)->walk, &passage) && OwnOf(walk)->end == nullptr;
     }
-    *out = {total.bytes, total.columns, total.shown, total.lines};
+    walk->at += passage.bytes;
+    *out = {passage.bytes, passage.columns, passage.shown, passage.lines};
 }
 
 int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out)

@@ -8,8 +8,7 @@ namespace libstr::ccs
 namespace
 {
 
-using plain::Limits;
-using plain::Passed;
+using plain::Passage;
 
 // ---- Plain text ----------------------------------------------------------------------------
 
@@ -24,45 +23,64 @@ static_assert(IsFixed(Graphic::set94, 'B', 1) && IsFixed(Graphic::set94, 'J', 1)
 static_assert(IsFixed(Graphic::set94, 'I', 1) && IsFixed(Graphic::set94n, '@', 2));
 static_assert(IsFixed(Graphic::set94n, 'B', 2));
 
-Passed PassSevenBit(Walk *walk, const char *at, size_t avail, const Limits &limits)
+void PassSevenBit(Walk *walk, Passage *passage)
 {
-    plain::SevenBit text = {walk->runs->view.left.bytes == 2, walk->state.left == 0, nullptr};
-    const Passed passed = plain::PassSevenBit(at, avail, limits, &text);
-    if (text.designation != nullptr) {
-        Apply(&walk->state, text.designation, 3);
-        Resolve(walk);
+    plain::SevenBit state = {walk->runs->view.left.bytes == 2, walk->state.left == 0, nullptr};
+    plain::PassSevenBit(passage, &state);
+    if (state.designation != nullptr)
+        Follow(walk, state.designation, 3);
+}
+
+// What the right half of the view has, where PassEightBit knows it.
+bool FindRight(const Walk &walk, plain::Right *right)
+{
+    const View &view = walk.runs->view;
+    if (view.right.row == kNoRow)
+        return false;
+    if (view.right.bytes == 2) {
+        const Half half = HalfOf(walk.state.g[2], &SetRow::right);
+        const bool isSingle =
+            half.row != kNoRow && !half.is96 && half.bytes == 1 && !IsMarked(half);
+        *right = isSingle ? plain::Right::shifted : plain::Right::pairs;
+        return !view.right.is96;
     }
-    return passed;
+    *right = IsMarked(view.right) ? plain::Right::marked
+             : view.right.is96    ? plain::Right::single96
+                                  : plain::Right::single94;
+    return view.partners || !IsMarked(view.right);
 }
 
 // Passes over what needs no closer look.
-Passed PassPlain(Walk *walk, const char *at, size_t avail, const Limits &limits)
+void PassPlain(Walk *walk, Passage *passage)
 {
     const View &view = walk->runs->view;
-    if (!view.escapes || view.utf8 || view.left.row == kNoRow || walk->next != Walk::Next::any)
-        return {};
+    plain::Right right;
+    if (!view.escapes || view.utf8 || walk->next != Walk::Next::any || view.left.row == kNoRow ||
+        view.left.is96 || IsMarked(view.left))
+        return;
     if (!view.rightUsed)
-        return view.left.is96 || IsMarked(view.left) ? Passed{}
-                                                     : PassSevenBit(walk, at, avail, limits);
-    if (view.left.bytes != 1 || view.left.is96 || view.right.row == kNoRow || view.right.bytes != 1)
-        return {};
-    const bool marks = IsMarked(view.right);
-    if (marks && !view.partners)
-        return {};
-    return plain::PassEightBit(at, avail, limits, {marks, view.right.is96});
+        PassSevenBit(walk, passage);
+    else if (view.left.bytes == 1 && FindRight(*walk, &right))
+        plain::PassEightBit(passage, right);
 }
 
 // ---- Units ---------------------------------------------------------------------------------
 
-// What a unit that is not a sequence adds.  A single shift is not shown, but its character is.
-Passed MeasureUnit(const Unit &unit, const char *at)
+// Passes a unit that is not a sequence.  A single shift is not shown, but its character is.
+void TakeUnit(const Unit &unit, const char *at, Passage *passage)
 {
     const unsigned char byte = Byte(at);
     const bool isControl = unit.kind != CS_SEG_RAW && IsControl(byte);
-    if (isControl && unit.length > 1)
-        return {unit.length, 1, unit.length - (byte == kEsc ? 2 : 1), 0};
     const bool shown = !isControl && (byte != 0x7F || unit.kind == CS_SEG_RAW);
-    return {unit.length, shown ? 1U : 0U, shown ? unit.length : 0, byte == '\n' && isControl};
+    passage->bytes += unit.length;
+    if (isControl && unit.length > 1) {
+        passage->columns += 1;
+        passage->shown += unit.length - (byte == kEsc ? 2 : 1);
+    } else if (shown) {
+        passage->columns += 1;
+        passage->shown += unit.length;
+    }
+    passage->lines += isControl && byte == '\n';
 }
 
 // The unit at `at`, which the walk has reached.  Most units can be told by their first bytes.
@@ -78,39 +96,38 @@ Unit UnitOf(const Walk &walk, const char *at, size_t avail)
     return UnitAt(walk.state, runs.view, at, avail);
 }
 
-// Passes over one unit or sequence; no bytes where it does not fit.
-Passed PassUnit(Walk *walk, const char *at, size_t avail, size_t most, bool *isCut)
+enum class Outcome { passed, tooLong, cut };
+
+// Passes over one unit or sequence.
+Outcome PassUnit(Walk *walk, Passage *passage)
 {
-    if (walk->next == Walk::Next::rawByte)
-        return MeasureUnit(NextSegment(walk, at, 1), at);
+    const char *const at = passage->text + passage->bytes;
+    const size_t avail = passage->known - passage->bytes;
+    if (walk->next == Walk::Next::rawByte) {
+        TakeUnit(NextSegment(walk, at, 1), at, passage);
+        return Outcome::passed;
+    }
     const Unit unit = UnitOf(*walk, at, avail);
-    if (unit.kind == CS_SEG_IGNORE)
-        *isCut = unit.length == avail;
-    if (unit.length > most)
-        return {};
-    if (unit.kind != CS_SEG_IGNORE)
-        return MeasureUnit(unit, at);
-    NextSegment(walk, at, avail); // changes the state
-    return {unit.length, 0, 0, 0};
+    const bool isSequence = unit.kind == CS_SEG_IGNORE;
+    if (unit.length > passage->mostBytes - passage->bytes)
+        return isSequence && unit.length == avail ? Outcome::cut : Outcome::tooLong;
+    if (isSequence)
+        passage->bytes += NextSegment(walk, at, avail).length; // changes the state
+    else
+        TakeUnit(unit, at, passage);
+    return Outcome::passed;
 }
 
 } // namespace
 
-Passed Measure(Walk *walk, const char *at, size_t avail, const Limits &limits, bool *isCut)
+bool Measure(Walk *walk, Passage *passage)
 {
-    Passed total = {};
-    *isCut = false;
     for (;;) {
-        const size_t begin = total.bytes;
-        plain::Add(&total, PassPlain(walk, at + begin, avail - begin, plain::Less(limits, total)));
-        const Limits left = plain::Less(limits, total);
-        if (total.bytes == avail || left.bytes == 0 || left.columns == 0)
-            return total;
-        const Passed unit =
-            PassUnit(walk, at + total.bytes, avail - total.bytes, left.bytes, isCut);
-        if (unit.bytes == 0)
-            return total;
-        plain::Add(&total, unit);
+        PassPlain(walk, passage);
+        if (passage->bytes == passage->known || IsOver(*passage))
+            return false;
+        if (const Outcome outcome = PassUnit(walk, passage); outcome != Outcome::passed)
+            return outcome == Outcome::cut;
     }
 }
 

@@ -10,11 +10,9 @@
 namespace libstr::ccs
 {
 
-// Passes over the units and sequences at `at`, as far as the limits allow.  `avail` bytes are
-// known of the text, none of them NUL.  `isCut` receives whether the sequence after them might
-// be read in another way if more of the text were known.
-plain::Passed Measure(Walk *walk, const char *at, size_t avail, const plain::Limits &limits,
-                      bool *isCut);
+// Passes over the units and sequences at the passage's place, as far as its limits allow.  Returns
+// whether the sequence after them might be read in another way if more of the text were known.
+bool Measure(Walk *walk, plain::Passage *passage);
 
 } // namespace libstr::ccs
 

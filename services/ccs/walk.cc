@@ -149,6 +149,19 @@ constexpr auto kSevenBit = [] {
     return all;
 }();
 
+// Resolves the walk's state after a change.  Only where escapes are recognised does it change.
+void Resolve(Walk *walk)
+{
+    const State &state = walk->state;
+    if (state.coding == Coding::iso2022 && state.right == kNowhere) {
+        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
+        walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+    } else {
+        walk->own = RunsOf(state, Heeds::escapes);
+        walk->runs = &walk->own;
+    }
+}
+
 // ---- Segments ------------------------------------------------------------------------------
 
 // Whether every run ends before the byte: it begins an escape sequence or a locking shift.
@@ -245,8 +258,7 @@ Unit Lengthen(const Walk &walk, Unit first, const char *at, size_t avail)
 // The segment of an escape sequence or locking shift.
 Unit Switch(Walk *walk, const char *at, size_t length)
 {
-    Apply(&walk->state, at, length);
-    Resolve(walk);
+    Follow(walk, at, length);
     return {CS_SEG_IGNORE, length};
 }
 
@@ -303,17 +315,20 @@ Unit KnownSegment(Walk *walk, const char *at, size_t avail)
 
 } // namespace
 
-// Only where escapes are recognised does the state change.
-void Resolve(Walk *walk)
+void Follow(Walk *walk, const char *at, size_t length)
 {
-    const State &state = walk->state;
-    if (state.coding == Coding::iso2022 && state.right == kNowhere) {
-        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
+    State *const state = &walk->state;
+    const bool sevenBit = state->coding == Coding::iso2022 && state->right == kNowhere;
+    if (sevenBit && state->left == 0 && length == 3 && (at[1] == '(' || at[1] == '$')) {
+        // By far the most frequent: a set for G0 in seven bits.
+        const Graphic graphic = at[1] == '(' ? Graphic::set94 : Graphic::set94n;
+        const uint8_t row = FindGraphicRow(graphic, '\0', at[2]);
+        state->g[0] = {row, graphic, '\0', at[2]};
         walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
-    } else {
-        walk->own = RunsOf(state, Heeds::escapes);
-        walk->runs = &walk->own;
+        return;
     }
+    Apply(state, at, length);
+    Resolve(walk);
 }
 
 void Begin(Walk *walk, const CSDescriptor &cs)

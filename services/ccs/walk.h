@@ -57,8 +57,8 @@ inline bool IsPair(const Run &run, const char *at, size_t avail)
 // Begins a walk in the initial state of the descriptor's set.  A walk must not be copied.
 void Begin(Walk *walk, const CSDescriptor &cs);
 
-// Makes the walk's runs those of its state, which has changed.
-void Resolve(Walk *walk);
+// Changes the walk's state as an escape sequence or locking shift says.
+void Follow(Walk *walk, const char *at, size_t length);
 
 // The segment at `at`, which the walk has reached.  The text ends after `avail` bytes, or before
 // that at a NUL: CS_SEG_END with length 0.
