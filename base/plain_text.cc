@@ -18,6 +18,7 @@ namespace
 
 constexpr unsigned char kEsc = 0x1B;
 constexpr size_t kSequence = 3; // bytes of a sequence that is known here
+constexpr size_t kWindow = 64;
 
 constexpr bool IsIn(unsigned char byte, unsigned char first, unsigned char last)
 {
@@ -73,28 +74,45 @@ size_t RightUnit(Right right, const unsigned char *at, size_t left, size_t *show
     return IsShift(*at & 0x7F) || (edge && right != Right::single96) ? 0 : 1;
 }
 
+// Passes one unit; false where it is not known or does not fit.
+bool PassSevenBitUnit(Passage *passage, SevenBit *state)
+{
+    const unsigned char *const at = At(*passage);
+    const size_t left = Left(*passage);
+    bool pairs;
+    if (*at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
+        state->pairs = pairs;
+        state->designation = passage->text + passage->bytes;
+        Take(passage, kSequence, 0, false);
+    } else if (!state->pairs) {
+        if (IsShift(*at) || *at >= 0x80)
+            return false;
+        Take(passage, 1, IsShown(*at), *at == '\n');
+    } else {
+        if (left < 2 || !IsIn(at[0], 0x21, 0x7E) || !IsIn(at[1], 0x21, 0x7E))
+            return false;
+        Take(passage, 2, 2, false);
+    }
+    return true;
+}
+
 } // namespace
 
 void PassSevenBitByByte(Passage *passage, SevenBit *state)
 {
-    while (GoesOn(*passage)) {
-        const unsigned char *const at = At(*passage);
-        const size_t left = Left(*passage);
-        bool pairs;
-        if (*at == kEsc && state->switches && left >= kSequence && SwitchAt(at, &pairs)) {
-            state->pairs = pairs;
-            state->designation = passage->text + passage->bytes;
-            Take(passage, kSequence, 0, false);
-        } else if (!state->pairs) {
-            if (IsShift(*at) || *at >= 0x80)
-                return;
-            Take(passage, 1, IsShown(*at), *at == '\n');
-        } else {
-            if (left < 2 || !IsIn(at[0], 0x21, 0x7E) || !IsIn(at[1], 0x21, 0x7E))
-                return;
-            Take(passage, 2, 2, false);
-        }
-    }
+    while (GoesOn(*passage) && PassSevenBitUnit(passage, state))
+        continue;
+}
+
+Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state)
+{
+    Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
+    uint64_t places = 0;
+    for (size_t begin = 0; GoesOn(passage) && PassSevenBitUnit(&passage, state);
+         begin = passage.bytes)
+        if (state->designation == text + begin)
+            places |= uint64_t{1} << begin;
+    return {passage.bytes, places};
 }
 
 void PassEightBitByByte(Passage *passage, Right right)
@@ -117,7 +135,6 @@ namespace
 {
 
 constexpr size_t kBlock = 32;
-constexpr size_t kWindow = 64;
 constexpr uint64_t kEven = 0x5555555555555555;
 
 // The first `count` bits, of which there may be 64.
@@ -281,6 +298,29 @@ STR_AVX2 inline size_t WholeUnits(const SevenBitMasks &masks, size_t size)
     return WholePairs(masks.pairs, size);
 }
 
+// Takes the state after the last of the sequences, which begin at `switches` in the text at `at`.
+STR_AVX2 inline void Switch(SevenBit *state, const SevenBitMasks &masks, uint64_t switches,
+                            const char *at)
+{
+    if (switches == 0)
+        return;
+    const size_t place = kWindow - 1 - _lzcnt_u64(switches);
+    state->pairs = (masks.toPairs >> place & 1) != 0;
+    state->designation = at + place;
+}
+
+STR_AVX2 Switches FindSwitchesInWindow(const char *text, size_t known, SevenBit *state)
+{
+    Window window;
+    if (!Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0}))
+        return {0, 0};
+    const SevenBitMasks masks = Look(window, *state);
+    const size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
+    const uint64_t places = masks.switches & First(size);
+    Switch(state, masks, places, text);
+    return {size, places};
+}
+
 STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
 {
     Window window;
@@ -295,11 +335,7 @@ STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
             return;
         const uint64_t taken = First(size);
         const size_t single = CountOf(masks.shown & taken), paired = CountOf(masks.pairs & taken);
-        if (const uint64_t last = masks.switches & taken; last != 0) {
-            const size_t place = kWindow - 1 - _lzcnt_u64(last);
-            state->pairs = (masks.toPairs >> place & 1) != 0;
-            state->designation = passage->text + passage->bytes + place;
-        }
+        Switch(state, masks, masks.switches & taken, passage->text + passage->bytes);
         passage->bytes += size;
         passage->columns += single + paired / 2;
         passage->shown += single + paired;
@@ -381,6 +417,12 @@ void PassSevenBit(Passage *passage, SevenBit *state)
     PassSevenBitByByte(passage, state);
 }
 
+Switches FindSwitches(const char *text, size_t known, SevenBit *state)
+{
+    return known >= kBlock && HasAvx2() ? FindSwitchesInWindow(text, known, state)
+                                        : FindSwitchesByByte(text, known, state);
+}
+
 void PassEightBit(Passage *passage, Right right)
 {
     if (passage->known >= kBlock && HasAvx2())
@@ -391,6 +433,11 @@ void PassEightBit(Passage *passage, Right right)
 #else
 
 void PassSevenBit(Passage *passage, SevenBit *state) { PassSevenBitByByte(passage, state); }
+
+Switches FindSwitches(const char *text, size_t known, SevenBit *state)
+{
+    return FindSwitchesByByte(text, known, state);
+}
 
 void PassEightBit(Passage *passage, Right right) { PassEightBitByByte(passage, right); }
 

@@ -49,6 +49,13 @@ struct SevenBit {
 // characters.
 void PassSevenBit(Passage *passage, SevenBit *state);
 
+// The places of the sequences in the next bytes of a text in seven bits.
+struct Switches {
+    size_t bytes;    // how many were looked at, at most 64: whole units that PassSevenBit knows
+    uint64_t places; // a bit for each byte
+};
+Switches FindSwitches(const char *text, size_t known, SevenBit *state);
+
 // Eight bits: the left half has characters of one byte.  What the right half has:
 enum class Right {
     single94, // 0xA1 to 0xFE are characters
@@ -65,6 +72,7 @@ void PassEightBit(Passage *passage, Right right);
 // The plain forms.
 void PassSevenBitByByte(Passage *passage, SevenBit *state);
 void PassEightBitByByte(Passage *passage, Right right);
+Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state);
 
 } // namespace libstr::plain
 

@@ -6,6 +6,7 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
+#include "services/ccs/divide.h"
 #include "services/ccs/measure.h"
 #include "services/services.h"
 
@@ -281,15 +282,12 @@ int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int le
 
 int ccs_NextSegments(CSWalk *walk, CSSegment *out, int max)
 {
-    size_t left = LeftOf(walk);
-    int count = 0;
-    for (; left != 0 && count < max; ++count) {
-        const ccs::Unit segment = ccs::NextSegment(&OwnOf(walk)->walk, walk->at, left);
-        out[count] = {walk->at, segment.kind, 0, LengthOf(segment)};
-        walk->at += segment.length;
-        left -= segment.length;
-    }
-    return count;
+    ccs::Found found = {out, 0, max, true};
+    ccs::Divide(&OwnOf(walk)->walk, walk->at, LeftOf(walk), &found);
+    EscapeUnless(found.fits);
+    if (found.count != 0)
+        walk->at = out[found.count - 1].text + out[found.count - 1].length;
+    return found.count;
 }
 
 void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)

@@ -69,18 +69,14 @@ void PassPlain(Walk *walk, Passage *passage)
 // Passes a unit that is not a sequence.  A single shift is not shown, but its character is.
 void TakeUnit(const Unit &unit, const char *at, Passage *passage)
 {
-    const unsigned char byte = Byte(at);
-    const bool isControl = unit.kind != CS_SEG_RAW && IsControl(byte);
-    const bool shown = !isControl && (byte != 0x7F || unit.kind == CS_SEG_RAW);
+    const bool isRaw = unit.kind == CS_SEG_RAW;
+    const bool isControl = !isRaw && IsControl(Byte(at));
+    const size_t shift = isControl && unit.length > 1 ? (Byte(at) == kEsc ? 2 : 1) : 0;
+    const bool shown = isRaw || ((!isControl || shift != 0) && Byte(at + shift) != 0x7F);
     passage->bytes += unit.length;
-    if (isControl && unit.length > 1) {
-        passage->columns += 1;
-        passage->shown += unit.length - (byte == kEsc ? 2 : 1);
-    } else if (shown) {
-        passage->columns += 1;
-        passage->shown += unit.length;
-    }
-    passage->lines += isControl && byte == '\n';
+    passage->columns += shown;
+    passage->shown += shown ? unit.length - shift : 0;
+    passage->lines += isControl && *at == '\n';
 }
 
 // The unit at `at`, which the walk has reached.  Most units can be told by their first bytes.

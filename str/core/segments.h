@@ -46,7 +46,7 @@ struct SegmentWalk {
     int index;
     int count;
     CSWalk walk;
-    CSSegment ahead[16];
+    CSSegment ahead[32];
 
     // A walk of the service's.
     bool begun;

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "services/ccs/divide.h"
+
+#include "base/plain_text.h"
+
+#include <bit>
+
+namespace libstr::ccs
+{
+namespace
+{
+
+constexpr size_t kSequence = 3; // bytes of a sequence that FindSwitches knows
+
+// The kinds of text after these sequences, by the low bits of the final byte.
+constexpr auto kKinds = [] {
+    std::array<std::array<uint16_t, 16>, 2> kinds{};
+    for (const char final : {'B', 'I', 'J'})
+        kinds[0][final & 15] = kSets[FindGraphicRow(Graphic::set94, '\0', final)].left;
+    for (const char final : {'@', 'B'})
+        kinds[1][final & 15] = kSets[FindGraphicRow(Graphic::set94n, '\0', final)].left;
+    return kinds;
+}();
+
+uint16_t KindAfter(const char *sequence) { return kKinds[sequence[1] == '$'][sequence[2] & 15]; }
+
+// A text that is being divided.
+struct Rest {
+    const char *at;
+    size_t size;
+    bool isOpen; // the last segment may go on here
+};
+
+void Add(Found *found, Rest *rest, uint16_t kind, size_t length)
+{
+    CSSegment *segment = &found->segments[found->count];
+    uint64_t total = length;
+    if (rest->isOpen && segment[-1].kind == kind) {
+        --segment;
+        total += segment->length;
+        segment->length = static_cast<uint32_t>(total);
+    } else {
+        *segment = {rest->at, kind, 0, static_cast<uint32_t>(length)};
+        ++found->count;
+    }
+    found->fits = total <= UINT32_MAX;
+    rest->isOpen = kind != CS_SEG_IGNORE;
+    rest->at += length;
+    rest->size -= length;
+}
+
+// Seven-bit text whose left half has one kind only.
+bool IsSevenBit(const Walk &walk)
+{
+    const View &view = walk.runs->view;
+    return view.escapes && !view.utf8 && !view.rightUsed && walk.state.left == 0 &&
+           walk.next == Walk::Next::any && view.left.row != kNoRow && !view.left.is96 &&
+           !IsMarked(view.left) && *kSets[view.left.row].differs == '\0';
+}
+
+// Finds segments as long as FindSwitches knows the text.  Leaves room for a segment after an open
+// one.
+void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
+{
+    constexpr int kRoom = 4; // text, a sequence, text, and the rest of the text
+    plain::SevenBit state = {walk->runs->view.left.bytes == 2, true, nullptr};
+    uint16_t kind = walk->runs->left.kind;
+    const char *last = nullptr; // sequence that has been added
+    bool goesOn = true;
+    while (goesOn && rest->size != 0 && found->fits) {
+        const plain::Switches switches = plain::FindSwitches(rest->at, rest->size, &state);
+        const char *const end = rest->at + switches.bytes;
+        const char *const begin = rest->at;
+        goesOn = switches.bytes != 0;
+        for (uint64_t places = switches.places; places != 0; places &= places - 1) {
+            if (found->most - found->count < kRoom) {
+                goesOn = false;
+                break;
+            }
+            const char *const sequence = begin + std::countr_zero(places);
+            if (sequence != rest->at)
+                Add(found, rest, kind, static_cast<size_t>(sequence - rest->at));
+            Add(found, rest, CS_SEG_IGNORE, kSequence);
+            kind = KindAfter(sequence);
+            last = sequence;
+        }
+        if (goesOn && rest->at != end)
+            Add(found, rest, kind, static_cast<size_t>(end - rest->at));
+    }
+    if (last != nullptr)
+        Follow(walk, last, kSequence);
+}
+
+} // namespace
+
+void Divide(Walk *walk, const char *at, size_t avail, Found *found)
+{
+    Rest rest = {at, avail, false};
+    while (rest.size != 0 && found->count < found->most && found->fits) {
+        if (found->most - found->count > 4 && IsSevenBit(*walk))
+            DivideSevenBit(walk, &rest, found);
+        if (rest.size == 0 || !found->fits)
+            break;
+        const Unit segment = NextSegment(walk, rest.at, rest.size);
+        Add(found, &rest, segment.kind, segment.length);
+        rest.isOpen = false;
+    }
+}
+
+} // namespace libstr::ccs
