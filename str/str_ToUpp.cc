@@ -4,10 +4,10 @@
 #include "base/utf8.h"
 #include "str/core/buffer.h"
 #include "str/core/frame.h"
+#include "str/core/prepared.h"
 #include "str/core/segments.h"
 #include "str/core/sets.h"
 #include "str/core/sizes.h"
-#include "str/core/upshift.h"
 
 #include <glib.h>
 
@@ -142,9 +142,8 @@ int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table)
 int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *table,
                     unsigned char *out, int *outLen)
 {
-    UpShiftTable lookup;
-    SetUpShiftTable(&lookup, table);
-    const UpShifted upper = UpShiftOne(&lookup, in, avail);
+    UpShiftTable own;
+    const UpShifted upper = UpShiftOne(prepared::TableOf(table, 0, &own), in, avail);
     std::memcpy(out, upper.bytes, static_cast<size_t>(upper.written));
     *outLen = upper.written;
     return upper.consumed;
@@ -153,28 +152,29 @@ int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *t
 unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableRecord *table,
                            unsigned char *buf, unsigned int *used, unsigned int *capacity)
 {
-    UpShiftTable lookup;
-    SetUpShiftTable(&lookup, table);
-    unsigned int end = *used;
-    while (len > 0) {
-        if (uint64_t{end} + kRoom > *capacity)
-            buf = GrowUpperBuffer(uint64_t{end} + kRoom, capacity);
+    const auto *const end = in + std::max(len, 0);
+    UpShiftTable own;
+    const UpShiftTable &lookup = prepared::TableOf(table, static_cast<size_t>(end - in), &own);
+    uint64_t done = *used;
+    while (in < end) {
+        if (done + kRoom > *capacity)
+            buf = GrowUpperBuffer(done + kRoom, capacity);
         // These bytes fit with room to spare, so the buffer need not grow between them.
-        const size_t fit =
-            std::min(static_cast<size_t>(len), size_t{*capacity} - end - (kRoom - 1));
-        const size_t mapped = MapBytes(&lookup.map, in, fit, buf + end);
-        end += static_cast<unsigned int>(mapped);
+        const size_t fit = std::min<size_t>(static_cast<size_t>(end - in),
+                                            *capacity - done - (kRoom - 1));
+        const size_t paired = 2 * MapPairs(lookup, in, fit / 2, buf + done);
+        const size_t mapped =
+            paired + MapBytes(lookup.map, in + paired, fit - paired, buf + done + paired);
+        done += mapped;
         in += mapped;
-        len -= static_cast<int>(mapped);
-        if (mapped == fit)
+        if (mapped != 0)
             continue;
-        const UpShifted upper = UpShiftByLists(&lookup, in, len);
-        std::memcpy(buf + end, upper.bytes, static_cast<size_t>(upper.written));
-        end += static_cast<unsigned int>(upper.written);
+        const UpShifted upper = UpShiftByLists(lookup, in, end - in);
+        std::memcpy(buf + done, upper.bytes, static_cast<size_t>(upper.written));
+        done += static_cast<size_t>(upper.written);
         in += upper.consumed;
-        len -= upper.consumed;
     }
-    *used = end;
+    *used = static_cast<unsigned int>(done);
     return buf;
 }
 
