@@ -60,12 +60,12 @@ void FindRows(ByteMap *map)
     }
 }
 
-bool AreFoldedAlikeByBytes(const uint8_t *upper, const char *a, const char *b)
+[[gnu::noinline]] int CompareFoldedByBytes(const uint8_t *upper, const char *a, const char *b)
 {
     for (;; ++a, ++b) {
         const auto byteA = static_cast<uint8_t>(*a), byteB = static_cast<uint8_t>(*b);
         if (byteA == 0 || upper[byteA] != upper[byteB])
-            return byteA == byteB;
+            return byteA == byteB ? 0 : 1;
     }
 }
 
@@ -107,11 +107,11 @@ struct ByRows {
         return mapped;
     }
 
-    // Flags the bytes with the same entry.
-    STR_AVX2 inline __m256i Alike(__m256i a, __m256i b, __m256i *mapped) const
+    // Flags the bytes with the same entry, except 0.
+    STR_AVX2 inline __m256i Alike(__m256i a, __m256i b) const
     {
-        *mapped = Mapped(a);
-        return _mm256_cmpeq_epi8(*mapped, Mapped(b));
+        const __m256i mapped = Mapped(a);
+        return _mm256_min_epu8(mapped, _mm256_cmpeq_epi8(mapped, Mapped(b)));
     }
 };
 
@@ -130,10 +130,9 @@ struct ByFold {
     STR_AVX2 inline __m256i Bits(__m256i bytes) const
     {
         const __m256i low = _mm256_set1_epi8(0xF), bit = _mm256_set1_epi8(kFoldBit);
-        const __m256i small = bytes | bit;
         const __m256i both =
-            _mm256_shuffle_epi8(folds, small & low) &
-            _mm256_shuffle_epi8(highHalves, _mm256_srli_epi16(small, 4) & low);
+            _mm256_shuffle_epi8(folds, bytes & low) &
+            _mm256_shuffle_epi8(highHalves, _mm256_srli_epi16(bytes, 4) & low);
         return _mm256_andnot_si256(_mm256_cmpeq_epi8(both, _mm256_setzero_si256()), bit);
     }
 
@@ -142,17 +141,17 @@ struct ByFold {
         return _mm256_andnot_si256(Bits(bytes), bytes);
     }
 
-    STR_AVX2 inline __m256i Alike(__m256i a, __m256i b, __m256i *mapped) const
+    STR_AVX2 inline __m256i Alike(__m256i a, __m256i b) const
     {
-        *mapped = a; // 0 where the entry is
-        return _mm256_cmpeq_epi8(_mm256_andnot_si256(Bits(a), a ^ b), _mm256_setzero_si256());
+        const __m256i differ = _mm256_andnot_si256(Bits(a), a ^ b);
+        return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
     }
 };
 
-// The mask of the bytes that are 0 in either.
-STR_AVX2 inline uint32_t Zeros(__m256i a, __m256i b)
+// The mask of the bytes that are 0.
+STR_AVX2 inline uint32_t Zeros(__m256i bytes)
 {
-    const __m256i zeros = _mm256_cmpeq_epi8(_mm256_min_epu8(a, b), _mm256_setzero_si256());
+    const __m256i zeros = _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256());
     return static_cast<uint32_t>(_mm256_movemask_epi8(zeros));
 }
 
@@ -165,7 +164,7 @@ STR_AVX2 inline size_t MapBlocks(const By &by, const uint8_t *in, size_t length,
 {
     for (size_t at = 0;; at = NextBlock(at, length)) {
         const __m256i mapped = by.Mapped(LoadBlock(in + at));
-        if (const uint32_t zeros = Zeros(mapped, mapped); zeros != 0) {
+        if (const uint32_t zeros = Zeros(mapped); zeros != 0) {
             const auto before = static_cast<size_t>(std::countr_zero(zeros));
             std::memcpy(out + at, &mapped, before);
             return at + before;
@@ -180,9 +179,8 @@ template <class By>
 STR_AVX2 inline size_t AlikeBlocks(const By &by, const uint8_t *a, const uint8_t *b, size_t length)
 {
     for (size_t at = 0;; at = NextBlock(at, length)) {
-        __m256i mapped;
-        const __m256i alike = by.Alike(LoadBlock(a + at), LoadBlock(b + at), &mapped);
-        if (const uint32_t stops = Zeros(mapped, alike); stops != 0)
+        const __m256i alike = by.Alike(LoadBlock(a + at), LoadBlock(b + at));
+        if (const uint32_t stops = Zeros(alike); stops != 0)
             return at + static_cast<size_t>(std::countr_zero(stops));
         if (at + kBlock == length)
             return length;
@@ -213,35 +211,37 @@ STR_AVX2 __attribute__((no_sanitize("address"))) inline __m256i LoadPageBlock(co
     return *static_cast<const __m256i_u *>(static_cast<const void *>(at));
 }
 
-inline size_t LeftInPage(const char *at) { return kPage - reinterpret_cast<uintptr_t>(at) % kPage; }
+inline size_t PlaceInPage(const char *at) { return reinterpret_cast<uintptr_t>(at) % kPage; }
 
 // Whether the next step is in one page, or in two to which the text reaches.
 STR_AVX2 bool CanReadStep(const char *at)
 {
-    const size_t left = LeftInPage(at);
+    const size_t left = kPage - PlaceInPage(at);
     if (left >= kStep)
         return true;
-    const __m256i end0 = LoadPageBlock(at + left - kStep), end1 = LoadPageBlock(at + left - kBlock);
-    const uint64_t zeros = Zeros(end0, end0) | uint64_t{Zeros(end1, end1)} << kBlock;
+    const uint64_t high = Zeros(LoadPageBlock(at + left - kBlock));
+    const uint64_t zeros = high << kBlock | Zeros(LoadPageBlock(at + left - kStep));
     return zeros >> (kStep - left) == 0;
 }
 
-STR_AVX2 bool AreFoldedAlikeByBlocks(const ByteMap &fold, const char *a, const char *b)
+STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const char *b)
 {
     const ByFold by(fold);
-    for (;; a += kStep, b += kStep) {
-        if (std::min(LeftInPage(a), LeftInPage(b)) < kStep && !(CanReadStep(a) && CanReadStep(b)))
-            return AreFoldedAlikeByBytes(fold.upper, a, b);
-        const __m256i a0 = LoadPageBlock(a), a1 = LoadPageBlock(a + kBlock);
-        __m256i mapped;
-        const __m256i alike0 = by.Alike(a0, LoadPageBlock(b), &mapped);
-        const __m256i alike1 = by.Alike(a1, LoadPageBlock(b + kBlock), &mapped);
-        const __m256i stops = _mm256_min_epu8(alike0, alike1);
-        if (Zeros(_mm256_min_epu8(a0, a1), stops) == 0)
-            continue;
-        const uint64_t all = Zeros(a0, alike0) | uint64_t{Zeros(a1, alike1)} << kBlock;
-        const auto stop = std::countr_zero(all);
-        return a[stop] == b[stop]; // and both are NUL
+    for (;;) {
+        size_t steps = (kPage - std::max(PlaceInPage(a), PlaceInPage(b))) / kStep;
+        if (steps == 0 && !(CanReadStep(a) && CanReadStep(b)))
+            return CompareFoldedByBytes(fold.upper, a, b);
+        do {
+            const __m256i alike0 = by.Alike(LoadPageBlock(a), LoadPageBlock(b));
+            const __m256i alike1 = by.Alike(LoadPageBlock(a + kBlock), LoadPageBlock(b + kBlock));
+            if (Zeros(_mm256_min_epu8(alike0, alike1)) != 0) {
+                const uint64_t high = Zeros(alike1);
+                const auto stop = std::countr_zero(high << kBlock | Zeros(alike0));
+                return a[stop] == b[stop] ? 0 : 1; // both are NUL, or they differ
+            }
+            a += kStep;
+            b += kStep;
+        } while (steps-- > 1);
     }
 }
 
@@ -253,7 +253,7 @@ size_t MapBlocks(const ByteMap &, const uint8_t *, size_t, uint8_t *) { return 0
 
 size_t AlikeBlocks(const ByteMap &, const uint8_t *, const uint8_t *, size_t) { return 0; }
 
-bool AreFoldedAlikeByBlocks(const ByteMap &, const char *, const char *) { return false; }
+int CompareFoldedByBlocks(const ByteMap &, const char *, const char *) { return 0; }
 
 #endif
 
@@ -290,10 +290,10 @@ size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_
     return done;
 }
 
-bool AreFoldedAlike(const ByteMap &fold, const char *a, const char *b)
+int CompareFolded(const ByteMap &fold, const char *a, const char *b)
 {
-    return CanUseBlocks(fold, kBlock) ? AreFoldedAlikeByBlocks(fold, a, b)
-                                      : AreFoldedAlikeByBytes(fold.upper, a, b);
+    return CanUseBlocks(fold, kBlock) ? CompareFoldedByBlocks(fold, a, b)
+                                      : CompareFoldedByBytes(fold.upper, a, b);
 }
 
 } // namespace libstr

@@ -131,8 +131,7 @@ int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table)
 {
     if (!HasCase(cs))
         return 0;
-    const uint16_t number = ccs_GetToUpperTable(cs);
-    CaseTableRecord *const found = number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
+    CaseTableRecord *const found = TableOfCased(cs, ccs_GetToUpperTable(cs));
     if (found == nullptr)
         return 0;
     *table = found;

@@ -20,17 +20,19 @@ extern template bool libstr::RunProtected<er_SetCurrEnv>(void (*body)(void *), v
 namespace libstr::frame
 {
 
+inline bool IsTraced() { return er_SubSystemLoggingLevel > 9; }
+
 // An export traces its entry first and its exit last, under its own name.  Both read the level,
 // since a host may change it while the export runs.
 inline void TraceEntry(const char *name = __builtin_FUNCTION())
 {
-    if (er_SubSystemLoggingLevel > 9)
+    if (IsTraced())
         er_RealLogProc(ER_TRACE_CALL, name, 1);
 }
 
 inline void TraceExit(const char *name = __builtin_FUNCTION())
 {
-    if (er_SubSystemLoggingLevel > 9)
+    if (IsTraced())
         er_RealLogProc(ER_TRACE_CALL, name, 0);
 }
 

@@ -1,46 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/prepared.h"
 
-#include "str/core/buffer.h"
 #include "str/core/frame.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace libstr::prepared
 {
 
+Registry theOwn, theImage;
+
 namespace
 {
-
-// What says which arrays a record has.
-struct Arrays {
-    CaseTableRef map, expansions, leads;
-    int32_t numExpansions, numLeads;
-
-    bool operator==(const Arrays &) const = default;
-};
-
-Arrays ArraysOf(const CaseTableRecord &record)
-{
-    return {record.pByteMap, record.pExpansions, record.pLeads, record.NumExpansions,
-            record.NumLeads};
-}
-
-struct Prepared {
-    Arrays arrays;
-    UpShiftTable table; // its pair rows come after it
-};
-
-// The tables of a registry, by the index of the record; null for those that are not prepared.
-struct Registry {
-    Buffer<Prepared *> tables;
-    size_t count;
-    const char *image; // the value of str_ba with which they may be used
-};
-
-// Both are kept, since an image may come and go.
-Registry theOwn, theImage;
 
 Prepared *Prepare(const CaseTableRecord &record)
 {
@@ -50,7 +21,7 @@ Prepared *Prepare(const CaseTableRecord &record)
     IndexUpShiftTable(&table);
     const size_t rowsSize = static_cast<size_t>(FindPairRows(&table, rows)) * sizeof(PairRow);
     auto *const made = static_cast<Prepared *>(os_malloc(sizeof(Prepared) + rowsSize));
-    *made = {ArraysOf(record), table};
+    *made = {record, table};
     if (rowsSize != 0) {
         std::memcpy(made + 1, rows, rowsSize);
         made->table.pairs = reinterpret_cast<const PairRow *>(made + 1);
@@ -73,18 +44,6 @@ void Reset(Registry *registry, size_t count)
         Grow(&registry->tables, count);
     std::fill_n(registry->tables.at, count, nullptr);
     registry->count = count;
-}
-
-// Prepares a table of the image.  When two threads do so at once, one table is kept.
-const Prepared *PrepareNow(std::atomic_ref<Prepared *> place, const CaseTableRecord &record)
-{
-    Prepared *made = nullptr;
-    frame::Disregard([&] { made = Prepare(record); });
-    Prepared *kept = nullptr;
-    if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
-        return made;
-    os_free(made);
-    return kept;
 }
 
 } // namespace
@@ -112,26 +71,24 @@ void Release(const CaseTableRecord &record)
     const auto same = [](CaseTableRef a, CaseTableRef b) { return a != 0 && a == b; };
     for (size_t i = 0; i < theOwn.count; ++i) {
         Prepared *&table = theOwn.tables.at[i];
-        if (table != nullptr && (same(table->arrays.map, record.pByteMap) ||
-                                 same(table->arrays.expansions, record.pExpansions) ||
-                                 same(table->arrays.leads, record.pLeads)))
+        if (table != nullptr && (same(table->record.pByteMap, record.pByteMap) ||
+                                 same(table->record.pExpansions, record.pExpansions) ||
+                                 same(table->record.pLeads, record.pLeads)))
             Drop(&table);
     }
 }
 
-const UpShiftTable *Find(const CaseTableRecord *record)
+const Prepared *AddOfImage(size_t index)
 {
-    const Registry &registry = str_ba == nullptr ? theOwn : theImage;
-    const uintptr_t offset =
-        reinterpret_cast<uintptr_t>(record) - reinterpret_cast<uintptr_t>(pCaseTabs);
-    const size_t index = offset / sizeof *record;
-    if (index >= registry.count || registry.image != str_ba)
+    if (str_ba == nullptr)
         return nullptr;
-    const std::atomic_ref place(registry.tables.at[index]);
-    const Prepared *table = place.load(std::memory_order_acquire);
-    if (table == nullptr && str_ba != nullptr && record == pCaseTabs + index)
-        table = PrepareNow(place, *record);
-    return table != nullptr && table->arrays == ArraysOf(*record) ? &table->table : nullptr;
+    Prepared *made = nullptr, *kept = nullptr;
+    frame::Disregard([&] { made = Prepare(pCaseTabs[index]); });
+    const std::atomic_ref place(theImage.tables.at[index]);
+    if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
+        return made;
+    os_free(made); // another thread was faster
+    return kept;
 }
 
 } // namespace libstr::prepared

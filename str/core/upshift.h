@@ -6,6 +6,8 @@
 
 #include <str/case.h>
 
+#include <platform/ccs.h>
+
 #include "base/bytemap.h"
 #include "str/core/case_record.h"
 
@@ -38,6 +40,13 @@ struct PairRow {
 
 // So many rows hold the pairs of every table that is shipped.  The first is for all other leads.
 inline constexpr int kMostPairRows = 40;
+
+// The case table of a set that has case, from the number that is registered for it, 0 for none yet;
+// null for none.
+inline CaseTableRecord *TableOfCased(const CSDescriptor *cs, uint16_t number)
+{
+    return number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
+}
 
 // The case table of a set; null for none.
 inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
