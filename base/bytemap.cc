@@ -28,13 +28,12 @@ constexpr uint8_t HighHalf(unsigned int byte)
 
 bool IsFold(const uint8_t *upper)
 {
-    for (unsigned int byte = 1; byte < 256; ++byte) {
+    for (unsigned int byte = 0; byte < 256; ++byte) {
         const unsigned int folded = byte & ~unsigned{kFoldBit};
-        if (upper[byte] == 0 ||
-            (upper[byte] != byte && (upper[byte] != folded || upper[folded] != folded)))
+        if (upper[byte] != byte && (upper[byte] != folded || upper[folded] != folded))
             return false;
     }
-    return upper[0] == 0;
+    return true;
 }
 
 void FindFolds(ByteMap *map)
@@ -262,7 +261,8 @@ int CompareFoldedByBlocks(const ByteMap &, const char *, const char *) { return 
 void IndexByteMap(ByteMap *map)
 {
     FindRows(map);
-    map->isFold = IsFold(map->upper);
+    map->isTotal = map->upper[0] == 0 && std::memchr(map->upper + 1, 0, 255) == nullptr;
+    map->isFold = map->isTotal && IsFold(map->upper);
     if (map->isFold)
         FindFolds(map);
 }

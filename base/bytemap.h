@@ -2,8 +2,7 @@
 //
 // A map of 256 bytes applied to many bytes at once.  A byte whose entry is 0 ends a run.
 //
-// A fold is a map whose only change is to clear the bit 0x20 of some bytes, as in ASCII and Latin-1,
-// and in which only the NUL has the entry 0.
+// A fold is a map whose only change is to clear the bit 0x20 of some bytes, as in ASCII and Latin-1.
 #ifndef BASE_BYTEMAP_H
 #define BASE_BYTEMAP_H
 
@@ -21,6 +20,7 @@ struct ByteMap {
     int rows;                           // of 16 entries that change a byte, or kUnknown
     uint8_t first[16];                  // the first byte of each of these rows
     alignas(16) uint8_t change[16][16]; // entry xor byte
+    bool isTotal;                       // only the NUL has the entry 0
     bool isFold;
     // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
     alignas(16) uint8_t folds[16];
@@ -31,7 +31,7 @@ inline void SetByteMap(ByteMap *map, const uint8_t *upper)
 {
     map->upper = upper;
     map->rows = ByteMap::kUnknown;
-    map->isFold = false;
+    map->isTotal = map->isFold = false;
 }
 
 // Indexes the map that was set, as long as its entries stay as they are.

@@ -107,9 +107,36 @@ char *UpperCaseUtf8(const char *str, int length, int *outLen)
     return theUtf8Result;
 }
 
+// The prepared table of a text's only set; null when there is none yet, or when it may change how
+// many bytes there are.
+const UpShiftTable *ByteTableOf(const CSDescriptor *cs)
+{
+    if (cs->escMode != 0 || !HasCase(cs))
+        return nullptr;
+    const uint16_t number = ccs_GetToUpperTable(cs);
+    const UpShiftTable *const table = number == 0 ? nullptr : prepared::FindAt(number - 1U);
+    return table != nullptr && table->map.isTotal ? table : nullptr;
+}
+
+// The upper case of so many bytes by such a table, in the buffer as it is; null when it is too
+// small.  Raises no escape.
+char *UpperCaseInPlace(const char *str, size_t bytes, const UpShiftTable &table)
+{
+    if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > theBuffer.capacity)
+        return nullptr;
+    MapBytes(table.map, reinterpret_cast<const unsigned char *>(str), bytes, theBuffer.at);
+    theBuffer.at[bytes] = '\0';
+    return reinterpret_cast<char *>(theBuffer.at);
+}
+
 char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescriptor *cs)
 {
     const size_t bytes = LengthOf(str, length);
+    if (const UpShiftTable *const table = ByteTableOf(cs); table != nullptr)
+        if (char *const upper = UpperCaseInPlace(str, bytes, *table); upper != nullptr) {
+            *outLen = static_cast<int>(bytes);
+            return upper;
+        }
     Result result = {nullptr, 0, 0};
     const bool done = frame::Protect(
         kSource, frame::Accept(ER_CLASS_CONVERSION),

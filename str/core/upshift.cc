@@ -193,9 +193,13 @@ size_t PairsAlike(const UpShiftTable &table, const uint8_t *a, const uint8_t *b,
 {
     size_t done = 0;
     for (; table.pairs != nullptr && done < pairs; ++done, a += 2, b += 2) {
-        const uint16_t changeA = PairChange(table, a), changeB = PairChange(table, b);
-        if (changeA == PairRow::kSeeLists || changeB == PairRow::kSeeLists ||
-            (LoadPair(a) ^ changeA) != (LoadPair(b) ^ changeB))
+        const uint16_t pairA = LoadPair(a), pairB = LoadPair(b), changeA = PairChange(table, a);
+        if (changeA == PairRow::kSeeLists)
+            break;
+        if (pairA == pairB)
+            continue;
+        const uint16_t changeB = PairChange(table, b);
+        if (changeB == PairRow::kSeeLists || (pairA ^ changeA) != (pairB ^ changeB))
             break;
     }
     return done;
