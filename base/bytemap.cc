@@ -129,9 +129,8 @@ struct ByFold {
     STR_AVX2 inline __m256i Bits(__m256i bytes) const
     {
         const __m256i low = _mm256_set1_epi8(0xF), bit = _mm256_set1_epi8(kFoldBit);
-        const __m256i both =
-            _mm256_shuffle_epi8(folds, bytes & low) &
-            _mm256_shuffle_epi8(highHalves, _mm256_srli_epi16(bytes, 4) & low);
+        const __m256i both = _mm256_shuffle_epi8(folds, bytes & low) &
+                             _mm256_shuffle_epi8(highHalves, _mm256_srli_epi16(bytes, 4) & low);
         return _mm256_andnot_si256(_mm256_cmpeq_epi8(both, _mm256_setzero_si256()), bit);
     }
 

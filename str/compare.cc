@@ -92,10 +92,7 @@ RunResult CompareRun(const Run &run1, const Run &run2, bool caseless, uint16_t c
 }
 
 // As Compare to the end, for two strings of one plain set, which is the most frequent case.
-int ComparePlain(const char *s1, const char *s2)
-{
-    return std::strcmp(s1, s2) != 0 ? 1 : 0;
-}
+int ComparePlain(const char *s1, const char *s2) { return std::strcmp(s1, s2) != 0 ? 1 : 0; }
 
 [[gnu::noinline]] int CompareUpShifted(const char *s1, const char *s2, const CSDescriptor *cs,
                                        uint16_t number)
@@ -157,8 +154,8 @@ int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescripto
 }
 
 // As str_DoCompareToEnd, which leaves to it what takes longer than a call.
-[[gnu::noinline]] int CompareToEnd(const char *s1, const char *s2, bool caseless, const CSDescriptor *cs1,
-                 const CSDescriptor *cs2)
+[[gnu::noinline]] int CompareToEnd(const char *s1, const char *s2, bool caseless,
+                                   const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
     if (IsUtf8(cs1) || IsUtf8(cs2))
         return CompareUtf8(s1, s2, caseless, cs1, cs2);
@@ -177,8 +174,7 @@ int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDes
     const SetFlags set = cs1;
     if (!IsPlainByteSet(set))
         return CompareToEnd(s1, s2, caseless != 0, cs1, cs2);
-    return caseless != 0 && HasCase(set) ? ComparePlainCaseless(s1, s2, cs1)
-                                         : ComparePlain(s1, s2);
+    return caseless != 0 && HasCase(set) ? ComparePlainCaseless(s1, s2, cs1) : ComparePlain(s1, s2);
 }
 
 int str_DoCompareByByteLen(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,

@@ -186,8 +186,8 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
         if (done + kRoom > *capacity)
             buf = GrowUpperBuffer(done + kRoom, capacity);
         // These bytes fit with room to spare, so the buffer need not grow between them.
-        const size_t fit = std::min<size_t>(static_cast<size_t>(end - in),
-                                            *capacity - done - (kRoom - 1));
+        const size_t fit =
+            std::min<size_t>(static_cast<size_t>(end - in), *capacity - done - (kRoom - 1));
         const size_t paired = 2 * MapPairs(lookup, in, fit / 2, buf + done);
         const size_t mapped =
             paired + MapBytes(lookup.map, in + paired, fit - paired, buf + done + paired);

@@ -97,8 +97,7 @@ RunResult CompareRunInUpperCase(const Run &run1, const Run &run2, int charLimit,
     if (!limited && run1.size == run2.size && std::memcmp(run1.at, run2.at, run1.size) == 0)
         return {0, run1.size, run2.size, 0};
     UpShiftTable own;
-    const UpShiftTable &table =
-        prepared::TableOf(record, std::min(run1.size, run2.size), &own);
+    const UpShiftTable &table = prepared::TableOf(record, std::min(run1.size, run2.size), &own);
     const auto *const begin1 = reinterpret_cast<const uint8_t *>(run1.at);
     const auto *const begin2 = reinterpret_cast<const uint8_t *>(run2.at);
     const uint8_t *at1 = begin1, *const end1 = begin1 + run1.size;

@@ -23,7 +23,7 @@ namespace libstr::prepared
 
 struct Prepared {
     CaseTableRecord record; // as it was
-    UpShiftTable table; // its pair rows come after it
+    UpShiftTable table;     // its pair rows come after it
 };
 
 // Whether two records refer to the same arrays.
@@ -68,7 +68,7 @@ const Prepared *AddOfImage(size_t index);
     if (table == nullptr)
         table = AddOfImage(index);
     return table != nullptr && HaveSameArrays(table->record, pCaseTabs[index]) ? &table->table
-                                                                              : nullptr;
+                                                                               : nullptr;
 }
 
 // The prepared table of a record; null for a record that is not in the registry.
