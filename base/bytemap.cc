@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr uint8_t kFoldBit = 0x20;
+constexpr size_t kBlock = 32;
 
 // A bit for each high half of the bytes with the fold bit: 2, 3, 6, 7, A, B, E and F.
 constexpr uint8_t HighHalf(unsigned int byte)
@@ -39,9 +40,17 @@ bool IsFold(const uint8_t *upper)
 void FindFolds(ByteMap *map)
 {
     std::memset(map->folds, 0, sizeof map->folds);
-    for (unsigned int byte = 0; byte < 256; ++byte)
-        if (map->upper[byte] != byte)
-            map->folds[byte & 15] |= HighHalf(byte);
+    int count = 0;
+    map->firstFold = 1, map->lastFold = 0;
+    for (unsigned int byte = 0; byte < 256; ++byte) {
+        if (map->upper[byte] == byte)
+            continue;
+        map->folds[byte & 15] |= HighHalf(byte);
+        map->lastFold = static_cast<uint8_t>(byte);
+        if (count++ == 0)
+            map->firstFold = map->lastFold;
+    }
+    map->isRange = count == map->lastFold - map->firstFold + 1;
 }
 
 void FindRows(ByteMap *map)
@@ -69,8 +78,6 @@ void FindRows(ByteMap *map)
 }
 
 #if defined(STR_AVX2)
-
-constexpr size_t kBlock = 32;
 
 bool CanUseBlocks(const ByteMap &map, size_t length)
 {
@@ -114,18 +121,18 @@ struct ByRows {
     }
 };
 
-// A fold, for blocks.
-struct ByFold {
+// The letters of a fold: Bits gives the fold bit of the bytes that change, and of those that they
+// become.
+struct AnyLetters {
     __m256i folds, highHalves;
 
-    STR_AVX2 explicit ByFold(const ByteMap &map)
+    STR_AVX2 explicit AnyLetters(const ByteMap &map)
         : folds(LoadTwice(map.folds)),
           highHalves(_mm256_setr_epi8(1, 2, 1, 2, 4, 8, 4, 8, 16, 32, 16, 32, 64, -128, 64, -128, 1,
                                       2, 1, 2, 4, 8, 4, 8, 16, 32, 16, 32, 64, -128, 64, -128))
     {
     }
 
-    // The fold bit of the bytes that change, and of those that they become.
     STR_AVX2 inline __m256i Bits(__m256i bytes) const
     {
         const __m256i low = _mm256_set1_epi8(0xF), bit = _mm256_set1_epi8(kFoldBit);
@@ -133,15 +140,38 @@ struct ByFold {
                              _mm256_shuffle_epi8(highHalves, _mm256_srli_epi16(bytes, 4) & low);
         return _mm256_andnot_si256(_mm256_cmpeq_epi8(both, _mm256_setzero_si256()), bit);
     }
+};
+
+// The same where the letters are one range, which is shifted to the greatest signed bytes.
+struct RangeOfLetters {
+    __m256i shift, below;
+
+    STR_AVX2 explicit RangeOfLetters(const ByteMap &map)
+        : shift(_mm256_set1_epi8(static_cast<char>(0x7F - map.lastFold))),
+          below(_mm256_set1_epi8(static_cast<char>(0x7E - map.lastFold + map.firstFold)))
+    {
+    }
+
+    STR_AVX2 inline __m256i Bits(__m256i bytes) const
+    {
+        const __m256i bit = _mm256_set1_epi8(kFoldBit);
+        return _mm256_cmpgt_epi8(_mm256_add_epi8(bytes | bit, shift), below) & bit;
+    }
+};
+
+// A fold, for blocks.
+template <class Letters>
+struct ByFold : Letters {
+    using Letters::Letters;
 
     STR_AVX2 inline __m256i Mapped(__m256i bytes) const
     {
-        return _mm256_andnot_si256(Bits(bytes), bytes);
+        return _mm256_andnot_si256(Letters::Bits(bytes), bytes);
     }
 
     STR_AVX2 inline __m256i Alike(__m256i a, __m256i b) const
     {
-        const __m256i differ = _mm256_andnot_si256(Bits(a), a ^ b);
+        const __m256i differ = _mm256_andnot_si256(Letters::Bits(a), a ^ b);
         return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
     }
 };
@@ -187,13 +217,13 @@ STR_AVX2 inline size_t AlikeBlocks(const By &by, const uint8_t *a, const uint8_t
 
 STR_AVX2 size_t MapBlocks(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *out)
 {
-    return map.isFold ? MapBlocks(ByFold(map), in, length, out)
+    return map.isFold ? MapBlocks(ByFold<AnyLetters>(map), in, length, out)
                       : MapBlocks(ByRows{map}, in, length, out);
 }
 
 STR_AVX2 size_t AlikeBlocks(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length)
 {
-    return map.isFold ? AlikeBlocks(ByFold(map), a, b, length)
+    return map.isFold ? AlikeBlocks(ByFold<AnyLetters>(map), a, b, length)
                       : AlikeBlocks(ByRows{map}, a, b, length);
 }
 
@@ -222,9 +252,10 @@ STR_AVX2 bool CanReadStep(const char *at)
     return zeros >> (kStep - left) == 0;
 }
 
+template <class Letters>
 STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const char *b)
 {
-    const ByFold by(fold);
+    const ByFold<Letters> by(fold);
     for (;;) {
         size_t steps = (kPage - std::max(PlaceInPage(a), PlaceInPage(b))) / kStep;
         if (steps == 0 && !(CanReadStep(a) && CanReadStep(b)))
@@ -241,6 +272,12 @@ STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const cha
             b += kStep;
         } while (steps-- > 1);
     }
+}
+
+STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const char *b)
+{
+    return fold.isRange ? CompareFoldedByBlocks<RangeOfLetters>(fold, a, b)
+                        : CompareFoldedByBlocks<AnyLetters>(fold, a, b);
 }
 
 #else

@@ -21,9 +21,11 @@ struct ByteMap {
     uint8_t first[16];                  // the first byte of each of these rows
     alignas(16) uint8_t change[16][16]; // entry xor byte
     bool isTotal;                       // only the NUL has the entry 0
-    bool isFold;
+    bool isFold;                        // and is total
     // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
     alignas(16) uint8_t folds[16];
+    bool isRange; // a fold changes all bytes from firstFold to lastFold, and no other
+    uint8_t firstFold, lastFold;
 };
 
 // Sets only what short runs need: most runs are short.

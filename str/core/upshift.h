@@ -14,6 +14,14 @@
 namespace libstr
 {
 
+// What changes in the pairs of bytes that begin with one lead, for each trail: the pair xor its upper
+// case, or kSeeLists.
+struct PairRow {
+    static constexpr uint16_t kSeeLists = 0xFFFF;
+
+    uint16_t change[256];
+};
+
 // A case table with its references resolved.
 struct UpShiftTable {
     ByteMap map;
@@ -26,16 +34,8 @@ struct UpShiftTable {
     bool isIndexed;
     uint16_t leadIndex[256];
 
-    // What changes in a pair of bytes, in the row of its lead, for each trail; null if not prepared.
-    const struct PairRow *pairs;
-    uint8_t pairRow[256];
-};
-
-// A change is the pair xor its upper case, or kSeeLists.
-struct PairRow {
-    static constexpr uint16_t kSeeLists = 0xFFFF;
-
-    uint16_t change[256];
+    const PairRow *pairs; // null if not prepared
+    uint8_t pairRow[256]; // of each lead byte
 };
 
 // So many rows hold the pairs of every table that is shipped.  The first is for all other leads.
