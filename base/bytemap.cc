@@ -40,17 +40,17 @@ bool IsFold(const uint8_t *upper)
 void FindFolds(ByteMap *map)
 {
     std::memset(map->folds, 0, sizeof map->folds);
-    int count = 0;
-    map->firstFold = 1, map->lastFold = 0;
-    for (unsigned int byte = 0; byte < 256; ++byte) {
+    int first = 1, last = 0, count = 0;
+    for (int byte = 0; byte < 256; ++byte) {
         if (map->upper[byte] == byte)
             continue;
-        map->folds[byte & 15] |= HighHalf(byte);
-        map->lastFold = static_cast<uint8_t>(byte);
-        if (count++ == 0)
-            map->firstFold = map->lastFold;
+        map->folds[byte & 15] |= HighHalf(static_cast<unsigned int>(byte));
+        first = count++ == 0 ? byte : first;
+        last = byte;
     }
-    map->isRange = count == map->lastFold - map->firstFold + 1;
+    map->isRange = count == last - first + 1;
+    map->shift = static_cast<int8_t>(INT8_MAX - last);
+    map->below = static_cast<int8_t>(INT8_MAX - count);
 }
 
 void FindRows(ByteMap *map)
@@ -147,8 +147,7 @@ struct RangeOfLetters {
     __m256i shift, below;
 
     STR_AVX2 explicit RangeOfLetters(const ByteMap &map)
-        : shift(_mm256_set1_epi8(static_cast<char>(0x7F - map.lastFold))),
-          below(_mm256_set1_epi8(static_cast<char>(0x7E - map.lastFold + map.firstFold)))
+        : shift(_mm256_set1_epi8(map.shift)), below(_mm256_set1_epi8(map.below))
     {
     }
 

@@ -24,8 +24,10 @@ struct ByteMap {
     bool isFold;                        // and is total
     // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
     alignas(16) uint8_t folds[16];
-    bool isRange; // a fold changes all bytes from firstFold to lastFold, and no other
-    uint8_t firstFold, lastFold;
+    // A fold changes the bytes of one range only: those that, with the shift added, are greater than
+    // a number, both signed.
+    bool isRange;
+    int8_t shift, below;
 };
 
 // Sets only what short runs need: most runs are short.
