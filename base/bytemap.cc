@@ -37,7 +37,7 @@ bool IsFold(const uint8_t *upper)
     return true;
 }
 
-void FindFolds(ByteMap *map)
+void FindLetters(ByteMap *map)
 {
     std::memset(map->folds, 0, sizeof map->folds);
     int first = 1, last = 0, count = 0;
@@ -53,21 +53,6 @@ void FindFolds(ByteMap *map)
     map->below = static_cast<int8_t>(INT8_MAX - count);
 }
 
-void FindRows(ByteMap *map)
-{
-    map->rows = 0;
-    for (int first = 0; first < 256; first += 16) {
-        uint8_t *const change = map->change[map->rows];
-        bool changes = false;
-        for (int i = 0; i < 16; ++i) {
-            change[i] = static_cast<uint8_t>(map->upper[first + i] ^ (first + i));
-            changes = changes || change[i] != 0;
-        }
-        map->first[map->rows] = static_cast<uint8_t>(first);
-        map->rows += changes ? 1 : 0;
-    }
-}
-
 [[gnu::noinline]] int CompareFoldedByBytes(const uint8_t *upper, const char *a, const char *b)
 {
     for (;; ++a, ++b) {
@@ -79,9 +64,40 @@ void FindRows(ByteMap *map)
 
 #if defined(STR_AVX2)
 
+STR_AVX2 inline void AddRow(ByteMap *map, int first, __m128i change)
+{
+    if (_mm_testz_si128(change, change) != 0)
+        return;
+    map->first[map->rows] = static_cast<uint8_t>(first);
+    std::memcpy(map->change[map->rows++], &change, sizeof change);
+}
+
+STR_AVX2 void FindRowsByBlocks(ByteMap *map)
+{
+    map->rows = 0;
+    const __m256i steps =
+        _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20,
+                         21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
+    for (int first = 0; first < 256; first += 32) {
+        __m256i rows;
+        std::memcpy(&rows, map->upper + first, sizeof rows);
+        rows ^= steps | _mm256_set1_epi8(static_cast<char>(first));
+        if (_mm256_testz_si256(rows, rows) != 0)
+            continue;
+        AddRow(map, first, _mm256_castsi256_si128(rows));
+        AddRow(map, first + 16, _mm256_extracti128_si256(rows, 1));
+    }
+}
+
+void FindRows(ByteMap *map)
+{
+    if (HasAvx2())
+        FindRowsByBlocks(map);
+}
+
 bool CanUseBlocks(const ByteMap &map, size_t length)
 {
-    return length >= kBlock && map.rows != ByteMap::kUnknown && HasAvx2();
+    return length >= kBlock && map.rows != ByteMap::kUnknown;
 }
 
 STR_AVX2 inline __m256i LoadBlock(const void *at)
@@ -281,6 +297,8 @@ STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const cha
 
 #else
 
+void FindRows(ByteMap *) {}
+
 bool CanUseBlocks(const ByteMap &, size_t) { return false; }
 
 size_t MapBlocks(const ByteMap &, const uint8_t *, size_t, uint8_t *) { return 0; }
@@ -293,13 +311,14 @@ int CompareFoldedByBlocks(const ByteMap &, const char *, const char *) { return 
 
 } // namespace
 
-void IndexByteMap(ByteMap *map)
+void IndexByteMap(ByteMap *map) { FindRows(map); }
+
+void FindFold(ByteMap *map)
 {
-    FindRows(map);
     map->isTotal = map->upper[0] == 0 && std::memchr(map->upper + 1, 0, 255) == nullptr;
     map->isFold = map->isTotal && IsFold(map->upper);
     if (map->isFold)
-        FindFolds(map);
+        FindLetters(map);
 }
 
 size_t MapBytes(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *out)

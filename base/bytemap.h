@@ -12,7 +12,7 @@
 namespace libstr
 {
 
-// A byte map and, once it has been indexed, what makes long runs fast.
+// A byte map and, once they have been found, its rows and whether it is a fold.
 struct ByteMap {
     static constexpr int kUnknown = -1;
 
@@ -38,8 +38,11 @@ inline void SetByteMap(ByteMap *map, const uint8_t *upper)
     map->isTotal = map->isFold = false;
 }
 
-// Indexes the map that was set, as long as its entries stay as they are.
+// Finds the rows, which make long runs fast.
 void IndexByteMap(ByteMap *map);
+
+// Finds whether the map is total and a fold, which takes as long as a long run.
+void FindFold(ByteMap *map);
 
 // Writes the entries of `length` bytes at `in` to `out`, up to the first entry of 0.  Returns how
 // many it wrote.

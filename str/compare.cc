@@ -32,7 +32,7 @@ bool IsComplete(const Side &side)
 }
 
 // Both strings are in the same set and switch to no other.
-bool AreOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
+bool AreInOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
     return cs1->csNum == cs2->csNum && (cs1->escMode | cs2->escMode) == 0;
 }
@@ -40,7 +40,7 @@ bool AreOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
 // That set is a single-byte set, so each string is one segment.
 bool AreOnePlainSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
-    return AreOneSet(cs1, cs2) && IsPlainByteSet(cs1);
+    return AreInOneSet(cs1, cs2) && IsPlainByteSet(cs1);
 }
 
 bool Differ(const UpShifted &upper1, const UpShifted &upper2)
@@ -94,6 +94,7 @@ RunResult CompareRun(const Run &run1, const Run &run2, bool caseless, uint16_t c
 // As Compare to the end, for two strings of one plain set, which is the most frequent case.
 int ComparePlain(const char *s1, const char *s2) { return std::strcmp(s1, s2) != 0 ? 1 : 0; }
 
+// The same without regard to case, by any table.
 [[gnu::noinline]] int CompareUpShifted(const char *s1, const char *s2, const CSDescriptor *cs,
                                        uint16_t number)
 {
@@ -106,7 +107,7 @@ int ComparePlain(const char *s1, const char *s2) { return std::strcmp(s1, s2) !=
     return result.order == 0 && whole ? 0 : 1;
 }
 
-// The same without regard to case.
+// A fold takes the short way; what is not inline leaves it few registers to save.
 int ComparePlainCaseless(const char *s1, const char *s2, const CSDescriptor *cs)
 {
     const uint16_t number = ccs_GetToUpperTable(cs);
@@ -153,7 +154,7 @@ int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescripto
     return equal ? 0 : 1;
 }
 
-// As str_DoCompareToEnd, which leaves to it what takes longer than a call.
+// As str_DoCompareToEnd, for texts of all sorts.
 [[gnu::noinline]] int CompareToEnd(const char *s1, const char *s2, bool caseless,
                                    const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
@@ -169,7 +170,7 @@ int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDes
 {
     if (IsEmpty(s1) || IsEmpty(s2))
         return IsEmpty(s1) && IsEmpty(s2) ? 0 : 1;
-    if (!AreOneSet(cs1, cs2))
+    if (!AreInOneSet(cs1, cs2))
         return CompareToEnd(s1, s2, caseless != 0, cs1, cs2);
     const SetFlags set = cs1;
     if (!IsPlainByteSet(set))

@@ -18,7 +18,8 @@ bool AreOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
     return cs1->csNum == cs2->csNum;
 }
 
-// Runs the comparison of an export between the export's traces.
+// Runs the comparison of an export between the export's traces.  Traced leaves tracing to it, so that
+// a call that traces nothing saves few registers.
 template <auto compare, class... Arguments>
 __attribute__((noinline, cold)) int TracedFromEntry(const char *name, Arguments... arguments)
 {
@@ -28,7 +29,6 @@ __attribute__((noinline, cold)) int TracedFromEntry(const char *name, Arguments.
     return result;
 }
 
-// The same.  Apart from the function before, since most calls trace nothing and are short.
 template <auto compare, class... Arguments>
 int Traced(const char *name, Arguments... arguments)
 {
@@ -39,6 +39,7 @@ int Traced(const char *name, Arguments... arguments)
     return result;
 }
 
+// Apart from CompareToEnd for the same reason.
 [[gnu::noinline]] int CompareManyBytes(const char *s1, const char *s2, const CSDescriptor *cs1,
                                        const CSDescriptor *cs2)
 {

@@ -118,9 +118,9 @@ const UpShiftTable *ByteTableOf(const CSDescriptor *cs)
     return table != nullptr && table->map.isTotal ? table : nullptr;
 }
 
-// The upper case of so many bytes by such a table, in the buffer as it is; null when it is too
-// small.  Raises no escape.
-char *UpperCaseInPlace(const char *str, size_t bytes, const UpShiftTable &table)
+// The upper case of so many bytes by such a table, in the buffer; null when that has to grow.  Raises
+// no escape.
+char *UpperCaseByteByByte(const char *str, size_t bytes, const UpShiftTable &table)
 {
     if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > theBuffer.capacity)
         return nullptr;
@@ -133,7 +133,7 @@ char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescri
 {
     const size_t bytes = LengthOf(str, length);
     if (const UpShiftTable *const table = ByteTableOf(cs); table != nullptr)
-        if (char *const upper = UpperCaseInPlace(str, bytes, *table); upper != nullptr) {
+        if (char *const upper = UpperCaseByteByByte(str, bytes, *table); upper != nullptr) {
             *outLen = static_cast<int>(bytes);
             return upper;
         }
@@ -186,8 +186,8 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
         if (done + kRoom > *capacity)
             buf = GrowUpperBuffer(done + kRoom, capacity);
         // These bytes fit with room to spare, so the buffer need not grow between them.
-        const size_t fit =
-            std::min<size_t>(static_cast<size_t>(end - in), *capacity - done - (kRoom - 1));
+        const auto room = static_cast<size_t>(*capacity - done - (kRoom - 1));
+        const size_t fit = std::min(static_cast<size_t>(end - in), room);
         const size_t paired = 2 * MapPairs(lookup, in, fit / 2, buf + done);
         const size_t mapped =
             paired + MapBytes(lookup.map, in + paired, fit - paired, buf + done + paired);

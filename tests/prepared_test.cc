@@ -33,6 +33,7 @@ TEST(ByteMaps, GiveTheSameInBlocksAsByteByByte)
         SetByteMap(&plain, upper);
         SetByteMap(&indexed, upper);
         IndexByteMap(&indexed);
+        FindFold(&indexed);
         ASSERT_TRUE(indexed.isFold || round >= 8);
         for (size_t size = 0; size < 4300; size += size == 200 ? 3850 : 1) {
             const Guarded a(size + 1 + random() % 70), b(size + 1 + random() % 70), out(2 * size);
@@ -112,7 +113,7 @@ TEST_F(PreparedTables, ServeNoOtherArrays)
     str_FreeCTEntry(&(*own = whole));
     home.Write("toupper/6.s", "T C x\na=E");
     str_CompileCaseTable("~/toupper/6.s", "~/toupper/6.b", own);
-    EXPECT_EQ(own->pByteMap == whole.pByteMap, sizeof(void *) == 8) << "the same reference";
+    EXPECT_TRUE(own->pByteMap == whole.pByteMap || sizeof own == 4) << "the same reference";
     EXPECT_TRUE(prepared::Find(own) == nullptr && Upper("a", own) == "E");
 
     alignas(4) static char segment[4000];

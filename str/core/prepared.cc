@@ -4,6 +4,7 @@
 #include "str/core/frame.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace libstr::prepared
 {
@@ -19,6 +20,7 @@ Prepared *Prepare(const CaseTableRecord &record)
     PairRow rows[kMostPairRows];
     SetUpShiftTable(&table, &record);
     IndexUpShiftTable(&table);
+    FindFold(&table.map);
     const size_t rowsSize = static_cast<size_t>(FindPairRows(&table, rows)) * sizeof(PairRow);
     auto *const made = static_cast<Prepared *>(os_malloc(sizeof(Prepared) + rowsSize));
     *made = {record, table};

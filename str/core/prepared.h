@@ -57,7 +57,8 @@ void Release(const CaseTableRecord &record);
 // Prepares the record of this index in the image, on its first use.  Returns null if it cannot.
 const Prepared *AddOfImage(size_t index);
 
-// The prepared table of the record of this index in the registry; null if there is none.
+// The prepared table of the record of this index in the registry; null if there is none.  Every
+// comparison of plain text calls it, and most are short.
 [[gnu::always_inline]] inline const UpShiftTable *FindAt(size_t index)
 {
     Registry &registry = str_ba == nullptr ? theOwn : theImage;
@@ -83,7 +84,7 @@ inline const UpShiftTable *Find(const CaseTableRecord *record)
 // long a run it is for.
 inline const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own)
 {
-    constexpr size_t kLongRun = 64; // bytes that make an index pay
+    constexpr size_t kLongRun = 32; // bytes that make an index pay
     if (const UpShiftTable *const table = Find(record); table != nullptr)
         return *table;
     SetUpShiftTable(own, record);

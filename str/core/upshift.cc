@@ -135,14 +135,18 @@ void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record)
 void IndexUpShiftTable(UpShiftTable *table)
 {
     IndexByteMap(&table->map);
+    table->isIndexed = table->numLeads > 0;
+    if (!table->isIndexed)
+        return;
     std::memset(table->leadIndex, 0, sizeof table->leadIndex);
     for (int32_t i = table->numLeads; i > 0; --i)
         table->leadIndex[table->leads[i - 1].LeadByte] = static_cast<uint16_t>(i);
-    table->isIndexed = true;
 }
 
 int FindPairRows(UpShiftTable *table, PairRow (&rows)[kMostPairRows])
 {
+    if (!table->isIndexed)
+        return 0;
     std::memset(table->pairRow, 0, sizeof table->pairRow);
     FillPairRow(0, {nullptr, 0}, &rows[0]);
     int used = 1;
