@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A map of 256 bytes applied to many bytes at once.  A byte whose entry is 0 ends a run.
+//
+// A fold is a map whose only change is to clear the bit 0x20 of some bytes, as in ASCII and Latin-1.
 #ifndef BASE_BYTEMAP_H
 #define BASE_BYTEMAP_H
 
@@ -10,7 +12,7 @@
 namespace libstr
 {
 
-// A byte map, and the rows that change bytes.  The first long run finds the rows.
+// A byte map and, once they have been found, its rows and whether it is a fold.
 struct ByteMap {
     static constexpr int kUnknown = -1;
 
@@ -18,6 +20,14 @@ struct ByteMap {
     int rows;                           // of 16 entries that change a byte, or kUnknown
     uint8_t first[16];                  // the first byte of each of these rows
     alignas(16) uint8_t change[16][16]; // entry xor byte
+    bool isTotal;                       // only the NUL has the entry 0
+    bool isFold;                        // and is total
+    // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
+    alignas(16) uint8_t folds[16];
+    // A fold changes the bytes of one range only: those that, with the shift added, are greater than
+    // a number, both signed.
+    bool isRange;
+    int8_t shift, below;
 };
 
 // Sets only what short runs need: most runs are short.
@@ -25,14 +35,25 @@ inline void SetByteMap(ByteMap *map, const uint8_t *upper)
 {
     map->upper = upper;
     map->rows = ByteMap::kUnknown;
+    map->isTotal = map->isFold = false;
 }
+
+// Finds the rows, which make long runs fast.
+void IndexByteMap(ByteMap *map);
+
+// Finds whether the map is total and a fold, which takes as long as a long run.
+void FindFold(ByteMap *map);
 
 // Writes the entries of `length` bytes at `in` to `out`, up to the first entry of 0.  Returns how
 // many it wrote.
-size_t MapBytes(ByteMap *map, const uint8_t *in, size_t length, uint8_t *out);
+size_t MapBytes(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *out);
 
 // How many of the first `length` bytes of `a` and `b` have the same entries, none of them 0.
-size_t MappedAlike(ByteMap *map, const uint8_t *a, const uint8_t *b, size_t length);
+size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length);
+
+// Returns 0 when two NUL-terminated texts are the same by a fold, else 1.  May read bytes after a
+// NUL, but none in another page.
+int CompareFolded(const ByteMap &fold, const char *a, const char *b);
 
 } // namespace libstr
 

@@ -31,11 +31,16 @@ bool IsComplete(const Side &side)
     return side.limit == kNoByteLimit ? side.kind == CS_SEG_END : side.offset >= side.limit;
 }
 
-// Both strings are in the same single-byte set and switch to no other, so each is one segment.
+// Both strings are in the same set and switch to no other.
+bool AreInOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
+{
+    return cs1->csNum == cs2->csNum && (cs1->escMode | cs2->escMode) == 0;
+}
+
+// That set is a single-byte set, so each string is one segment.
 bool AreOnePlainSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
 {
-    return cs1->csNum == cs2->csNum && cs1->escMode == 0 && cs2->escMode == 0 &&
-           IsPlainByteSet(cs1);
+    return AreInOneSet(cs1, cs2) && IsPlainByteSet(cs1);
 }
 
 bool Differ(const UpShifted &upper1, const UpShifted &upper2)
@@ -87,15 +92,28 @@ RunResult CompareRun(const Run &run1, const Run &run2, bool caseless, uint16_t c
 }
 
 // As Compare to the end, for two strings of one plain set, which is the most frequent case.
-int ComparePlain(const char *s1, const char *s2, bool caseless, uint16_t kind)
+int ComparePlain(const char *s1, const char *s2) { return std::strcmp(s1, s2) != 0 ? 1 : 0; }
+
+// The same without regard to case, by any table.
+[[gnu::noinline]] int CompareUpShifted(const char *s1, const char *s2, const CSDescriptor *cs,
+                                       uint16_t number)
 {
-    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(kind) : nullptr;
-    if (table == nullptr)
-        return std::strcmp(s1, s2) != 0 ? 1 : 0;
+    const CaseTableRecord *const record = TableOfCased(cs, number);
+    if (record == nullptr)
+        return ComparePlain(s1, s2);
     const Run run1 = {s1, std::strlen(s1)}, run2 = {s2, std::strlen(s2)};
-    const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, table);
+    const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, record);
     const bool whole = result.bytes1 == run1.size && result.bytes2 == run2.size;
     return result.order == 0 && whole ? 0 : 1;
+}
+
+// A fold takes the short way; what is not inline leaves it few registers to save.
+int ComparePlainCaseless(const char *s1, const char *s2, const CSDescriptor *cs)
+{
+    const uint16_t number = ccs_GetToUpperTable(cs);
+    const UpShiftTable *const table = number == 0 ? nullptr : prepared::FindAt(number - 1U);
+    return table != nullptr && table->map.isFold ? CompareFolded(table->map, s1, s2)
+                                                 : CompareUpShifted(s1, s2, cs, number);
 }
 
 // 0 when the texts are equal through the extent, else 1.
@@ -103,8 +121,6 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
             const CSDescriptor *cs2, const Extent &extent)
 {
     const bool plain = AreOnePlainSet(cs1, cs2);
-    if (plain && extent.unit == Extent::toEnd)
-        return ComparePlain(s1, s2, caseless, cs1->csNum);
     const size_t limit1 = ByteLimit(extent.bytes1), limit2 = ByteLimit(extent.bytes2);
     Side side1, side2;
     if (plain) {
@@ -143,6 +159,15 @@ int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescripto
     return equal ? 0 : 1;
 }
 
+// As str_DoCompareToEnd, for texts of all sorts.
+[[gnu::noinline]] int CompareToEnd(const char *s1, const char *s2, bool caseless,
+                                   const CSDescriptor *cs1, const CSDescriptor *cs2)
+{
+    if (IsUtf8(cs1) || IsUtf8(cs2))
+        return CompareUtf8(s1, s2, caseless, cs1, cs2);
+    return Compare(s1, s2, caseless, cs1, cs2, {Extent::toEnd, UINT32_MAX, UINT32_MAX, 0});
+}
+
 } // namespace
 
 int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDescriptor *cs1,
@@ -150,9 +175,12 @@ int str_DoCompareToEnd(const char *s1, const char *s2, int caseless, const CSDes
 {
     if (IsEmpty(s1) || IsEmpty(s2))
         return IsEmpty(s1) && IsEmpty(s2) ? 0 : 1;
-    if (IsUtf8(cs1) || IsUtf8(cs2))
-        return CompareUtf8(s1, s2, caseless != 0, cs1, cs2);
-    return Compare(s1, s2, caseless != 0, cs1, cs2, {Extent::toEnd, UINT32_MAX, UINT32_MAX, 0});
+    if (!AreInOneSet(cs1, cs2))
+        return CompareToEnd(s1, s2, caseless != 0, cs1, cs2);
+    const SetFlags set = cs1;
+    if (!IsPlainByteSet(set))
+        return CompareToEnd(s1, s2, caseless != 0, cs1, cs2);
+    return caseless != 0 && HasCase(set) ? ComparePlainCaseless(s1, s2, cs1) : ComparePlain(s1, s2);
 }
 
 int str_DoCompareByByteLen(const char *s1, const char *s2, unsigned int bytes1, unsigned int bytes2,

@@ -4,6 +4,7 @@
 // operations on a record's arrays, which loader, registry and work area use too.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
+#include "str/core/prepared.h"
 
 #include <platform/enc.h>
 #include <platform/ext.h>
@@ -365,6 +366,7 @@ void *str_AllocEntry(void *block, int32_t *capacity, int32_t *used, uint32_t ele
 
 void str_FreeCTEntry(CaseTableRecord *record)
 {
+    prepared::Release(*record);
     if (record->pByteMap != 0)
         reference::Release(&record->pByteMap);
     if (record->pExpansions != 0)

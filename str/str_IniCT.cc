@@ -3,6 +3,7 @@
 // The registry of case tables: each set's table is compiled or loaded on its first use.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
+#include "str/core/prepared.h"
 
 #include <platform/ccs.h>
 #include <platform/lkf.h>
@@ -86,6 +87,20 @@ void DropSlot(CaseTableRecord **tables, int32_t *count)
     *tables = nullptr;
 }
 
+// Fills in a cleared slot; false when there is no readable table.
+bool ReadInto(CaseTableRecord *slot, bool compile, const char *source, const char *compiled)
+{
+    return (compile ? str_CompileCaseTable(source, compiled, slot)
+                    : str_LoadCaseTable(compiled, slot)) == 1;
+}
+
+// What is prepared is for the registry only.
+void PrepareIfRegistered(CaseTableRecord *const *tables, int16_t index)
+{
+    if (tables == &pCaseTabs)
+        prepared::Add(static_cast<size_t>(index), pCaseTabs[index]);
+}
+
 } // namespace
 
 CaseTableRecord *str_InitControlTable(int16_t *index, CaseTableRecord **tables, int32_t *count)
@@ -101,7 +116,7 @@ CaseTableRecord *str_InitControlTable(int16_t *index, CaseTableRecord **tables, 
 CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables, int32_t *count,
                                    int32_t companion, void *csTable)
 {
-    CaseTableRecord *table = nullptr;
+    CaseTableRecord *table = nullptr, *unprepared = nullptr;
     Lock lock = {0, false};
     frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
@@ -112,8 +127,10 @@ CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables,
             const bool compile = LockToCompile(&lock, compiled);
             int16_t index = 0;
             CaseTableRecord *const slot = str_InitControlTable(&index, tables, count);
-            if ((compile ? str_CompileCaseTable(source, compiled, slot)
-                         : str_LoadCaseTable(compiled, slot)) == 1) {
+            if (ReadInto(slot, compile, source, compiled)) {
+                unprepared = slot;
+                PrepareIfRegistered(tables, index);
+                unprepared = nullptr;
                 ccs_PutToUpperByCSNum(static_cast<int>(setNumber), static_cast<uint16_t>(index + 1),
                                       companion, csTable);
                 table = slot;
@@ -124,6 +141,10 @@ CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables,
         },
         [&] {
             table = nullptr;
+            if (unprepared != nullptr) {
+                str_FreeCTEntry(unprepared);
+                DropSlot(tables, count);
+            }
             GiveBack(&lock);
         });
     return table;

@@ -4,6 +4,7 @@
 // from which every other process reads them.
 #include "str/core/case_record.h"
 #include "str/core/frame.h"
+#include "str/core/prepared.h"
 
 #include <platform/os.h>
 
@@ -172,4 +173,5 @@ void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment)
     str_ba = segment;
     pCaseTabs = static_cast<CaseTableRecord *>(static_cast<void *>(segment + recordsOffset));
     NumCaseTabs = recordCount;
+    prepared::Attach(static_cast<size_t>(std::max(recordCount, 0)));
 }

@@ -4,10 +4,10 @@
 #include "base/utf8.h"
 #include "str/core/buffer.h"
 #include "str/core/frame.h"
+#include "str/core/prepared.h"
 #include "str/core/segments.h"
 #include "str/core/sets.h"
 #include "str/core/sizes.h"
-#include "str/core/upshift.h"
 
 #include <glib.h>
 
@@ -108,9 +108,36 @@ char *UpperCaseUtf8(const char *str, int length, int *outLen)
     return theUtf8Result;
 }
 
+// The prepared table of a text's only set; null when there is none yet, or when it may change how
+// many bytes there are.
+const UpShiftTable *ByteTableOf(const CSDescriptor *cs)
+{
+    if (cs->escMode != 0 || !HasCase(cs))
+        return nullptr;
+    const uint16_t number = ccs_GetToUpperTable(cs);
+    const UpShiftTable *const table = number == 0 ? nullptr : prepared::FindAt(number - 1U);
+    return table != nullptr && table->map.isTotal ? table : nullptr;
+}
+
+// The upper case of so many bytes by such a table, in the buffer; null when that has to grow.  Raises
+// no escape.
+char *UpperCaseByteByByte(const char *str, size_t bytes, const UpShiftTable &table)
+{
+    if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > theBuffer.capacity)
+        return nullptr;
+    MapBytes(table.map, reinterpret_cast<const unsigned char *>(str), bytes, theBuffer.at);
+    theBuffer.at[bytes] = '\0';
+    return reinterpret_cast<char *>(theBuffer.at);
+}
+
 char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescriptor *cs)
 {
     const size_t bytes = LengthOf(str, length);
+    if (const UpShiftTable *const table = ByteTableOf(cs); table != nullptr)
+        if (char *const upper = UpperCaseByteByByte(str, bytes, *table); upper != nullptr) {
+            *outLen = static_cast<int>(bytes);
+            return upper;
+        }
     Result result = {nullptr, 0, 0};
     const bool done = frame::Protect(
         kSource, frame::Accept(ER_CLASS_CONVERSION),
@@ -132,8 +159,7 @@ int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table)
 {
     if (!HasCase(cs))
         return 0;
-    const uint16_t number = ccs_GetToUpperTable(cs);
-    CaseTableRecord *const found = number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
+    CaseTableRecord *const found = TableOfCased(cs, ccs_GetToUpperTable(cs));
     if (found == nullptr)
         return 0;
     *table = found;
@@ -143,9 +169,8 @@ int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table)
 int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *table,
                     unsigned char *out, int *outLen)
 {
-    UpShiftTable lookup;
-    SetUpShiftTable(&lookup, table);
-    const UpShifted upper = UpShiftOne(&lookup, in, avail);
+    UpShiftTable own;
+    const UpShifted upper = UpShiftOne(prepared::TableOf(table, 0, &own), in, avail);
     std::memcpy(out, upper.bytes, static_cast<size_t>(upper.written));
     *outLen = upper.written;
     return upper.consumed;
@@ -154,28 +179,29 @@ int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *t
 unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableRecord *table,
                            unsigned char *buf, unsigned int *used, unsigned int *capacity)
 {
-    UpShiftTable lookup;
-    SetUpShiftTable(&lookup, table);
-    unsigned int end = *used;
-    while (len > 0) {
-        if (uint64_t{end} + kRoom > *capacity)
-            buf = GrowUpperBuffer(uint64_t{end} + kRoom, capacity);
+    const auto *const end = in + std::max(len, 0);
+    UpShiftTable own;
+    const UpShiftTable &lookup = prepared::TableOf(table, static_cast<size_t>(end - in), &own);
+    uint64_t done = *used;
+    while (in < end) {
+        if (done + kRoom > *capacity)
+            buf = GrowUpperBuffer(done + kRoom, capacity);
         // These bytes fit with room to spare, so the buffer need not grow between them.
-        const size_t fit =
-            std::min(static_cast<size_t>(len), size_t{*capacity} - end - (kRoom - 1));
-        const size_t mapped = MapBytes(&lookup.map, in, fit, buf + end);
-        end += static_cast<unsigned int>(mapped);
+        const auto room = static_cast<size_t>(*capacity - done - (kRoom - 1));
+        const size_t fit = std::min(static_cast<size_t>(end - in), room);
+        const size_t paired = 2 * MapPairs(lookup, in, fit / 2, buf + done);
+        const size_t mapped =
+            paired + MapBytes(lookup.map, in + paired, fit - paired, buf + done + paired);
+        done += mapped;
         in += mapped;
-        len -= static_cast<int>(mapped);
-        if (mapped == fit)
+        if (mapped != 0)
             continue;
-        const UpShifted upper = UpShiftByLists(&lookup, in, len);
-        std::memcpy(buf + end, upper.bytes, static_cast<size_t>(upper.written));
-        end += static_cast<unsigned int>(upper.written);
+        const UpShifted upper = UpShiftByLists(lookup, in, end - in);
+        std::memcpy(buf + done, upper.bytes, static_cast<size_t>(upper.written));
+        done += static_cast<size_t>(upper.written);
         in += upper.consumed;
-        len -= upper.consumed;
     }
-    *used = end;
+    *used = static_cast<unsigned int>(done);
     return buf;
 }
 

@@ -155,14 +155,17 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
                 for (source << std::exchange(between, "="); const char code : side)
                     source << "\\x" << std::hex << (code >> 4 & 0xF) << (code & 0xF);
         }
-        home.Write("toupper/x.s", source.str());
+        home.Write("toupper/6.s", source.str());
         CaseTableRecord table = {};
-        ASSERT_EQ(str_CompileCaseTable("~/toupper/x.s", "~/toupper/x.b", &table), 1) << logged;
+        ASSERT_EQ(str_CompileCaseTable("~/toupper/6.s", "~/toupper/6.b", &table), 1) << logged;
+        const CSDescriptor ascii = {6, 0};
+        const CaseTableRecord *const prepared = str_InitCaseTables(&ascii);
         for (int length = 0; length <= 300; length += length < 140 ? 1 : 16) {
             const Guarded input(static_cast<size_t>(length));
             std::generate_n(input.data(), length, byte);
             const std::string upper = UpperByRules(rules, {input.data(), input.data() + length});
             ExpectUpper(upper, input, length, &table);
+            ExpectUpper(upper, input, length, prepared);
             ASSERT_FALSE(HasFatalFailure()) << source.str();
         }
         str_FreeCTEntry(&table);

@@ -218,6 +218,9 @@ int str_IsDataStale(void);
 /* Makes the image at `segment`, where this process has mapped it, the registry.  An earlier
  * registry of the process is not released.  From now on no table is added.
  *
+ * The library keeps what it works out from an image until the next call.  So call this for every
+ * image, even if you map it where another one was.
+ *
  * The image is trusted: its offsets and counts are not checked.  Whoever can write to the segment
  * can make every process that attached it read anywhere. */
 void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment);

@@ -7,9 +7,9 @@
 
 #include <str/compare.h>
 
+#include "str/core/prepared.h"
 #include "str/core/segments.h"
 #include "str/core/sets.h"
-#include "str/core/upshift.h"
 
 #include <algorithm>
 
@@ -97,23 +97,25 @@ RunResult CompareRunInUpperCase(const Run &run1, const Run &run2, int charLimit,
     // Equal bytes need no case table.
     if (!limited && run1.size == run2.size && std::memcmp(run1.at, run2.at, run1.size) == 0)
         return {0, run1.size, run2.size, 0};
-    UpShiftTable table;
-    SetUpShiftTable(&table, record);
+    UpShiftTable own;
+    const UpShiftTable &table = prepared::TableOf(record, std::min(run1.size, run2.size), &own);
     const auto *const begin1 = reinterpret_cast<const uint8_t *>(run1.at);
     const auto *const begin2 = reinterpret_cast<const uint8_t *>(run2.at);
     const uint8_t *at1 = begin1, *const end1 = begin1 + run1.size;
     const uint8_t *at2 = begin2, *const end2 = begin2 + run2.size;
     ptrdiff_t left = limited ? charLimit : PTRDIFF_MAX; // more than there are bytes
     while (at1 < end1 && at2 < end2 && left > 0) {
-        const ptrdiff_t most = std::min({end1 - at1, end2 - at2, left});
-        const size_t equal = MappedAlike(&table.map, at1, at2, static_cast<size_t>(most));
-        at1 += equal;
-        at2 += equal;
-        left -= static_cast<ptrdiff_t>(equal);
-        if (static_cast<ptrdiff_t>(equal) == most)
+        const auto most = static_cast<size_t>(std::min({end1 - at1, end2 - at2, left}));
+        const size_t pairs = PairsAlike(table, at1, at2, most / 2);
+        const size_t bytes =
+            MappedAlike(table.map, at1 + 2 * pairs, at2 + 2 * pairs, most - 2 * pairs);
+        at1 += 2 * pairs + bytes;
+        at2 += 2 * pairs + bytes;
+        left -= static_cast<ptrdiff_t>(pairs + bytes);
+        if (pairs + bytes != 0)
             continue;
-        const UpShifted upper1 = UpShiftOne(&table, at1, end1 - at1);
-        const UpShifted upper2 = UpShiftOne(&table, at2, end2 - at2);
+        const UpShifted upper1 = UpShiftOne(table, at1, end1 - at1);
+        const UpShifted upper2 = UpShiftOne(table, at2, end2 - at2);
         if (const int order = judge(upper1, upper2); order != 0)
             return {order, 0, 0, 0};
         at1 += upper1.consumed;

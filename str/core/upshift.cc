@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 namespace libstr
 {
@@ -43,23 +44,30 @@ const PairRule *FindRule(const PairRule *rules, int32_t count, uint8_t byte)
 }
 
 // The first entry of a lead byte; null for none.
-const LeadEntry *FindLead(UpShiftTable *table, uint8_t byte, ptrdiff_t avail)
+const LeadEntry *FindLead(const UpShiftTable &table, uint8_t byte)
 {
-    constexpr int kLongRun = 16; // bytes that make an index pay
-    if (!table->leadsAreIndexed && avail >= kLongRun) {
-        std::memset(table->leadIndex, 0, sizeof table->leadIndex);
-        for (int32_t i = table->numLeads; i > 0; --i)
-            table->leadIndex[table->leads[i - 1].LeadByte] = static_cast<uint16_t>(i);
-        table->leadsAreIndexed = true;
+    if (table.isIndexed) {
+        const uint16_t place = table.leadIndex[byte];
+        return place == 0 ? nullptr : &table.leads[place - 1];
     }
-    if (table->leadsAreIndexed) {
-        const uint16_t place = table->leadIndex[byte];
-        return place == 0 ? nullptr : &table->leads[place - 1];
-    }
-    for (int32_t i = 0; i < table->numLeads; ++i)
-        if (table->leads[i].LeadByte == byte)
-            return &table->leads[i];
+    for (int32_t i = 0; i < table.numLeads; ++i)
+        if (table.leads[i].LeadByte == byte)
+            return &table.leads[i];
     return nullptr;
+}
+
+// The rules for what follows a lead byte.
+struct Trails {
+    const PairRule *rules;
+    int32_t count;
+};
+
+Trails TrailsOf(const LeadEntry *lead)
+{
+    if (lead == nullptr)
+        return {nullptr, 0};
+    const auto *const rules = reference::ResolveForReading<PairRule>(lead->pTrails);
+    return {rules, rules == nullptr ? 0 : lead->NumTrails};
 }
 
 // Returns the bytes written; 0 when this byte has no expansion.
@@ -73,17 +81,42 @@ int FindExpansion(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 }
 
 // Returns the bytes written; 0 when this pair of bytes has no rule.
-int FindPairUpShift(const uint8_t *in, ptrdiff_t avail, uint8_t *out, UpShiftTable *table)
+int FindPairUpShift(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 {
-    const LeadEntry *const lead = FindLead(table, in[0], avail);
-    if (lead == nullptr)
-        return 0;
-    const auto *const trails = reference::ResolveForReading<PairRule>(lead->pTrails);
-    const PairRule *const rule = FindRule(trails, trails == nullptr ? 0 : lead->NumTrails, in[1]);
+    const Trails trails = TrailsOf(FindLead(table, in[0]));
+    const PairRule *const rule = FindRule(trails.rules, trails.count, in[1]);
     if (rule == nullptr)
         return 0;
     std::memcpy(out, rule->upper, 2);
     return rule->upper[1] == 0 ? 1 : 2;
+}
+
+// ---- Pairs ---------------------------------------------------------------------------------
+
+uint16_t LoadPair(const uint8_t *in)
+{
+    uint16_t pair;
+    std::memcpy(&pair, in, sizeof pair);
+    return pair;
+}
+
+// The first rule for a trail holds.  An upper case of one byte is left to the lists.
+void FillPairRow(uint8_t lead, const Trails &trails, PairRow *row)
+{
+    std::fill_n(row->change, std::size(row->change), PairRow::kSeeLists);
+    for (int32_t i = trails.count - 1; i >= 0; --i) {
+        const PairRule &rule = trails.rules[i];
+        const uint8_t pair[2] = {lead, rule.byte};
+        row->change[rule.byte] = rule.upper[1] == 0
+                                     ? PairRow::kSeeLists
+                                     : static_cast<uint16_t>(LoadPair(pair) ^ LoadPair(rule.upper));
+    }
+}
+
+// What changes in the pair at `in`.
+uint16_t PairChange(const UpShiftTable &table, const uint8_t *in)
+{
+    return table.pairs[table.pairRow[in[0]]].change[in[1]];
 }
 
 } // namespace
@@ -95,22 +128,85 @@ void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record)
     table->numExpansions = table->expansions == nullptr ? 0 : std::max(record->NumExpansions, 0);
     table->leads = reference::ResolveForReading<LeadEntry>(record->pLeads);
     table->numLeads = table->leads == nullptr ? 0 : std::max(record->NumLeads, 0);
-    table->leadsAreIndexed = false;
+    table->isIndexed = false;
+    table->pairs = nullptr;
 }
 
-UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail)
+void IndexUpShiftTable(UpShiftTable *table)
+{
+    IndexByteMap(&table->map);
+    table->isIndexed = table->numLeads > 0;
+    if (!table->isIndexed)
+        return;
+    std::memset(table->leadIndex, 0, sizeof table->leadIndex);
+    for (int32_t i = table->numLeads; i > 0; --i)
+        table->leadIndex[table->leads[i - 1].LeadByte] = static_cast<uint16_t>(i);
+}
+
+int FindPairRows(UpShiftTable *table, PairRow (&rows)[kMostPairRows])
+{
+    if (!table->isIndexed)
+        return 0;
+    std::memset(table->pairRow, 0, sizeof table->pairRow);
+    FillPairRow(0, {nullptr, 0}, &rows[0]);
+    int used = 1;
+    for (int lead = 0; lead < 256 && used < kMostPairRows; ++lead) {
+        const auto byte = static_cast<uint8_t>(lead);
+        if (table->leadIndex[lead] == 0 || table->map.upper[lead] != 0 ||
+            FindRule(table->expansions, table->numExpansions, byte) != nullptr)
+            continue;
+        FillPairRow(byte, TrailsOf(FindLead(*table, byte)), &rows[used]);
+        int row = 0;
+        while (std::memcmp(&rows[row], &rows[used], sizeof rows[row]) != 0)
+            ++row;
+        table->pairRow[lead] = static_cast<uint8_t>(row);
+        used += row == used ? 1 : 0;
+    }
+    return used == 1 ? 0 : used;
+}
+
+UpShifted UpShiftByLists(const UpShiftTable &table, const uint8_t *in, ptrdiff_t avail)
 {
     UpShifted result = {{in[0], 0}, 1, 1};
-    if (const int expanded = FindExpansion(in, result.bytes, *table); expanded != 0) {
+    if (const int expanded = FindExpansion(in, result.bytes, table); expanded != 0) {
         result.written = expanded;
     } else if (avail > 1) {
-        const int paired = FindPairUpShift(in, avail, result.bytes, table);
+        const int paired = FindPairUpShift(in, result.bytes, table);
         if (paired != 0) {
             result.written = paired;
             result.consumed = 2;
         }
     }
     return result;
+}
+
+size_t MapPairs(const UpShiftTable &table, const uint8_t *in, size_t pairs, uint8_t *out)
+{
+    size_t done = 0;
+    for (; table.pairs != nullptr && done < pairs; ++done, in += 2, out += 2) {
+        const uint16_t change = PairChange(table, in);
+        if (change == PairRow::kSeeLists)
+            break;
+        const auto upper = static_cast<uint16_t>(LoadPair(in) ^ change);
+        std::memcpy(out, &upper, sizeof upper);
+    }
+    return done;
+}
+
+size_t PairsAlike(const UpShiftTable &table, const uint8_t *a, const uint8_t *b, size_t pairs)
+{
+    size_t done = 0;
+    for (; table.pairs != nullptr && done < pairs; ++done, a += 2, b += 2) {
+        const uint16_t pairA = LoadPair(a), pairB = LoadPair(b), changeA = PairChange(table, a);
+        if (changeA == PairRow::kSeeLists)
+            break;
+        if (pairA == pairB)
+            continue;
+        const uint16_t changeB = PairChange(table, b);
+        if (changeB == PairRow::kSeeLists || (pairA ^ changeA) != (pairB ^ changeB))
+            break;
+    }
+    return done;
 }
 
 } // namespace libstr

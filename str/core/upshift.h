@@ -6,13 +6,23 @@
 
 #include <str/case.h>
 
+#include <platform/ccs.h>
+
 #include "base/bytemap.h"
 #include "str/core/case_record.h"
 
 namespace libstr
 {
 
-// A case table with its references resolved, once for a run of text.
+// What changes in the pairs of bytes that begin with one lead, for each trail: the pair xor its upper
+// case, or kSeeLists.
+struct PairRow {
+    static constexpr uint16_t kSeeLists = 0xFFFF;
+
+    uint16_t change[256];
+};
+
+// A case table with its references resolved.
 struct UpShiftTable {
     ByteMap map;
     const PairRule *expansions;
@@ -20,10 +30,23 @@ struct UpShiftTable {
     const LeadEntry *leads;
     int32_t numLeads; // 0 without a list
 
-    // The place of each lead byte's first entry, counted from 1.  Filled in for long runs only.
-    bool leadsAreIndexed;
+    // The place of each lead byte's first entry, counted from 1; once the table has been indexed.
+    bool isIndexed;
     uint16_t leadIndex[256];
+
+    const PairRow *pairs; // null if not prepared
+    uint8_t pairRow[256]; // of each lead byte
 };
+
+// So many rows hold the pairs of every table that is shipped.  The first is for all other leads.
+inline constexpr int kMostPairRows = 40;
+
+// The case table of a set that has case, from the number that is registered for it, 0 for none yet;
+// null for none.
+inline CaseTableRecord *TableOfCased(const CSDescriptor *cs, uint16_t number)
+{
+    return number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
+}
 
 // The case table of a set; null for none.
 inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
@@ -35,6 +58,13 @@ inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
 
 void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record);
 
+// Makes long runs fast.
+void IndexUpShiftTable(UpShiftTable *table);
+
+// Fills in pairRow of an indexed table and the rows.  Returns how many there are; 0 without pairs.
+// A lead for which there is no room gets the first row.
+int FindPairRows(UpShiftTable *table, PairRow (&rows)[kMostPairRows]);
+
 // The upper case of one character, in one byte or two, and how many bytes the character had.
 struct UpShifted {
     uint8_t bytes[2];
@@ -43,13 +73,21 @@ struct UpShifted {
 };
 
 // The upper case of a character that has none in the byte map.
-UpShifted UpShiftByLists(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail);
+UpShifted UpShiftByLists(const UpShiftTable &table, const uint8_t *in, ptrdiff_t avail);
 
-inline UpShifted UpShiftOne(UpShiftTable *table, const uint8_t *in, ptrdiff_t avail)
+inline UpShifted UpShiftOne(const UpShiftTable &table, const uint8_t *in, ptrdiff_t avail)
 {
-    const uint8_t upper = table->map.upper[*in];
+    const uint8_t upper = table.map.upper[*in];
     return upper != 0 ? UpShifted{{upper, 0}, 1, 1} : UpShiftByLists(table, in, avail);
 }
+
+// Writes the upper case of so many pairs of bytes to `out`, up to the first that has to be looked up
+// in the lists.  Returns how many it wrote.
+size_t MapPairs(const UpShiftTable &table, const uint8_t *in, size_t pairs, uint8_t *out);
+
+// How many of the first `pairs` pairs of bytes of `a` and `b` have the same upper case, up to the
+// first that has to be looked up.
+size_t PairsAlike(const UpShiftTable &table, const uint8_t *a, const uint8_t *b, size_t pairs);
 
 } // namespace libstr
 

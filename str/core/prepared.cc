@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "str/core/prepared.h"
+
+#include "str/core/frame.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace libstr::prepared
+{
+
+Registry theOwn, theImage;
+
+namespace
+{
+
+Prepared *Prepare(const CaseTableRecord &record)
+{
+    UpShiftTable table;
+    PairRow rows[kMostPairRows];
+    SetUpShiftTable(&table, &record);
+    IndexUpShiftTable(&table);
+    FindFold(&table.map);
+    const size_t rowsSize = static_cast<size_t>(FindPairRows(&table, rows)) * sizeof(PairRow);
+    auto *const made = static_cast<Prepared *>(os_malloc(sizeof(Prepared) + rowsSize));
+    *made = {record, table};
+    if (rowsSize != 0) {
+        std::memcpy(made + 1, rows, rowsSize);
+        made->table.pairs = reinterpret_cast<const PairRow *>(made + 1);
+    }
+    return made;
+}
+
+void Drop(Prepared **place)
+{
+    os_free(*place);
+    *place = nullptr;
+}
+
+// Drops all tables, and makes room for so many.
+void Reset(Registry *registry, size_t count)
+{
+    std::for_each_n(registry->tables.at, registry->count, [](Prepared *&table) { Drop(&table); });
+    registry->count = 0;
+    if (registry->tables.capacity < count)
+        Grow(&registry->tables, count);
+    std::fill_n(registry->tables.at, count, nullptr);
+    registry->count = count;
+}
+
+} // namespace
+
+void Add(size_t index, const CaseTableRecord &record)
+{
+    if (str_ba != nullptr)
+        return;
+    if (index >= theOwn.tables.capacity)
+        Grow(&theOwn.tables, std::max<size_t>(32, 2 * index));
+    for (; theOwn.count <= index; ++theOwn.count)
+        theOwn.tables.at[theOwn.count] = nullptr;
+    Drop(&theOwn.tables.at[index]);
+    theOwn.tables.at[index] = Prepare(record);
+}
+
+void Attach(size_t count)
+{
+    frame::Disregard([&] { Reset(&theImage, count); });
+    theImage.image = str_ba;
+}
+
+void Release(const CaseTableRecord &record)
+{
+    const auto same = [](CaseTableRef a, CaseTableRef b) { return a != 0 && a == b; };
+    for (size_t i = 0; i < theOwn.count; ++i) {
+        Prepared *&table = theOwn.tables.at[i];
+        if (table != nullptr && (same(table->record.pByteMap, record.pByteMap) ||
+                                 same(table->record.pExpansions, record.pExpansions) ||
+                                 same(table->record.pLeads, record.pLeads)))
+            Drop(&table);
+    }
+}
+
+const Prepared *AddOfImage(size_t index)
+{
+    if (str_ba == nullptr)
+        return nullptr;
+    Prepared *made = nullptr, *kept = nullptr;
+    frame::Disregard([&] { made = Prepare(pCaseTabs[index]); });
+    const std::atomic_ref place(theImage.tables.at[index]);
+    if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
+        return made;
+    os_free(made); // another thread was faster
+    return kept;
+}
+
+} // namespace libstr::prepared

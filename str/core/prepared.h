@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What is worked out once for a case table of the registry, beside its record: an image is shared
+// with other processes, and must not be written to.
+//
+// A prepared table serves every record that refers to the arrays for which it was made.  The arrays
+// of a process are private and never change once a table is in the registry; str_FreeCTEntry
+// releases the prepared table with them.  Those of an image do not change while it is attached;
+// str_AttachSMem releases what was prepared for the image before.
+//
+// Threads: prepared tables are made and released by the calls that change the registry, one at a
+// time.  Only those of an image are made on first use, and published by one atomic store.
+#ifndef STR_CORE_PREPARED_H
+#define STR_CORE_PREPARED_H
+
+#include "str/core/buffer.h"
+#include "str/core/upshift.h"
+
+#include <atomic>
+
+namespace libstr::prepared
+{
+
+struct Prepared {
+    CaseTableRecord record; // as it was
+    UpShiftTable table;     // its pair rows come after it
+};
+
+// Whether two records refer to the same arrays.
+inline bool HaveSameArrays(const CaseTableRecord &a, const CaseTableRecord &b)
+{
+    const auto differ = [](auto x, auto y) { return static_cast<uint32_t>(x ^ y); };
+    return (differ(a.pByteMap, b.pByteMap) | differ(a.pExpansions, b.pExpansions) |
+            differ(a.NumExpansions, b.NumExpansions) | differ(a.pLeads, b.pLeads) |
+            differ(a.NumLeads, b.NumLeads)) == 0;
+}
+
+// The tables of a registry, by the index of the record; null for those that are not prepared.
+struct Registry {
+    Buffer<Prepared *> tables;
+    size_t count;
+    const char *image; // the value of str_ba with which they may be used
+};
+
+// Both are kept, since an image may come and go.
+extern Registry theOwn, theImage;
+
+// Prepares the record of this index in the registry of the process.  Raises OS_ESC_MEMORY.
+void Add(size_t index, const CaseTableRecord &record);
+
+// Makes room for so many tables of the image that is attached.
+void Attach(size_t count);
+
+// Forgets tables that share an array with the record, whose arrays are about to be released.
+void Release(const CaseTableRecord &record);
+
+// Prepares the record of this index in the image, on its first use.  Returns null if it cannot.
+const Prepared *AddOfImage(size_t index);
+
+// The prepared table of the record of this index in the registry; null if there is none.  Every
+// comparison of plain text calls it, and most are short.
+[[gnu::always_inline]] inline const UpShiftTable *FindAt(size_t index)
+{
+    Registry &registry = str_ba == nullptr ? theOwn : theImage;
+    if (index >= registry.count || registry.image != str_ba)
+        return nullptr;
+    const std::atomic_ref place(registry.tables.at[index]);
+    const Prepared *table = place.load(std::memory_order_acquire);
+    if (table == nullptr)
+        table = AddOfImage(index);
+    return table != nullptr && HaveSameArrays(table->record, pCaseTabs[index]) ? &table->table
+                                                                               : nullptr;
+}
+
+// The prepared table of a record; null for a record that is not in the registry.
+inline const UpShiftTable *Find(const CaseTableRecord *record)
+{
+    const uintptr_t offset =
+        reinterpret_cast<uintptr_t>(record) - reinterpret_cast<uintptr_t>(pCaseTabs);
+    return offset % sizeof *record == 0 ? FindAt(offset / sizeof *record) : nullptr;
+}
+
+// The table of any record: a prepared one or, else, `*own`, which is filled in.  `length` says how
+// long a run it is for.
+inline const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own)
+{
+    constexpr size_t kLongRun = 32; // bytes that make an index pay
+    if (const UpShiftTable *const table = Find(record); table != nullptr)
+        return *table;
+    SetUpShiftTable(own, record);
+    if (length >= kLongRun)
+        IndexUpShiftTable(own);
+    return *own;
+}
+
+} // namespace libstr::prepared
+
+#endif
