@@ -53,15 +53,6 @@ void FindLetters(ByteMap *map)
     map->below = static_cast<int8_t>(INT8_MAX - count);
 }
 
-[[gnu::noinline]] int CompareFoldedByBytes(const uint8_t *upper, const char *a, const char *b)
-{
-    for (;; ++a, ++b) {
-        const auto byteA = static_cast<uint8_t>(*a), byteB = static_cast<uint8_t>(*b);
-        if (byteA == 0 || upper[byteA] != upper[byteB])
-            return byteA == byteB ? 0 : 1;
-    }
-}
-
 #if defined(STR_AVX2)
 
 STR_AVX2 inline void AddRow(ByteMap *map, int first, __m128i change)
@@ -238,61 +229,10 @@ STR_AVX2 size_t MapBlocks(const ByteMap &map, const uint8_t *in, size_t length, 
 
 STR_AVX2 size_t AlikeBlocks(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length)
 {
-    return map.isFold ? AlikeBlocks(ByFold<AnyLetters>(map), a, b, length)
-                      : AlikeBlocks(ByRows{map}, a, b, length);
-}
-
-// ---- Texts whose ends are not known --------------------------------------------------------
-
-constexpr size_t kPage = 4096; // or a multiple of it
-constexpr size_t kStep = 2 * kBlock;
-
-// Reads after a NUL, in the page that holds it.  AddressSanitizer must not check this: it knows of
-// objects, which may end before the page does.
-STR_AVX2 __attribute__((no_sanitize("address"))) inline __m256i LoadPageBlock(const char *at)
-{
-    return *static_cast<const __m256i_u *>(static_cast<const void *>(at));
-}
-
-inline size_t PlaceInPage(const char *at) { return reinterpret_cast<uintptr_t>(at) % kPage; }
-
-// Whether the next step is in one page, or in two to which the text reaches.
-STR_AVX2 bool CanReadStep(const char *at)
-{
-    const size_t left = kPage - PlaceInPage(at);
-    if (left >= kStep)
-        return true;
-    const uint64_t high = Zeros(LoadPageBlock(at + left - kBlock));
-    const uint64_t zeros = high << kBlock | Zeros(LoadPageBlock(at + left - kStep));
-    return zeros >> (kStep - left) == 0;
-}
-
-template <class Letters>
-STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const char *b)
-{
-    const ByFold<Letters> by(fold);
-    for (;;) {
-        size_t steps = (kPage - std::max(PlaceInPage(a), PlaceInPage(b))) / kStep;
-        if (steps == 0 && !(CanReadStep(a) && CanReadStep(b)))
-            return CompareFoldedByBytes(fold.upper, a, b);
-        do {
-            const __m256i alike0 = by.Alike(LoadPageBlock(a), LoadPageBlock(b));
-            const __m256i alike1 = by.Alike(LoadPageBlock(a + kBlock), LoadPageBlock(b + kBlock));
-            if (Zeros(_mm256_min_epu8(alike0, alike1)) != 0) {
-                const uint64_t high = Zeros(alike1);
-                const auto stop = std::countr_zero(high << kBlock | Zeros(alike0));
-                return a[stop] == b[stop] ? 0 : 1; // both are NUL, or they differ
-            }
-            a += kStep;
-            b += kStep;
-        } while (steps-- > 1);
-    }
-}
-
-STR_AVX2 int CompareFoldedByBlocks(const ByteMap &fold, const char *a, const char *b)
-{
-    return fold.isRange ? CompareFoldedByBlocks<RangeOfLetters>(fold, a, b)
-                        : CompareFoldedByBlocks<AnyLetters>(fold, a, b);
+    if (!map.isFold)
+        return AlikeBlocks(ByRows{map}, a, b, length);
+    return map.isRange ? AlikeBlocks(ByFold<RangeOfLetters>(map), a, b, length)
+                       : AlikeBlocks(ByFold<AnyLetters>(map), a, b, length);
 }
 
 #else
@@ -304,8 +244,6 @@ bool CanUseBlocks(const ByteMap &, size_t) { return false; }
 size_t MapBlocks(const ByteMap &, const uint8_t *, size_t, uint8_t *) { return 0; }
 
 size_t AlikeBlocks(const ByteMap &, const uint8_t *, const uint8_t *, size_t) { return 0; }
-
-int CompareFoldedByBlocks(const ByteMap &, const char *, const char *) { return 0; }
 
 #endif
 
@@ -342,12 +280,6 @@ size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_
             break;
     }
     return done;
-}
-
-int CompareFolded(const ByteMap &fold, const char *a, const char *b)
-{
-    return CanUseBlocks(fold, kBlock) ? CompareFoldedByBlocks(fold, a, b)
-                                      : CompareFoldedByBytes(fold.upper, a, b);
 }
 
 } // namespace libstr

@@ -51,10 +51,6 @@ size_t MapBytes(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *o
 // How many of the first `length` bytes of `a` and `b` have the same entries, none of them 0.
 size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length);
 
-// Returns 0 when two NUL-terminated texts are the same by a fold, else 1.  May read bytes after a
-// NUL, but none in another page.
-int CompareFolded(const ByteMap &fold, const char *a, const char *b);
-
 } // namespace libstr
 
 #endif
