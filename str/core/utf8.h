@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Length and truncation of UTF-8 text.  GLib validates.  Malformed text is handled here, byte by
-// byte, up to the NUL.
+// Length and truncation of UTF-8 text, which may be malformed.
 #ifndef STR_CORE_UTF8_H
 #define STR_CORE_UTF8_H
 
