@@ -8,6 +8,8 @@
 //     Equal     flags the bytes of one value
 //     Controls  flags the bytes whose low seven bits are below 0x20
 //     Differ    flags the bytes that differ between two blocks
+//     Continuations
+//               flags the bytes from 0x80 to 0xBF
 //     Lower     turns capital ASCII letters into small ones
 //     Mask      the mask of the flagged bytes; of a text's block, the bytes of 0x80 and above
 //
@@ -72,6 +74,8 @@ inline Block Controls(Block block) { return Equal(block & _mm_set1_epi8(0x60), 0
 
 inline Block Low7(Block block) { return block & _mm_set1_epi8(0x7F); }
 
+inline Block Continuations(Block block) { return _mm_cmplt_epi8(block, _mm_set1_epi8(-0x40)); }
+
 inline Block Differ(Block a, Block b) { return ~_mm_cmpeq_epi8(a, b); }
 
 inline Block Lower(Block block)
@@ -100,6 +104,8 @@ inline Block Equal(Block block, char byte)
 }
 
 inline Block Controls(Block block) { return ~(block << 1 | block << 2); }
+
+inline Block Continuations(Block block) { return block & ~(block << 1); }
 
 inline Block Differ(Block a, Block b)
 {

@@ -3,16 +3,17 @@
 // Case-folding only where two texts differ.
 //
 // GLib folds each character without regard to its neighbours, so the folded form of a text is the
-// folded forms of its characters in a row, and equal characters are equal when folded.  Each folded
-// form is kept, since GLib allocates for every call.
+// folded forms of its characters in a row, and equal characters are equal when folded.
 #include "str/core/fold.h"
 
 #include "base/blocks.h"
 #include "base/utf8.h"
+#include "str/core/case_forms.h"
 
 #include <glib.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace libstr
@@ -21,42 +22,19 @@ namespace libstr
 namespace
 {
 
-constexpr size_t kMostBytes = 4;   // of a character
-constexpr size_t kMostFolded = 12; // of a folded form: up to three characters
+constexpr size_t kMostBytes = 4; // of a character
 
-struct Folded {
-    gunichar character; // 0 for a free place: no text contains a NUL
-    uint8_t length;
-    char bytes[kMostFolded];
-};
-
-// Folded forms, by the low bits of their characters.  A newer one replaces an older one.
-constexpr size_t kPlaces = 1024;
-Folded theFolded[kPlaces];
-
-// The folded form of the well-formed character `c` at `at`, valid until the next call.
-const Folded *FoldedForm(const char *at, const utf8::Char &c)
-{
-    Folded *const place = &theFolded[c.code % kPlaces];
-    if (place->character == c.code)
-        return place;
-    char *const folded = utf8::ChangeCase(g_utf8_casefold, at, c.length);
-    place->length = static_cast<uint8_t>(std::min(std::strlen(folded), kMostFolded));
-    std::memcpy(place->bytes, folded, place->length);
-    place->character = c.code;
-    g_free(folded);
-    return place;
-}
+CaseForms theFolded = {g_utf8_casefold, {}};
 
 // A text in folded form: the form of one character, and the text after that character.
 struct FoldedText {
     const char *at;
     const char *end;
-    Folded form;
+    CaseBytes form;
     size_t used; // bytes of the form that have been compared
 };
 
-FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {}, 0}; }
+FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {0, {}}, 0}; }
 
 size_t Pending(const FoldedText &text) { return text.form.length - text.used; }
 
@@ -66,38 +44,88 @@ bool HasEnded(const FoldedText &text) { return Pending(text) == 0 && text.at == 
 void TakeCharacter(FoldedText *text)
 {
     const utf8::Char c = utf8::CharAt(text->at);
-    text->form = utf8::IsMalformed(c) ? Folded{0, 1, {*text->at}} : *FoldedForm(text->at, c);
+    text->form = utf8::IsMalformed(c) ? CaseBytes{1, {*text->at}} : BytesOf(&theFolded, c.code);
     text->used = 0;
     text->at += c.length;
 }
-
-bool IsContinuation(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; }
 
 // How many of the `same` bytes at the start of both texts belong to whole characters.  A character
 // begins at a byte that is not a continuation, at most three before its last byte.
 size_t WholeCharacters(const char *at1, const char *at2, size_t same)
 {
     for (size_t back = 0; back < kMostBytes && back <= same; ++back)
-        if (!IsContinuation(at1[same - back]) && !IsContinuation(at2[same - back]))
+        if (!utf8::IsContinuation(at1[same - back]) && !utf8::IsContinuation(at2[same - back]))
             return same - back;
     return same;
 }
 
-// Passes over equal characters, and over ASCII letters that differ only in case.
+// The character of two bytes at `at`, else 0.
+gunichar TwoByteCharacter(const char *at)
+{
+    const auto lead = static_cast<guchar>(*at);
+    const bool isOne = lead >= 0xC2 && lead < 0xE0 && utf8::IsContinuation(at[1]);
+    return isOne ? utf8::AppendBits(lead & 0x1F, at[1]) : 0;
+}
+
+bool HaveOneForm(gunichar c1, gunichar c2)
+{
+    return FormOf(&theFolded, c1) == FormOf(&theFolded, c2);
+}
+
+// The texts are alike before `at`.  When the two characters there are alike too, and equally long,
+// returns where they end, else `at`.
+size_t EndOfAlike(const char *at1, const char *at2, size_t at)
+{
+    const size_t begin = WholeCharacters(at1, at2, at);
+    const utf8::Char c1 = utf8::CharAt(at1 + begin);
+    const utf8::Char c2 = utf8::CharAt(at2 + begin);
+    const size_t end = begin + c1.length;
+    const bool areKept = c1.code < kFormsEnd && c2.code < kFormsEnd;
+    if (c1.length != c2.length || !areKept || end <= at)
+        return at;
+    return HaveOneForm(c1.code, c2.code) ? end : at;
+}
+
+// The bytes that differ even in lower case.  Of characters of two bytes, the first one.
+inline uint32_t Different(blocks::Block block1, blocks::Block block2)
+{
+    const uint32_t differ =
+        blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
+    const uint32_t seconds = differ & blocks::Mask(blocks::Continuations(block1));
+    return (differ ^ seconds) | seconds >> 1 | (seconds & 1);
+}
+
+// Where the texts, alike before `from`, begin to differ, if within a block, else the end of the block
+// or of its last character.  `most` bytes of both may be read.
+size_t EndOfBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
+{
+    uint32_t differ = Different(blocks::Load(text1.at + from, most - from),
+                                blocks::Load(text2.at + from, most - from));
+    while (differ != 0) {
+        const size_t at = from + static_cast<size_t>(std::countr_zero(differ));
+        differ &= differ - 1;
+        const gunichar c1 = TwoByteCharacter(text1.at + at);
+        const gunichar c2 = TwoByteCharacter(text2.at + at);
+        if (c1 != 0 && c2 != 0 && HaveOneForm(c1, c2))
+            continue;
+        const size_t end = EndOfAlike(text1.at, text2.at, at);
+        if (end == at || end >= from + blocks::kSize)
+            return end;
+        differ &= blocks::kAll << (end - from);
+    }
+    return from + blocks::kSize;
+}
+
+// Passes over characters that are alike one by one.
 void SkipAlike(FoldedText *text1, FoldedText *text2)
 {
     const auto most = static_cast<size_t>(std::min(text1->end - text1->at, text2->end - text2->at));
     size_t same = 0;
-    while (same < most) {
-        const blocks::Block block1 = blocks::Load(text1->at + same, most - same);
-        const blocks::Block block2 = blocks::Load(text2->at + same, most - same);
-        const uint32_t differ =
-            blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
-        const unsigned int alike = blocks::Free(differ, 0);
-        same += alike;
-        if (alike < blocks::kSize)
-            break;
-    }
+    size_t block = 0;
+    do {
+        block = same;
+        same = EndOfBlock(*text1, *text2, block, most);
+    } while (same >= block + blocks::kSize && same < most);
     same = WholeCharacters(text1->at, text2->at, std::min(same, most));
     text1->at += same;
     text2->at += same;
