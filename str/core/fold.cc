@@ -91,7 +91,8 @@ inline uint32_t Different(blocks::Block block1, blocks::Block block2)
 {
     const uint32_t differ =
         blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
-    const uint32_t seconds = differ & blocks::Mask(blocks::Continuations(block1));
+    const uint32_t seconds =
+        differ & blocks::Mask(block1) & ~blocks::Mask(blocks::AtLeast(block1, '\xC0'));
     return (differ ^ seconds) | seconds >> 1 | (seconds & 1);
 }
 
