@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Truncation to a budget of bytes, and the bounded copies built on it.  A copy is one strncpy,
-// which stops at the source's NUL, and one memset.
+// Truncation to a budget of bytes, and the bounded copies built on it.  Where the source may end
+// before the part that is kept, a copy is one strncpy, which stops at the NUL, and one memset.
 #include <str/truncate.h>
 
 #include "str/core/frame.h"
@@ -22,6 +22,21 @@ void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
     std::strncpy(dst, src, kept);
     if (kept < n)
         std::memset(dst + kept, 0, n - kept);
+}
+
+// Both exports below have this code, rather than one call more.
+inline void CopyKept(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_strncpy");
+    if (IsUtf8(cs)) {
+        const unsigned int kept = Utf8Truncation(src, n);
+        std::memcpy(dst, src, kept);
+        if (kept < n)
+            std::memset(dst + kept, 0, n - kept);
+    } else {
+        CopyAndPad(dst, src, IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs), n);
+    }
+    frame::TraceExit("str_strncpy");
 }
 
 } // namespace
@@ -54,12 +69,7 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
 
 char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
-    frame::TraceEntry();
-    const unsigned int kept = IsUtf8(cs)           ? Utf8Truncation(src, n)
-                              : IsPlainByteSet(cs) ? n
-                                                   : str_truncstrlen(src, n, cs);
-    CopyAndPad(dst, src, kept, n);
-    frame::TraceExit();
+    CopyKept(dst, src, n, cs);
     return dst;
 }
 
@@ -68,7 +78,7 @@ char *str_strlcpy(char *dst, const char *src, unsigned int size, const CSDescrip
     if (size == 0)
         return dst;
     if (src != nullptr)
-        str_strncpy(dst, src, size - 1, cs);
+        CopyKept(dst, src, size - 1, cs);
     dst[src != nullptr ? size - 1 : 0] = '\0';
     return dst;
 }

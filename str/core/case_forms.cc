@@ -17,7 +17,7 @@ CaseBytes AskGLib(const CaseForms &forms, gunichar character)
     char text[8] = {}; // ends with a NUL: GLib looks at what follows the character
     g_unichar_to_utf8(character, text);
     gchar *const changed = forms.change(text, -1);
-    CaseBytes result;
+    CaseBytes result = {0, {}};
     result.length = static_cast<unsigned int>(std::min(std::strlen(changed), CaseBytes::kMost));
     std::memcpy(result.bytes, changed, result.length);
     g_free(changed);

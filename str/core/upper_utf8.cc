@@ -76,23 +76,22 @@ CaseForms theUpper = {UpperCharacter, {}};
 
 // The upper case of the characters of two bytes, in two bytes as they are in memory.  0 when it is
 // not known yet, or has not two bytes.
-uint16_t thePairs[0x20][0x40];
+uint16_t thePairs[0x800];
 
 [[gnu::noinline]] uint16_t LearnPair(gunichar character)
 {
     const CaseBytes form = BytesOf(&theUpper, character);
-    uint16_t &pair = thePairs[character >> 6][character & 0x3F];
-    if (form.length == sizeof pair && form.bytes[0] < 0)
-        std::memcpy(&pair, form.bytes, sizeof pair);
-    return pair;
+    if (form.length == sizeof thePairs[0])
+        std::memcpy(&thePairs[character], form.bytes, sizeof thePairs[0]);
+    return thePairs[character];
 }
 
 inline uint16_t UpperPair(const char *at)
 {
-    const auto high = static_cast<guchar>(at[0]) & 0x1FU;
-    const auto low = static_cast<guchar>(at[1]) & 0x3FU;
-    const uint16_t pair = thePairs[high][low];
-    return pair != 0 ? pair : LearnPair(high << 6 | low);
+    const gunichar character = static_cast<guchar>(at[0]) * 0x40U + static_cast<guchar>(at[1]) -
+                               (0xC0 * 0x40 + 0x80); // of two bytes that are well-formed
+    const uint16_t pair = thePairs[character];
+    return pair != 0 ? pair : LearnPair(character);
 }
 
 // Most blocks of 256 characters have no case at all.

@@ -35,17 +35,12 @@ size_t CountUtf8(const char *str, int maxLen)
 
 // The first byte of a character occurs nowhere else in a character, so the last bytes decide: does
 // a character begin there that goes on after them?
-unsigned int Utf8Truncation(const char *str, unsigned int n)
+unsigned int BeforeCutOff(const char *str, unsigned int end)
 {
-    const auto length = static_cast<unsigned int>(strnlen(str, n));
-    if (length < n)
-        return length;
-    for (unsigned int back = 1; back < kLongest && back <= n; ++back) {
-        const char *const at = str + n - back;
-        if (!utf8::IsContinuation(*at))
-            return utf8::IsCutOff(at, back) ? n - back : n;
-    }
-    return n;
+    for (unsigned int back = 1; back < kLongest && back <= end; ++back)
+        if (!utf8::IsContinuation(str[end - back]))
+            return utf8::IsCutOff(str + end - back, back) ? end - back : end;
+    return end;
 }
 
 } // namespace libstr
