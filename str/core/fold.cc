@@ -96,8 +96,8 @@ inline uint32_t Different(blocks::Block block1, blocks::Block block2)
     return (differ ^ seconds) | seconds >> 1 | (seconds & 1);
 }
 
-// Where the texts, alike before `from`, begin to differ, if within a block, else the end of the block
-// or of its last character.  `most` bytes of both may be read.
+// Where the texts, alike before `from`, begin to differ, if within a block, else where the block or
+// its last character ends.  `most` bytes of both may be read.
 size_t EndOfBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
 {
     uint32_t differ = Different(blocks::Load(text1.at + from, most - from),

@@ -158,8 +158,8 @@ bool UpperOne(Progress *progress, const char *in)
     return form.length != 0;
 }
 
-// The first bytes of characters that may have case.  From U+3000 to U+9FFF none has: these are kana,
-// bopomofo and ideographs.
+// The first bytes of characters that may have case.  From U+3000 to U+9FFF none has: there are
+// kana, bopomofo and ideographs.
 inline uint32_t Leads(blocks::Block block)
 {
     if (blocks::Mask(block) == 0)
