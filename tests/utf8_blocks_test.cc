@@ -151,6 +151,18 @@ TEST(Utf8Blocks, FollowTheLocale)
     unsetenv("LOCPATH");
 }
 
+// Character by character; a byte of none stays.
+std::string Folded(std::string_view text)
+{
+    std::string folded;
+    for (size_t size = 1; !text.empty(); text.remove_prefix(size)) {
+        const gunichar c = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+        size = c < 0x110000 ? InUtf8(c).size() : 1;
+        folded += c < 0x110000 ? Taken(g_utf8_casefold(InUtf8(c).c_str(), -1)) : text.substr(0, 1);
+    }
+    return folded;
+}
+
 // Adds the piece, in another case if it has one, to a text and to what is made of that by folding.
 void Add(const std::string &piece, unsigned int way, std::string *text, std::string *folded)
 {
@@ -187,6 +199,23 @@ void CompareRandomTexts(unsigned int seed)
         equal += order == 0;
     }
     EXPECT_GT(equal, 400);
+}
+
+TEST(Utf8Blocks, AreComparedWhenTheyAreMalformed)
+{
+    const auto bytes = "aA\x89\xA9\xC3\xE2"s;
+    const CSDescriptor cs = DescriptorOf("UTF8");
+    std::map<std::string, std::string> texts; // and what folding makes of them
+    for (int number = 0; number < 6 * 6 * 6 * 6; ++number) {
+        std::string text(14, 'x');
+        for (int rest = number + 6 * 6 * 6 * 6; rest >= 6; rest /= 6)
+            text += bytes[static_cast<size_t>(rest % 6)];
+        texts[text] = Folded(text);
+    }
+    for (const auto &[text, folded] : texts)
+        for (const auto &[other, otherFolded] : texts)
+            ASSERT_EQ(str_strucasecmp(text.c_str(), other.c_str(), &cs) == 0, folded == otherFolded)
+                << text << " " << other;
 }
 
 TEST(Utf8Blocks, AreComparedInThreadsToo)

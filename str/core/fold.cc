@@ -96,23 +96,19 @@ inline uint32_t Different(blocks::Block block1, blocks::Block block2)
     return (differ ^ seconds) | seconds >> 1 | (seconds & 1);
 }
 
-// Where the texts, alike before `from`, begin to differ, if within a block, else where the block or
-// its last character ends.  `most` bytes of both may be read.
-size_t EndOfBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
+// The texts are alike before `from`.  Returns a place after it up to which they are alike: a block
+// later or within, where to begin the next block.  Returns `from` when the characters there are not
+// alike.  `most` bytes of both may be read.
+size_t PassBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
 {
     uint32_t differ = Different(blocks::Load(text1.at + from, most - from),
                                 blocks::Load(text2.at + from, most - from));
-    while (differ != 0) {
+    for (; differ != 0; differ &= differ - 1) {
         const size_t at = from + static_cast<size_t>(std::countr_zero(differ));
-        differ &= differ - 1;
         const gunichar c1 = TwoByteCharacter(text1.at + at);
         const gunichar c2 = TwoByteCharacter(text2.at + at);
-        if (c1 != 0 && c2 != 0 && HaveOneForm(c1, c2))
-            continue;
-        const size_t end = EndOfAlike(text1.at, text2.at, at);
-        if (end == at || end >= from + blocks::kSize)
-            return end;
-        differ &= blocks::kAll << (end - from);
+        if (c1 == 0 || c2 == 0 || !HaveOneForm(c1, c2))
+            return EndOfAlike(text1.at, text2.at, at);
     }
     return from + blocks::kSize;
 }
@@ -122,11 +118,10 @@ void SkipAlike(FoldedText *text1, FoldedText *text2)
 {
     const auto most = static_cast<size_t>(std::min(text1->end - text1->at, text2->end - text2->at));
     size_t same = 0;
-    size_t block = 0;
-    do {
-        block = same;
-        same = EndOfBlock(*text1, *text2, block, most);
-    } while (same >= block + blocks::kSize && same < most);
+    for (size_t from = most; from != same && same < most;) {
+        from = same;
+        same = PassBlock(*text1, *text2, from, most);
+    }
     same = WholeCharacters(text1->at, text2->at, std::min(same, most));
     text1->at += same;
     text2->at += same;
