@@ -30,6 +30,7 @@ struct CaseForms {
 
     gchar *(*change)(const gchar *, gssize);
     std::atomic<uint64_t> places[kPlaces]; // by the low bits of characters
+    std::atomic<uint16_t> pairs[0x800];    // of the characters of two bytes: see PairOf
 };
 
 // Asks GLib, and keeps the form.
@@ -55,6 +56,19 @@ struct CaseBytes {
 
 // The bytes of the form of any well-formed character.
 CaseBytes BytesOf(CaseForms *forms, gunichar character);
+
+// Asks GLib, and keeps the pair.
+uint16_t MakePair(CaseForms *forms, gunichar character);
+
+// The form of the well-formed character of two bytes at `at`, as its own two bytes are in memory.  0
+// when it does not have two.
+inline uint16_t PairOf(CaseForms *forms, const char *at)
+{
+    const gunichar character =
+        static_cast<guchar>(at[0]) * 0x40U + static_cast<guchar>(at[1]) - (0xC0 * 0x40 + 0x80);
+    const uint16_t pair = forms->pairs[character].load(std::memory_order_relaxed);
+    return pair != 0 ? pair : MakePair(forms, character);
+}
 
 } // namespace libstr
 

@@ -24,7 +24,7 @@ namespace
 
 constexpr size_t kMostBytes = 4; // of a character
 
-CaseForms theFolded = {g_utf8_casefold, {}};
+CaseForms theFolded = {g_utf8_casefold, {}, {}};
 
 // A text in folded form: the form of one character, and the text after that character.
 struct FoldedText {
@@ -59,17 +59,17 @@ size_t WholeCharacters(const char *at1, const char *at2, size_t same)
     return same;
 }
 
-// The character of two bytes at `at`, else 0.
-gunichar TwoByteCharacter(const char *at)
+// Whether there are well-formed characters of two bytes, of which the same two bytes become.
+inline bool AreAlikePairs(const char *at1, const char *at2)
 {
-    const auto lead = static_cast<guchar>(*at);
-    const bool isOne = lead >= 0xC2 && lead < 0xE0 && utf8::IsContinuation(at[1]);
-    return isOne ? utf8::AppendBits(lead & 0x1F, at[1]) : 0;
-}
-
-bool HaveOneForm(gunichar c1, gunichar c2)
-{
-    return FormOf(&theFolded, c1) == FormOf(&theFolded, c2);
+    const auto isPair = [](const char *at) {
+        const auto lead = static_cast<guchar>(*at);
+        return lead >= 0xC2 && lead < 0xE0 && utf8::IsContinuation(at[1]);
+    };
+    if (!isPair(at1) || !isPair(at2))
+        return false;
+    const uint16_t pair = PairOf(&theFolded, at1);
+    return pair == PairOf(&theFolded, at2) && pair != 0;
 }
 
 // The texts are alike before `at`.  When the two characters there are alike too, and equally long,
@@ -83,31 +83,32 @@ size_t EndOfAlike(const char *at1, const char *at2, size_t at)
     const bool areKept = c1.code < kFormsEnd && c2.code < kFormsEnd;
     if (c1.length != c2.length || !areKept || end <= at)
         return at;
-    return HaveOneForm(c1.code, c2.code) ? end : at;
+    return FormOf(&theFolded, c1.code) == FormOf(&theFolded, c2.code) ? end : at;
 }
 
-// The bytes that differ even in lower case.  Of characters of two bytes, the first one.
+// The bytes that differ even in lower case: of a character of two bytes, the first one.  The lowest
+// bit stands for the byte before the block.
 inline uint32_t Different(blocks::Block block1, blocks::Block block2)
 {
     const uint32_t differ =
         blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
     const uint32_t seconds =
         differ & blocks::Mask(block1) & ~blocks::Mask(blocks::AtLeast(block1, '\xC0'));
-    return (differ ^ seconds) | seconds >> 1 | (seconds & 1);
+    return (differ ^ seconds) << 1 | seconds;
 }
 
 // The texts are alike before `from`.  Returns a place after it up to which they are alike: a block
-// later or within, where to begin the next block.  Returns `from` when the characters there are not
-// alike.  `most` bytes of both may be read.
+// later or within, where to begin the next block.  Returns a place that is not after it when the
+// characters there are not alike.  `most` bytes of both may be read.
 size_t PassBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
 {
     uint32_t differ = Different(blocks::Load(text1.at + from, most - from),
                                 blocks::Load(text2.at + from, most - from));
+    if (from == 0 && (differ & 1) != 0)
+        return 0; // no character begins before
     for (; differ != 0; differ &= differ - 1) {
-        const size_t at = from + static_cast<size_t>(std::countr_zero(differ));
-        const gunichar c1 = TwoByteCharacter(text1.at + at);
-        const gunichar c2 = TwoByteCharacter(text2.at + at);
-        if (c1 == 0 || c2 == 0 || !HaveOneForm(c1, c2))
+        const size_t at = from + static_cast<size_t>(std::countr_zero(differ)) - 1;
+        if (!AreAlikePairs(text1.at + at, text2.at + at))
             return EndOfAlike(text1.at, text2.at, at);
     }
     return from + blocks::kSize;
@@ -117,11 +118,12 @@ size_t PassBlock(const FoldedText &text1, const FoldedText &text2, size_t from, 
 void SkipAlike(FoldedText *text1, FoldedText *text2)
 {
     const auto most = static_cast<size_t>(std::min(text1->end - text1->at, text2->end - text2->at));
+    size_t from = 0;
     size_t same = 0;
-    for (size_t from = most; from != same && same < most;) {
+    do {
         from = same;
         same = PassBlock(*text1, *text2, from, most);
-    }
+    } while (same > from && same < most);
     same = WholeCharacters(text1->at, text2->at, std::min(same, most));
     text1->at += same;
     text2->at += same;

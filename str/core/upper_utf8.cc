@@ -72,27 +72,7 @@ gchar *UpperCharacter(const gchar *text, gssize length)
     return g_utf8_get_char(text) == kIotaSubscript ? g_strdup("") : g_utf8_strup(text, length);
 }
 
-CaseForms theUpper = {UpperCharacter, {}};
-
-// The upper case of the characters of two bytes, in two bytes as they are in memory.  0 when it is
-// not known yet, or has not two bytes.
-uint16_t thePairs[0x800];
-
-[[gnu::noinline]] uint16_t LearnPair(gunichar character)
-{
-    const CaseBytes form = BytesOf(&theUpper, character);
-    if (form.length == sizeof thePairs[0])
-        std::memcpy(&thePairs[character], form.bytes, sizeof thePairs[0]);
-    return thePairs[character];
-}
-
-inline uint16_t UpperPair(const char *at)
-{
-    const gunichar character = static_cast<guchar>(at[0]) * 0x40U + static_cast<guchar>(at[1]) -
-                               (0xC0 * 0x40 + 0x80); // of two bytes that are well-formed
-    const uint16_t pair = thePairs[character];
-    return pair != 0 ? pair : LearnPair(character);
-}
+CaseForms theUpper = {UpperCharacter, {}, {}};
 
 // Most blocks of 256 characters have no case at all.
 enum class Case : uint8_t { unknown, none, some };
@@ -182,7 +162,7 @@ bool UpperBlock(Progress *progress)
         const int at = std::countr_zero(left) - 1;
         const char *const in = progress->in + at;
         const bool isTwo = static_cast<guchar>(*in) < 0xE0;
-        if (const uint16_t pair = isTwo ? UpperPair(in) : 0; pair != 0)
+        if (const uint16_t pair = isTwo ? PairOf(&theUpper, in) : 0; pair != 0)
             std::memcpy(progress->out + at, &pair, sizeof pair);
         else if (isTwo || !HasNoCase(in))
             return UpperOne(progress, in);
