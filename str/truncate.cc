@@ -46,7 +46,8 @@ unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor
     frame::TraceEntry();
     if (IsPlainByteSet(cs))
         return n; // the common case: no exit trace
-    const unsigned int kept = WalkedTruncation(src, n, cs);
+    const bool isOneSet = cs->escMode == 0 && IsUtf8(cs);
+    const unsigned int kept = isOneSet ? WholeUtf8(src, n) : WalkedTruncation(src, n, cs);
     frame::TraceExit();
     return kept;
 }

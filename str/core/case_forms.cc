@@ -57,7 +57,7 @@ uint16_t MakePair(CaseForms *forms, gunichar character)
 {
     const CaseBytes form = BytesOf(forms, character);
     uint16_t pair = 0;
-    if (form.length != sizeof pair || form.bytes[0] >= 0)
+    if (form.length != sizeof pair)
         return 0;
     std::memcpy(&pair, form.bytes, sizeof pair);
     forms->pairs[character].store(pair, std::memory_order_relaxed);

@@ -60,8 +60,8 @@ CaseBytes BytesOf(CaseForms *forms, gunichar character);
 // Asks GLib, and keeps the pair.
 uint16_t MakePair(CaseForms *forms, gunichar character);
 
-// The form of the well-formed character of two bytes at `at`, as its own two bytes are in memory.  0
-// when it does not have two.
+// The form of the well-formed character of two bytes at `at`, if that has two bytes too: these as
+// they are in memory, else 0.
 inline uint16_t PairOf(CaseForms *forms, const char *at)
 {
     const gunichar character =

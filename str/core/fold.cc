@@ -79,11 +79,10 @@ size_t EndOfAlike(const char *at1, const char *at2, size_t at)
     const size_t begin = WholeCharacters(at1, at2, at);
     const utf8::Char c1 = utf8::CharAt(at1 + begin);
     const utf8::Char c2 = utf8::CharAt(at2 + begin);
-    const size_t end = begin + c1.length;
-    const bool areKept = c1.code < kFormsEnd && c2.code < kFormsEnd;
-    if (c1.length != c2.length || !areKept || end <= at)
+    if (c1.length != c2.length || c1.code >= kFormsEnd || c2.code >= kFormsEnd)
         return at;
-    return FormOf(&theFolded, c1.code) == FormOf(&theFolded, c2.code) ? end : at;
+    const bool areAlike = FormOf(&theFolded, c1.code) == FormOf(&theFolded, c2.code);
+    return areAlike ? begin + c1.length : at;
 }
 
 // The bytes that differ even in lower case: of a character of two bytes, the first one.  The lowest

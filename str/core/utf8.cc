@@ -43,4 +43,15 @@ unsigned int BeforeCutOff(const char *str, unsigned int end)
     return end;
 }
 
+unsigned int WholeUtf8(const char *str, unsigned int n)
+{
+    const auto length = static_cast<unsigned int>(strnlen(str, n));
+    if (length < n)
+        return length;
+    for (unsigned int back = 1; back < kLongest && back <= n; ++back)
+        if (!utf8::IsContinuation(str[n - back]))
+            return utf8::CharAt(str + n - back).length > back ? n - back : n;
+    return n;
+}
+
 } // namespace libstr

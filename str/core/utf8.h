@@ -25,6 +25,9 @@ inline unsigned int Utf8Truncation(const char *str, unsigned int n)
     return length < n || endsInAscii ? length : BeforeCutOff(str, n);
 }
 
+// The same, as segments tell: only a character that is whole in `str` can be cut off.  Reads it.
+unsigned int WholeUtf8(const char *str, unsigned int n);
+
 } // namespace libstr
 
 #endif
