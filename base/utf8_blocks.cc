@@ -6,9 +6,8 @@
 #include "base/utf8_blocks.h"
 
 #include "base/blocks.h"
+#include "base/utf8.h"
 #include "base/vector.h"
-
-#include <glib.h>
 
 #include <algorithm>
 #include <bit>
@@ -19,8 +18,6 @@ namespace libstr::utf8
 
 namespace
 {
-
-bool IsContinuation(char byte) { return static_cast<signed char>(byte) < -0x40; }
 
 size_t CountPlainly(const char *text, size_t length)
 {

@@ -59,7 +59,7 @@ size_t WholeCharacters(const char *at1, const char *at2, size_t same)
     return same;
 }
 
-// Whether there are well-formed characters of two bytes, of which the same two bytes become.
+// Whether both are well-formed characters of two bytes, and folded the same two bytes.
 inline bool AreAlikePairs(const char *at1, const char *at2)
 {
     const auto isPair = [](const char *at) {

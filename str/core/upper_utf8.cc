@@ -56,15 +56,15 @@ char *ByGLib(const char *text, size_t length)
 
 // ---- What GLib makes of a character --------------------------------------------------------
 
-// GLib treats the letter i by Turkish, Azerbaijani or Lithuanian rules where the name of this
-// locale begins so.
+// GLib goes by the first letters of the name: Turkish, Azerbaijani and Lithuanian have rules of
+// their own for the letter i.
 bool HasRulesOfItsOwn(const char *locale)
 {
     const auto begins = [locale](char c1, char c2) { return locale[0] == c1 && locale[1] == c2; };
     return begins('t', 'r') || begins('a', 'z') || begins('l', 't');
 }
 
-constexpr gunichar kIotaSubscript = 0x345; // goes behind the marks after it
+constexpr gunichar kIotaSubscript = 0x345; // its upper case comes after the marks that follow
 
 // No form where the upper case depends on what follows.
 gchar *UpperCharacter(const gchar *text, gssize length)
