@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Truncation to a budget of bytes, and the bounded copies built on it.  Where the source may end
-// before the part that is kept, a copy is one strncpy, which stops at the NUL, and one memset.
+// Truncation to a budget of bytes, and the bounded copies built on it.  Text of a plain single-byte
+// set may end before the budget: strncpy stops at the NUL, and fills up.
 #include <str/truncate.h>
 
 #include "str/core/frame.h"
@@ -17,9 +17,10 @@ using namespace libstr;
 namespace
 {
 
+// Copies the `kept` bytes of the source that are kept, and fills up with NULs.
 void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 {
-    std::strncpy(dst, src, kept);
+    std::memcpy(dst, src, kept);
     if (kept < n)
         std::memset(dst + kept, 0, n - kept);
 }
@@ -28,14 +29,12 @@ void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 inline void CopyKept(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
     frame::TraceEntry("str_strncpy");
-    if (IsUtf8(cs)) {
-        const unsigned int kept = Utf8Truncation(src, n);
-        std::memcpy(dst, src, kept);
-        if (kept < n)
-            std::memset(dst + kept, 0, n - kept);
-    } else {
-        CopyAndPad(dst, src, IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs), n);
-    }
+    if (IsUtf8(cs))
+        CopyAndPad(dst, src, Utf8Truncation(src, n), n);
+    else if (IsPlainByteSet(cs))
+        std::strncpy(dst, src, n);
+    else
+        CopyAndPad(dst, src, str_truncstrlen(src, n, cs), n);
     frame::TraceExit("str_strncpy");
 }
 
@@ -61,9 +60,14 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
                    unsigned int *outLen)
 {
     frame::TraceEntry();
-    const unsigned int kept = IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs);
-    CopyAndPad(dst, src, kept, n);
-    *outLen = kept;
+    if (IsPlainByteSet(cs)) {
+        std::strncpy(dst, src, n);
+        *outLen = n;
+    } else {
+        const unsigned int kept = str_truncstrlen(src, n, cs);
+        CopyAndPad(dst, src, kept, n);
+        *outLen = kept;
+    }
     frame::TraceExit();
     return dst;
 }
