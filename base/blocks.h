@@ -8,10 +8,12 @@
 //     Equal     flags the bytes of one value
 //     Controls  flags the bytes whose low seven bits are below 0x20
 //     Differ    flags the bytes that differ between two blocks
+//     AtLeast   flags the bytes that are not below one of 0x80 and above
 //     Lower     turns capital ASCII letters into small ones
+//     Upper     turns small ASCII letters into capital ones
 //     Mask      the mask of the flagged bytes; of a text's block, the bytes of 0x80 and above
 //
-// Flags are blocks too, and | combines them.  Only the top bit of each byte of them counts.
+// Flags are blocks too, and | and ^ combine them.  Only the top bit of each byte of them counts.
 #ifndef BASE_BLOCKS_H
 #define BASE_BLOCKS_H
 
@@ -72,6 +74,11 @@ inline Block Controls(Block block) { return Equal(block & _mm_set1_epi8(0x60), 0
 
 inline Block Low7(Block block) { return block & _mm_set1_epi8(0x7F); }
 
+inline Block AtLeast(Block block, char byte)
+{
+    return _mm_cmpeq_epi8(_mm_max_epu8(block, _mm_set1_epi8(byte)), block);
+}
+
 inline Block Differ(Block a, Block b) { return ~_mm_cmpeq_epi8(a, b); }
 
 inline Block Lower(Block block)
@@ -79,6 +86,12 @@ inline Block Lower(Block block)
     const Block capital = _mm_and_si128(_mm_cmpgt_epi8(block, _mm_set1_epi8('A' - 1)),
                                         _mm_cmplt_epi8(block, _mm_set1_epi8('Z' + 1)));
     return block | (capital & _mm_set1_epi8('a' - 'A'));
+}
+
+inline Block Upper(Block block)
+{
+    const Block toggle = _mm_set1_epi8('a' - 'A');
+    return Lower(block ^ toggle) ^ toggle;
 }
 
 inline uint32_t Mask(Block flags) { return static_cast<uint32_t>(_mm_movemask_epi8(flags)); }
@@ -101,6 +114,11 @@ inline Block Equal(Block block, char byte)
 
 inline Block Controls(Block block) { return ~(block << 1 | block << 2); }
 
+inline Block AtLeast(Block block, char byte)
+{
+    return block & (Low7(block) + kOnes * (0x100U - static_cast<unsigned char>(byte)));
+}
+
 inline Block Differ(Block a, Block b)
 {
     const Block differ = a ^ b;
@@ -112,6 +130,12 @@ inline Block Lower(Block block)
     const Block low = Low7(block);
     const Block capital = (low + kOnes * (0x80 - 'A')) & ~(low + kOnes * (0x7F - 'Z')) & ~block;
     return block | (capital >> 2 & kOnes * ('a' - 'A'));
+}
+
+inline Block Upper(Block block)
+{
+    const Block toggle = kOnes * ('a' - 'A');
+    return Lower(block ^ toggle) ^ toggle;
 }
 
 // The product shifts each top bit to a place of its own.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// UTF-8 by way of GLib, for what GLib's functions do not offer: steps over malformed text, and
-// changes of case that read nothing after the text.
+// UTF-8 for what GLib's functions do not offer: steps over malformed text, and changes of case that
+// read nothing after the text.
 #ifndef BASE_UTF8_H
 #define BASE_UTF8_H
 
@@ -23,31 +23,58 @@ struct Char {
 
 inline bool IsMalformed(const Char &c) { return (c.code & kMalformed) != 0; }
 
+inline bool IsContinuation(char byte) { return static_cast<signed char>(byte) < -0x40; }
+
+inline bool IsLead(guchar byte) { return byte >= 0xC2 && byte <= 0xF4; }
+
+// The bytes of a character by its first one, which is a lead byte.
+inline unsigned int LengthByLead(guchar lead) { return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4; }
+
+inline gunichar AppendBits(gunichar bits, char continuation)
+{
+    return bits << 6 | (static_cast<guchar>(continuation) & 0x3F);
+}
+
+// Whether a character may begin with the two bytes.  After them, any continuation bytes may follow.
+inline bool MayFollow(guchar lead, char second)
+{
+    if (!IsContinuation(second))
+        return false;
+    if (lead < 0xE0)
+        return true;
+    if (lead >= 0xF0) // the planes 1 to 16
+        return AppendBits(lead & 0x07, second) - 0x10 <= 0xFF;
+    const gunichar bits = AppendBits(lead & 0x0F, second);
+    return bits >= 0x800 >> 6 && bits >> 5 != 0xD800 >> 11; // not a surrogate
+}
+
 // The character at `at` in a text that ends with a NUL.  A byte that begins no well-formed
-// character counts as one of its own.
+// character counts as one of its own.  Reads no byte after the first one that does not fit.
 inline Char CharAt(const char *at)
 {
-    const auto byte = static_cast<guchar>(*at);
-    if (byte < 0x80)
-        return {byte, 1};
-    const gunichar code = g_utf8_get_char_validated(at, -1);
-    if ((code & kMalformed) != 0)
-        return {kMalformed | byte, 1};
-    return {code, static_cast<unsigned int>(g_utf8_skip[byte])};
+    const auto lead = static_cast<guchar>(*at);
+    if (lead < 0x80)
+        return {lead, 1};
+    const Char malformed = {kMalformed | lead, 1};
+    if (!IsLead(lead) || !MayFollow(lead, at[1]))
+        return malformed;
+    if (lead < 0xE0)
+        return {AppendBits(lead & 0x1F, at[1]), 2};
+    if (!IsContinuation(at[2]))
+        return malformed;
+    const gunichar bits = AppendBits(AppendBits(lead & 0x0F, at[1]), at[2]);
+    if (lead < 0xF0)
+        return {bits, 3};
+    return IsContinuation(at[3]) ? Char{AppendBits(bits, at[3]), 4} : malformed;
 }
 
 // Whether the `length` bytes at `at`, one or more, begin a well-formed character but do not end it.
-// GLib alone accepts E0 80 too, which begins no character.  After the second byte any continuation
-// byte may follow.  Nothing is read after a NUL.
+// Nothing is read after a NUL.
 inline bool IsCutOff(const char *at, size_t length)
 {
     const auto lead = static_cast<guchar>(*at);
-    const auto whole = static_cast<size_t>(static_cast<guchar>(g_utf8_skip[lead]));
-    if (lead < 0xC2 || lead > 0xF4 || length >= whole)
-        return false;
-    char completed[] = "\x80\x80\x80\x80";
-    std::strncpy(completed, at, length);
-    return length == 1 || g_utf8_validate(completed, static_cast<gssize>(whole), nullptr) != FALSE;
+    return IsLead(lead) && length < LengthByLead(lead) && (length < 2 || MayFollow(lead, at[1])) &&
+           (length < 3 || IsContinuation(at[2]));
 }
 
 // Applies `function` (g_utf8_strup, g_utf8_casefold) to `length` bytes of well-formed text.  The

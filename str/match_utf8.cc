@@ -3,10 +3,11 @@
 // Matching of UTF-8 text, by bytes: no character begins inside another.
 #include <str/match.h>
 
+#include "base/utf8_blocks.h"
 #include "base/wildcard.h"
 #include "str/core/frame.h"
 
-#include <glib.h>
+#include <cstring>
 
 using namespace libstr;
 
@@ -17,7 +18,10 @@ using wildcard::kUs;
 
 bool IsLoneUs(const char *pattern) { return pattern[0] == kUs && pattern[1] == '\0'; }
 
-bool IsValid(const char *text) { return g_utf8_validate(text, -1, nullptr) != 0; }
+bool IsValid(const char *text)
+{
+    return utf8::CountValid(text, std::strlen(text)) != utf8::kNotUtf8;
+}
 
 // Validates last: most texts do not match.
 bool Matches(const char *string, const char *pattern)

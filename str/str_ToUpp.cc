@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Upper case by case tables: of a character, of a run in one set, and of a whole text.
-#include "base/utf8.h"
 #include "str/core/buffer.h"
 #include "str/core/frame.h"
 #include "str/core/prepared.h"
 #include "str/core/segments.h"
 #include "str/core/sets.h"
 #include "str/core/sizes.h"
-
-#include <glib.h>
+#include "str/core/upper_utf8.h"
 
 #include <algorithm>
 
@@ -22,9 +20,6 @@ constexpr char kSource[] = "str/str_ToUpp";
 
 // The upper-case buffer.
 Buffer<unsigned char> theBuffer;
-
-// The last result in UTF-8; released with g_free.
-char *theUtf8Result;
 
 constexpr unsigned int kStep = 128; // the buffer grows by at least so many bytes
 constexpr unsigned int kRoom = 3;   // for a character in two bytes and the NUL
@@ -95,17 +90,6 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
 size_t LengthOf(const char *str, int length)
 {
     return length < 0 ? std::strlen(str) : strnlen(str, static_cast<size_t>(length));
-}
-
-char *UpperCaseUtf8(const char *str, int length, int *outLen)
-{
-    const size_t bytes = LengthOf(str, length);
-    if (g_utf8_validate(str, static_cast<gssize>(bytes), nullptr) == FALSE)
-        return nullptr;
-    theUtf8Result = utf8::ChangeCase(g_utf8_strup, str, bytes);
-    if (theUtf8Result != nullptr)
-        *outLen = Fit<int>(kSource, std::strlen(theUtf8Result));
-    return theUtf8Result;
 }
 
 // The prepared table of a text's only set; null when there is none yet, or when it may change how
@@ -208,10 +192,8 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
 char *str_ToUpper(const char *str, int len, int *outLen, const CSDescriptor *cs)
 {
     frame::TraceEntry();
-    g_free(theUtf8Result);
-    theUtf8Result = nullptr;
-    char *const result =
-        IsUtf8(cs) ? UpperCaseUtf8(str, len, outLen) : UpperCaseByTables(str, len, outLen, cs);
+    char *const result = IsUtf8(cs) ? UpperCaseUtf8(str, LengthOf(str, len), outLen)
+                                    : UpperCaseByTables(str, len, outLen, cs);
     frame::TraceExit();
     return result;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Truncation to a budget of bytes, and the bounded copies built on it.  A copy is one strncpy,
-// which stops at the source's NUL, and one memset.
+// Truncation to a budget of bytes, and the bounded copies built on it.  Text of a plain single-byte
+// set may end before the budget: strncpy stops at the NUL, and fills up.
 #include <str/truncate.h>
 
 #include "str/core/frame.h"
@@ -17,11 +17,25 @@ using namespace libstr;
 namespace
 {
 
+// Copies the `kept` bytes of the source that are kept, and fills up with NULs.
 void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
 {
-    std::strncpy(dst, src, kept);
+    std::memcpy(dst, src, kept);
     if (kept < n)
         std::memset(dst + kept, 0, n - kept);
+}
+
+// Both exports below have this code, rather than one call more.
+inline void CopyKept(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    frame::TraceEntry("str_strncpy");
+    if (IsUtf8(cs))
+        CopyAndPad(dst, src, Utf8Truncation(src, n), n);
+    else if (IsPlainByteSet(cs))
+        std::strncpy(dst, src, n);
+    else
+        CopyAndPad(dst, src, str_truncstrlen(src, n, cs), n);
+    frame::TraceExit("str_strncpy");
 }
 
 } // namespace
@@ -31,7 +45,8 @@ unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor
     frame::TraceEntry();
     if (IsPlainByteSet(cs))
         return n; // the common case: no exit trace
-    const unsigned int kept = WalkedTruncation(src, n, cs);
+    const bool isOneSet = cs->escMode == 0 && IsUtf8(cs);
+    const unsigned int kept = isOneSet ? WholeUtf8(src, n) : WalkedTruncation(src, n, cs);
     frame::TraceExit();
     return kept;
 }
@@ -45,21 +60,21 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
                    unsigned int *outLen)
 {
     frame::TraceEntry();
-    const unsigned int kept = IsPlainByteSet(cs) ? n : str_truncstrlen(src, n, cs);
-    CopyAndPad(dst, src, kept, n);
-    *outLen = kept;
+    if (IsPlainByteSet(cs)) {
+        std::strncpy(dst, src, n);
+        *outLen = n;
+    } else {
+        const unsigned int kept = str_truncstrlen(src, n, cs);
+        CopyAndPad(dst, src, kept, n);
+        *outLen = kept;
+    }
     frame::TraceExit();
     return dst;
 }
 
 char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
-    frame::TraceEntry();
-    const unsigned int kept = IsUtf8(cs)           ? Utf8Truncation(src, n)
-                              : IsPlainByteSet(cs) ? n
-                                                   : str_truncstrlen(src, n, cs);
-    CopyAndPad(dst, src, kept, n);
-    frame::TraceExit();
+    CopyKept(dst, src, n, cs);
     return dst;
 }
 
@@ -68,7 +83,7 @@ char *str_strlcpy(char *dst, const char *src, unsigned int size, const CSDescrip
     if (size == 0)
         return dst;
     if (src != nullptr)
-        str_strncpy(dst, src, size - 1, cs);
+        CopyKept(dst, src, size - 1, cs);
     dst[src != nullptr ? size - 1 : 0] = '\0';
     return dst;
 }

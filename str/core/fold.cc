@@ -3,16 +3,17 @@
 // Case-folding only where two texts differ.
 //
 // GLib folds each character without regard to its neighbours, so the folded form of a text is the
-// folded forms of its characters in a row, and equal characters are equal when folded.  Each folded
-// form is kept, since GLib allocates for every call.
+// folded forms of its characters in a row, and equal characters are equal when folded.
 #include "str/core/fold.h"
 
 #include "base/blocks.h"
 #include "base/utf8.h"
+#include "str/core/case_forms.h"
 
 #include <glib.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace libstr
@@ -21,42 +22,19 @@ namespace libstr
 namespace
 {
 
-constexpr size_t kMostBytes = 4;   // of a character
-constexpr size_t kMostFolded = 12; // of a folded form: up to three characters
+constexpr size_t kMostBytes = 4; // of a character
 
-struct Folded {
-    gunichar character; // 0 for a free place: no text contains a NUL
-    uint8_t length;
-    char bytes[kMostFolded];
-};
-
-// Folded forms, by the low bits of their characters.  A newer one replaces an older one.
-constexpr size_t kPlaces = 1024;
-Folded theFolded[kPlaces];
-
-// The folded form of the well-formed character `c` at `at`, valid until the next call.
-const Folded *FoldedForm(const char *at, const utf8::Char &c)
-{
-    Folded *const place = &theFolded[c.code % kPlaces];
-    if (place->character == c.code)
-        return place;
-    char *const folded = utf8::ChangeCase(g_utf8_casefold, at, c.length);
-    place->length = static_cast<uint8_t>(std::min(std::strlen(folded), kMostFolded));
-    std::memcpy(place->bytes, folded, place->length);
-    place->character = c.code;
-    g_free(folded);
-    return place;
-}
+CaseForms theFolded = {g_utf8_casefold, {}, {}};
 
 // A text in folded form: the form of one character, and the text after that character.
 struct FoldedText {
     const char *at;
     const char *end;
-    Folded form;
+    CaseBytes form;
     size_t used; // bytes of the form that have been compared
 };
 
-FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {}, 0}; }
+FoldedText Begin(const char *text) { return {text, text + std::strlen(text), {0, {}}, 0}; }
 
 size_t Pending(const FoldedText &text) { return text.form.length - text.used; }
 
@@ -66,38 +44,85 @@ bool HasEnded(const FoldedText &text) { return Pending(text) == 0 && text.at == 
 void TakeCharacter(FoldedText *text)
 {
     const utf8::Char c = utf8::CharAt(text->at);
-    text->form = utf8::IsMalformed(c) ? Folded{0, 1, {*text->at}} : *FoldedForm(text->at, c);
+    text->form = utf8::IsMalformed(c) ? CaseBytes{1, {*text->at}} : BytesOf(&theFolded, c.code);
     text->used = 0;
     text->at += c.length;
 }
-
-bool IsContinuation(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; }
 
 // How many of the `same` bytes at the start of both texts belong to whole characters.  A character
 // begins at a byte that is not a continuation, at most three before its last byte.
 size_t WholeCharacters(const char *at1, const char *at2, size_t same)
 {
     for (size_t back = 0; back < kMostBytes && back <= same; ++back)
-        if (!IsContinuation(at1[same - back]) && !IsContinuation(at2[same - back]))
+        if (!utf8::IsContinuation(at1[same - back]) && !utf8::IsContinuation(at2[same - back]))
             return same - back;
     return same;
 }
 
-// Passes over equal characters, and over ASCII letters that differ only in case.
+// Whether both are well-formed characters of two bytes, and folded the same two bytes.
+inline bool AreAlikePairs(const char *at1, const char *at2)
+{
+    const auto isPair = [](const char *at) {
+        const auto lead = static_cast<guchar>(*at);
+        return lead >= 0xC2 && lead < 0xE0 && utf8::IsContinuation(at[1]);
+    };
+    if (!isPair(at1) || !isPair(at2))
+        return false;
+    const uint16_t pair = PairOf(&theFolded, at1);
+    return pair == PairOf(&theFolded, at2) && pair != 0;
+}
+
+// The texts are alike before `at`.  When the two characters there are alike too, and equally long,
+// returns where they end, else `at`.
+size_t EndOfAlike(const char *at1, const char *at2, size_t at)
+{
+    const size_t begin = WholeCharacters(at1, at2, at);
+    const utf8::Char c1 = utf8::CharAt(at1 + begin);
+    const utf8::Char c2 = utf8::CharAt(at2 + begin);
+    if (c1.length != c2.length || c1.code >= kFormsEnd || c2.code >= kFormsEnd)
+        return at;
+    const bool areAlike = FormOf(&theFolded, c1.code) == FormOf(&theFolded, c2.code);
+    return areAlike ? begin + c1.length : at;
+}
+
+// The bytes that differ even in lower case: of a character of two bytes, the first one.  The lowest
+// bit stands for the byte before the block.
+inline uint32_t Different(blocks::Block block1, blocks::Block block2)
+{
+    const uint32_t differ =
+        blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
+    const uint32_t seconds =
+        differ & blocks::Mask(block1) & ~blocks::Mask(blocks::AtLeast(block1, '\xC0'));
+    return (differ ^ seconds) << 1 | seconds;
+}
+
+// The texts are alike before `from`.  Returns a place after it up to which they are alike: a block
+// later or within, where to begin the next block.  Returns a place that is not after it when the
+// characters there are not alike.  `most` bytes of both may be read.
+size_t PassBlock(const FoldedText &text1, const FoldedText &text2, size_t from, size_t most)
+{
+    uint32_t differ = Different(blocks::Load(text1.at + from, most - from),
+                                blocks::Load(text2.at + from, most - from));
+    if (from == 0 && (differ & 1) != 0)
+        return 0; // no character begins before
+    for (; differ != 0; differ &= differ - 1) {
+        const size_t at = from + static_cast<size_t>(std::countr_zero(differ)) - 1;
+        if (!AreAlikePairs(text1.at + at, text2.at + at))
+            return EndOfAlike(text1.at, text2.at, at);
+    }
+    return from + blocks::kSize;
+}
+
+// Passes over characters that are alike one by one.
 void SkipAlike(FoldedText *text1, FoldedText *text2)
 {
     const auto most = static_cast<size_t>(std::min(text1->end - text1->at, text2->end - text2->at));
+    size_t from = 0;
     size_t same = 0;
-    while (same < most) {
-        const blocks::Block block1 = blocks::Load(text1->at + same, most - same);
-        const blocks::Block block2 = blocks::Load(text2->at + same, most - same);
-        const uint32_t differ =
-            blocks::Mask(blocks::Differ(blocks::Lower(block1), blocks::Lower(block2)));
-        const unsigned int alike = blocks::Free(differ, 0);
-        same += alike;
-        if (alike < blocks::kSize)
-            break;
-    }
+    do {
+        from = same;
+        same = PassBlock(*text1, *text2, from, most);
+    } while (same > from && same < most);
     same = WholeCharacters(text1->at, text2->at, std::min(same, most));
     text1->at += same;
     text2->at += same;
