@@ -169,48 +169,95 @@ STR_AVX2 inline bool Load(Window *window, const Passage &passage)
     return true;
 }
 
-// An answer for each byte of a window; all bits of the byte, or at least the highest, are the answer.
-struct Flags {
-    __m256i blocks[2];
+// A class of bytes has all whose high half is one of some, and whose low half is one of others: a bit
+// for each.
+struct Class {
+    uint16_t highs;
+    uint16_t lows;
 };
 
-STR_AVX2 inline __m256i Bytes(unsigned char byte)
+// For each half of a byte, the classes that allow it.
+struct Halves {
+    alignas(16) uint8_t low[16];
+    alignas(16) uint8_t high[16];
+};
+
+constexpr Halves HalvesOf(const Class (&classes)[8])
 {
-    return _mm256_set1_epi8(static_cast<char>(byte));
+    Halves halves = {};
+    for (unsigned int half = 0; half < 16; ++half)
+        for (unsigned int i = 0; i < 8; ++i) {
+            halves.low[half] |= static_cast<uint8_t>((classes[i].lows >> half & 1U) << i);
+            halves.high[half] |= static_cast<uint8_t>((classes[i].highs >> half & 1U) << i);
+        }
+    return halves;
 }
 
-// The bytes that are `byte` in the bits of `care`.
-STR_AVX2 inline Flags Equal(const Window &window, unsigned char byte, unsigned char care = 0xFF)
+// The classes of each byte of a window.
+struct Classified {
+    __m256i blocks[2];
+    unsigned int second;
+};
+
+STR_AVX2 inline __m256i Classify(__m256i block, const Halves &halves)
 {
-    return {{_mm256_cmpeq_epi8(window.blocks[0] & Bytes(care), Bytes(byte)),
-             _mm256_cmpeq_epi8(window.blocks[1] & Bytes(care), Bytes(byte))}};
+    const __m256i nibble = _mm256_set1_epi8(0xF);
+    const __m256i low =
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.low)));
+    const __m256i high =
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.high)));
+    return _mm256_shuffle_epi8(low, block & nibble) &
+           _mm256_shuffle_epi8(high, _mm256_srli_epi16(block, 4) & nibble);
 }
 
-// The bytes above `byte`, as signed numbers.
-STR_AVX2 inline Flags Above(const Window &window, unsigned char byte)
+STR_AVX2 inline Classified Classify(const Window &window, const Halves &halves)
 {
-    return {{_mm256_cmpgt_epi8(window.blocks[0], Bytes(byte)),
-             _mm256_cmpgt_epi8(window.blocks[1], Bytes(byte))}};
+    return {{Classify(window.blocks[0], halves), Classify(window.blocks[1], halves)},
+            window.second};
 }
 
-STR_AVX2 inline Flags High(const Window &window) { return {{window.blocks[0], window.blocks[1]}}; }
-
-STR_AVX2 inline Flags Or(const Flags &a, const Flags &b)
+// The highest bits of two blocks.
+STR_AVX2 inline uint64_t Mask(__m256i first, __m256i second, unsigned int shift)
 {
-    return {{a.blocks[0] | b.blocks[0], a.blocks[1] | b.blocks[1]}};
+    return static_cast<uint32_t>(_mm256_movemask_epi8(first)) |
+           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(second))) << shift;
 }
 
-STR_AVX2 inline Flags Without(const Flags &a, const Flags &b)
+// The bytes of one class.
+template <int bit>
+STR_AVX2 inline uint64_t Of(const Classified &bytes)
 {
-    return {{_mm256_andnot_si256(b.blocks[0], a.blocks[0]),
-             _mm256_andnot_si256(b.blocks[1], a.blocks[1])}};
+    return Mask(_mm256_slli_epi16(bytes.blocks[0], 7 - bit),
+                _mm256_slli_epi16(bytes.blocks[1], 7 - bit), bytes.second);
 }
 
-STR_AVX2 inline uint64_t Mask(const Window &window, const Flags &flags)
+// The bytes of any of the classes, a bit for each.
+STR_AVX2 inline uint64_t OfAny(const Classified &bytes, unsigned char classes)
 {
-    return static_cast<uint32_t>(_mm256_movemask_epi8(flags.blocks[0])) |
-           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(flags.blocks[1])))
-               << window.second;
+    const __m256i wanted = _mm256_set1_epi8(static_cast<char>(classes));
+    const __m256i top = _mm256_set1_epi8(0x7F);
+    return Mask(_mm256_adds_epu8(bytes.blocks[0] & wanted, top),
+                _mm256_adds_epu8(bytes.blocks[1] & wanted, top), bytes.second);
+}
+
+STR_AVX2 inline uint64_t Equal(const Window &window, char byte)
+{
+    const __m256i bytes = _mm256_set1_epi8(byte);
+    return Mask(_mm256_cmpeq_epi8(window.blocks[0], bytes),
+                _mm256_cmpeq_epi8(window.blocks[1], bytes), window.second);
+}
+
+// C0 controls and the bytes of 0x80 and above.
+STR_AVX2 inline uint64_t BelowSpace(const Window &window)
+{
+    const __m256i space = _mm256_set1_epi8(' ');
+    return Mask(_mm256_cmpgt_epi8(space, window.blocks[0]),
+                _mm256_cmpgt_epi8(space, window.blocks[1]), window.second);
+}
+
+STR_AVX2 inline uint64_t High(const Window &window)
+{
+    return Mask(window.blocks[0], window.blocks[1], window.second);
 }
 
 // The bytes up to and with the one of the `count`-th bit; 64 where there are not so many.
@@ -254,39 +301,45 @@ STR_AVX2 inline uint64_t SecondOfPairs(uint64_t pairs)
     return (fromEven & ~kEven) | (pairs & ~fromEven & kEven);
 }
 
+// ESC, (, $, the finals B, I and J, the finals @ and B, space, SO and SI, DEL.
+constexpr Halves kSevenBit = HalvesOf({{0x0002, 0x0800},
+                                       {0x0004, 0x0100},
+                                       {0x0004, 0x0010},
+                                       {0x0010, 0x0604},
+                                       {0x0010, 0x0005},
+                                       {0x0004, 0x0001},
+                                       {0x0001, 0xC000},
+                                       {0x0080, 0x8000}});
+
 // The masks of a window of text in seven bits.
 struct SevenBitMasks {
     uint64_t toPairs;  // sequences that switch to pairs begin here
     uint64_t switches; // ... or to single bytes
     uint64_t pairs;    // bytes of pairs
     uint64_t shown;    // characters of single bytes
-    uint64_t lines;    // line feeds
+    uint64_t controls; // control functions and DEL
     uint64_t unknown;
 };
 
 STR_AVX2 inline SevenBitMasks Look(const Window &window, const SevenBit &state)
 {
-    const uint64_t escapes = Mask(window, Equal(window, kEsc));
+    const Classified bytes = Classify(window, kSevenBit);
+    const uint64_t escapes = Of<0>(bytes);
     const uint64_t known = state.switches ? escapes : 0;
-    const Flags singleFinals = Or(Equal(window, 'B', 0xF7), Equal(window, 'I')); // B, J and I
-    const uint64_t toSingle =
-        known & Mask(window, Equal(window, '(')) >> 1 & Mask(window, singleFinals) >> 2;
-    const uint64_t toPairs = known & Mask(window, Equal(window, '$')) >> 1 &
-                             Mask(window, Equal(window, '@', 0xFD)) >> 2; // @ and B
+    const uint64_t toSingle = known & Of<1>(bytes) >> 1 & Of<3>(bytes) >> 2;
+    const uint64_t toPairs = known & Of<2>(bytes) >> 1 & Of<4>(bytes) >> 2;
     const uint64_t switches = toSingle | toPairs;
     const uint64_t sequences = switches | switches << 1 | switches << 2;
     const uint64_t pairs = Spans(switches, toPairs, state.pairs) & ~sequences;
     const uint64_t singles = ~pairs & ~sequences;
-    const uint64_t shown = Mask(window, Without(Above(window, 0x1F), Equal(window, 0x7F)));
-    const uint64_t foreign =
-        Mask(window, Or(High(window), Equal(window, 0x0E, 0xFE))) | escapes; // SO and SI
-    const uint64_t unpaired = ~shown | Mask(window, Equal(window, ' '));
+    const uint64_t below = BelowSpace(window), hidden = below | Of<7>(bytes);
     return {toPairs,
             switches,
             pairs,
-            singles & shown,
-            singles & Mask(window, Equal(window, '\n')),
-            (singles & foreign) | (pairs & unpaired)};
+            singles & ~hidden,
+            singles & hidden,
+            (singles & (High(window) | Of<6>(bytes) | escapes)) |
+                (pairs & (below | OfAny(bytes, 0xA0)))};
 }
 
 // How many of the first `size` bytes are whole units.
@@ -321,16 +374,22 @@ STR_AVX2 Switches FindSwitchesInWindow(const char *text, size_t known, SevenBit 
     return {size, places};
 }
 
+// The line feeds among the control functions, of which there are few.
+STR_AVX2 inline uint64_t LinesIn(const Window &window, uint64_t controls)
+{
+    return controls == 0 ? 0 : controls & Equal(window, '\n');
+}
+
 STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
 {
     Window window;
     while (Load(&window, *passage)) {
         const SevenBitMasks masks = Look(window, *state);
         size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
+        const uint64_t lines = LinesIn(window, masks.controls & First(size));
         if (window.columns < kWindow)
-            size =
-                std::min(size, AfterCounted(masks.shown | masks.lines | SecondOfPairs(masks.pairs),
-                                            window.columns));
+            size = std::min(size, AfterCounted(masks.shown | lines | SecondOfPairs(masks.pairs),
+                                               window.columns));
         if (size == 0)
             return;
         const uint64_t taken = First(size);
@@ -339,72 +398,75 @@ STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
         passage->bytes += size;
         passage->columns += single + paired / 2;
         passage->shown += single + paired;
-        passage->lines += CountOf(masks.lines & taken);
+        passage->lines += CountOf(lines & taken);
     }
 }
 
 // ---- Eight bits ----------------------------------------------------------------------------
+
+// ESC and CSI; SO, SI, SS2 and SS3; 0xA0; 0xFF; marks; 0x20 to 0x6F; 0x70 to 0x7E; 0xA0 to 0xFF.
+constexpr Halves kEightBit = HalvesOf({{0x0202, 0x0800},
+                                       {0x0101, 0xC000},
+                                       {0x0400, 0x0001},
+                                       {0x8000, 0x8000},
+                                       {0x1000, 0xFFFE},
+                                       {0x007C, 0xFFFF},
+                                       {0x0080, 0x7FFF},
+                                       {0xFC00, 0xFFFF}});
+constexpr unsigned char kShifts = 0x03, kEdges = 0x0C, kLeft = 0x60, kShown = 0xE0;
 
 // The masks of a window of text in eight bits.
 struct EightBitMasks {
     uint64_t shown;   // bytes of characters
     uint64_t counted; // the last bytes of characters
     uint64_t leads;   // bytes that need the next one
-    uint64_t lines;
     uint64_t unknown;
 };
 
-// The masks of a right half of pairs, of which `left` has the characters of the left half.
-STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, Right right, uint64_t left)
+STR_AVX2 inline EightBitMasks LookAtSingles(const Classified &bytes, Right right)
 {
-    const uint64_t shifts = right == Right::shifted ? Mask(window, Equal(window, 0x8E)) : 0;
-    const uint64_t bytes = Mask(window, Without(Above(window, 0xA0), Above(window, 0xFE)));
-    const uint64_t pairs = bytes | shifts, seconds = SecondOfPairs(pairs);
-    const uint64_t leads = pairs & ~seconds;
-    return {left | bytes, left | seconds, leads, 0, (shifts & seconds) | (leads & ~(seconds >> 1))};
+    const uint64_t shown = OfAny(bytes, kShown);
+    if (right == Right::single96)
+        return {shown, shown, 0, OfAny(bytes, kShifts)};
+    const uint64_t foreign = OfAny(bytes, kShifts | kEdges);
+    if (right == Right::single94)
+        return {shown, shown, 0, foreign};
+    const uint64_t marks = Of<4>(bytes);
+    return {shown, shown & ~marks, marks, foreign | (marks & ~(OfAny(bytes, kLeft) >> 1))};
 }
 
-STR_AVX2 inline EightBitMasks Look(const Window &window, Right right)
+STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, const Classified &bytes,
+                                          Right right)
 {
-    const Flags leftHalf = Without(Above(window, 0x1F), Equal(window, 0x7F));
-    const uint64_t left = Mask(window, leftHalf);
-    // ESC and CSI, SO and SI, SS2 and SS3 differ by their highest bit.
-    uint64_t foreign = Mask(window, Or(Equal(window, 0x0E, 0x7E), Equal(window, kEsc, 0x7F)));
-    if (right != Right::single96)
-        foreign |= Mask(window, Or(Equal(window, 0xA0), Equal(window, 0xFF)));
-    EightBitMasks masks = {};
-    if (right == Right::pairs || right == Right::shifted) {
-        masks = LookAtPairs(window, right, left);
-        foreign &= ~(masks.leads & ~masks.shown); // SS2
-    } else {
-        const Flags marks = Without(Above(window, 0xC0), Above(window, 0xCF));
-        masks.leads = right == Right::marked ? Mask(window, marks) : 0;
-        masks.shown = Mask(window, Or(leftHalf, Without(High(window), Equal(window, 0x80, 0xE0))));
-        masks.counted = masks.shown & ~masks.leads;
-        masks.unknown = masks.leads & ~(left >> 1);
-    }
-    masks.lines = Mask(window, Equal(window, '\n'));
-    masks.unknown |= foreign;
-    return masks;
+    const uint64_t shifts = right == Right::shifted ? Equal(window, '\x8E') : 0;
+    const uint64_t shown = OfAny(bytes, kShown) & ~OfAny(bytes, kEdges);
+    const uint64_t pairs = (shown & High(window)) | shifts;
+    const uint64_t seconds = SecondOfPairs(pairs), leads = pairs & ~seconds;
+    const uint64_t foreign = OfAny(bytes, kShifts | kEdges) & ~(shifts & leads);
+    return {shown, shown & ~leads, leads, foreign | (leads & ~(seconds >> 1))};
 }
 
 STR_AVX2 void PassEightBitInWindows(Passage *passage, Right right)
 {
+    const bool arePairs = right == Right::pairs || right == Right::shifted;
     Window window;
     while (Load(&window, *passage)) {
-        const EightBitMasks masks = Look(window, right);
+        const Classified bytes = Classify(window, kEightBit);
+        const EightBitMasks masks =
+            arePairs ? LookAtPairs(window, bytes, right) : LookAtSingles(bytes, right);
         size_t size = std::min(window.most, FirstOf(masks.unknown));
         if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
             --size; // the character ends in the next window, or is not known
+        const uint64_t lines = LinesIn(window, ~masks.shown & First(size));
         if (window.columns < kWindow)
-            size = std::min(size, AfterCounted(masks.counted | masks.lines, window.columns));
+            size = std::min(size, AfterCounted(masks.counted | lines, window.columns));
         if (size == 0)
             return;
         const uint64_t taken = First(size);
         passage->bytes += size;
         passage->columns += CountOf(masks.counted & taken);
         passage->shown += CountOf(masks.shown & taken);
-        passage->lines += CountOf(masks.lines & taken);
+        passage->lines += CountOf(lines & taken);
     }
 }
 
