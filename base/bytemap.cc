@@ -254,6 +254,9 @@ void IndexByteMap(ByteMap *map) { FindRows(map); }
 void FindFold(ByteMap *map)
 {
     map->isTotal = map->upper[0] == 0 && std::memchr(map->upper + 1, 0, 255) == nullptr;
+    map->foldsLetters = map->isTotal;
+    for (int small = 'a'; small <= 'z'; ++small)
+        map->foldsLetters &= map->upper[small] == map->upper[small ^ kFoldBit];
     map->isFold = map->isTotal && IsFold(map->upper);
     if (map->isFold)
         FindLetters(map);

@@ -21,6 +21,7 @@ struct ByteMap {
     uint8_t first[16];                  // the first byte of each of these rows
     alignas(16) uint8_t change[16][16]; // entry xor byte
     bool isTotal;                       // only the NUL has the entry 0
+    bool foldsLetters;                  // and is total: ASCII letters of both cases are the same
     bool isFold;                        // and is total
     // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
     alignas(16) uint8_t folds[16];
@@ -35,7 +36,7 @@ inline void SetByteMap(ByteMap *map, const uint8_t *upper)
 {
     map->upper = upper;
     map->rows = ByteMap::kUnknown;
-    map->isTotal = map->isFold = false;
+    map->isTotal = map->isFold = map->foldsLetters = false;
 }
 
 // Finds the rows, which make long runs fast.

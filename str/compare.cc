@@ -3,6 +3,7 @@
 // The equality engines: do two texts, each in a set of its own, hold the same characters?
 #include "str/core/comparison.h"
 #include "str/core/fold.h"
+#include "str/core/in_step.h"
 
 using namespace libstr;
 
@@ -43,21 +44,6 @@ bool AreOnePlainSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
     return AreInOneSet(cs1, cs2) && IsPlainByteSet(cs1);
 }
 
-bool Differ(const UpShifted &upper1, const UpShifted &upper2)
-{
-    return upper1.written != upper2.written || upper1.bytes[0] != upper2.bytes[0] ||
-           (upper1.written == 2 && upper1.bytes[1] != upper2.bytes[1]);
-}
-
-RunResult CompareUpShiftedRun(const Run &run1, const Run &run2, int charLimit,
-                              const CaseTableRecord *table)
-{
-    return CompareRunInUpperCase(run1, run2, charLimit, table,
-                                 [](const UpShifted &upper1, const UpShifted &upper2) {
-                                     return Differ(upper1, upper2) ? 1 : 0;
-                                 });
-}
-
 RunResult CompareCharRun(const char *p1, const char *p2, size_t bytes, int charLimit,
                          const CSDescriptor *cs)
 {
@@ -77,10 +63,9 @@ RunResult CompareCharRun(const char *p1, const char *p2, size_t bytes, int charL
 }
 
 // Compares two runs up to the end of the shorter.
-RunResult CompareRun(const Run &run1, const Run &run2, bool caseless, uint16_t common, bool byChars,
-                     int charLimit)
+RunResult CompareRun(const Run &run1, const Run &run2, const CaseTableRecord *table,
+                     uint16_t common, bool byChars, int charLimit)
 {
-    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
         return CompareUpShiftedRun(run1, run2, charLimit, table);
     const size_t bytes = std::min(run1.size, run2.size);
@@ -142,13 +127,15 @@ int Compare(const char *s1, const char *s2, bool caseless, const CSDescriptor *c
     const bool byChars = extent.unit == Extent::characters;
     const bool counted = byChars && IsLimit(extent.chars);
     unsigned int chars = 0;
+    CaseTables tables = {};
     while (!HasEnded(side1) && !HasEnded(side2) && !(counted && chars >= extent.chars)) {
         uint16_t common = CS_SEG_NONE;
         if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
             return 1;
         const int charLimit = counted ? static_cast<int>(extent.chars - chars) : kNoLimit;
         const RunResult run =
-            CompareRun(side1.run, side2.run, caseless, common, byChars, charLimit);
+            CompareRun(side1.run, side2.run, caseless ? TableOfKind(&tables, common) : nullptr,
+                       common, byChars, charLimit);
         if (run.order != 0)
             return 1;
         chars += static_cast<unsigned int>(run.chars);
@@ -175,6 +162,9 @@ int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescripto
 {
     if (IsUtf8(cs1) || IsUtf8(cs2))
         return CompareUtf8(s1, s2, caseless, cs1, cs2);
+    if (cs1->csNum == cs2->csNum && cs1->escMode == cs2->escMode)
+        if (const InStep result = CompareInStep(s1, s2, caseless, cs1); result != InStep::unknown)
+            return result == InStep::equal ? 0 : 1;
     return Compare(s1, s2, caseless, cs1, cs2, {Extent::toEnd, UINT32_MAX, UINT32_MAX, 0});
 }
 

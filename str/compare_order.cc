@@ -45,9 +45,8 @@ int OrderOfSets(uint16_t kind1, uint16_t kind2)
 // The order of two strings of which one or both have ended.
 int OrderOfEnds(bool ended1, bool ended2) { return ended1 && ended2 ? 0 : ended1 ? -1 : 1; }
 
-RunResult OrderRun(const Run &run1, const Run &run2, bool caseless, uint16_t common)
+RunResult OrderRun(const Run &run1, const Run &run2, const CaseTableRecord *table)
 {
-    const CaseTableRecord *const table = caseless ? GetSegmentUpShiftTable(common) : nullptr;
     if (table != nullptr)
         return CompareRunInUpperCase(run1, run2, kNoLimit, table,
                                      [](const UpShifted &upper1, const UpShifted &upper2) {
@@ -66,6 +65,7 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
         return OrderOfEnds(*s1 == '\0', *s2 == '\0');
     Side side1, side2;
     BeginSides(&side1, s1, cs1, kNoByteLimit, &side2, s2, cs2, kNoByteLimit);
+    CaseTables tables = {};
     for (;;) {
         const bool ended1 = side1.kind == CS_SEG_END;
         const bool ended2 = side2.kind == CS_SEG_END;
@@ -74,7 +74,8 @@ int str_cmpTextStr(const char *s1, const char *s2, int caseless, const CSDescrip
         uint16_t common = CS_SEG_NONE;
         if (!EquivalentSegmentSets(side1.kind, side2.kind, &common))
             return OrderOfSets(side1.kind, side2.kind);
-        const RunResult run = OrderRun(side1.run, side2.run, caseless != 0, common);
+        const RunResult run =
+            OrderRun(side1.run, side2.run, caseless != 0 ? TableOfKind(&tables, common) : nullptr);
         if (run.order != 0)
             return run.order;
         PassRun(&side1, &side2, run);

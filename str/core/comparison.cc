@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/comparison.h"
 
+#include <iterator>
+
 namespace libstr
 {
 
@@ -103,10 +105,27 @@ bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
     return true;
 }
 
-const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind)
+const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind)
 {
-    const CSDescriptor cs = {kind, 0};
-    return CaseTableOf(&cs);
+    CaseTables::Entry &entry = tables->entries[kind % std::size(tables->entries)];
+    if (entry.kind != kind) {
+        const CSDescriptor cs = {kind, 0};
+        const CaseTableRecord *const table = CaseTableOf(&cs);
+        entry = {kind, table != nullptr, table != nullptr ? table - pCaseTabs : 0};
+    }
+    return entry.cased ? pCaseTabs + entry.index : nullptr;
+}
+
+RunResult CompareUpShiftedRun(const Run &run1, const Run &run2, int charLimit,
+                              const CaseTableRecord *table)
+{
+    const auto differ = [](const UpShifted &upper1, const UpShifted &upper2) {
+        return upper1.written != upper2.written || upper1.bytes[0] != upper2.bytes[0] ||
+                       (upper1.written == 2 && upper1.bytes[1] != upper2.bytes[1])
+                   ? 1
+                   : 0;
+    };
+    return CompareRunInUpperCase(run1, run2, charLimit, table, differ);
 }
 
 } // namespace libstr

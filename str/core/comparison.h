@@ -19,8 +19,18 @@ namespace libstr
 // Whether segments of these kinds can be compared; `common` receives the kind whose rules apply.
 bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common);
 
+// The case tables of the kinds met last.  Most texts take turns between a few.
+struct CaseTables {
+    struct Entry {
+        uint16_t kind; // 0 at first, and no text has kind 0
+        bool cased;
+        ptrdiff_t index; // in the registry, which moves when another table is loaded
+    };
+    Entry entries[4];
+};
+
 // The case table of a kind's set; null for none.
-const CaseTableRecord *GetSegmentUpShiftTable(uint16_t kind);
+const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind);
 
 inline constexpr size_t kNoByteLimit = SIZE_MAX;
 inline constexpr int kNoLimit = -1; // of characters
@@ -125,6 +135,10 @@ RunResult CompareRunInUpperCase(const Run &run1, const Run &run2, int charLimit,
     return {0, static_cast<size_t>(at1 - begin1), static_cast<size_t>(at2 - begin2),
             limited ? charLimit - static_cast<int>(left) : 0};
 }
+
+// The same for equality: the order is 0 or 1.
+RunResult CompareUpShiftedRun(const Run &run1, const Run &run2, int charLimit,
+                              const CaseTableRecord *table);
 
 } // namespace libstr
 
