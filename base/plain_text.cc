@@ -74,7 +74,7 @@ size_t RightUnit(Right right, const unsigned char *at, size_t left, size_t *show
     return IsShift(*at & 0x7F) || (edge && right != Right::single96) ? 0 : 1;
 }
 
-// Passes one unit; false where it is not known or does not fit.
+// Pass one unit; false where it is not known or does not fit.
 bool PassSevenBitUnit(Passage *passage, SevenBit *state)
 {
     const unsigned char *const at = At(*passage);
@@ -93,6 +93,19 @@ bool PassSevenBitUnit(Passage *passage, SevenBit *state)
             return false;
         Take(passage, 2, 2, false);
     }
+    return true;
+}
+
+bool PassEightBitUnit(Passage *passage, Right right)
+{
+    const unsigned char *const at = At(*passage);
+    size_t bytes = 1;
+    size_t shown = IsShown(*at);
+    if (*at >= 0x80)
+        bytes = RightUnit(right, at, Left(*passage), &shown);
+    if (bytes == 0 || IsShift(*at))
+        return false;
+    Take(passage, bytes, shown, *at == '\n');
     return true;
 }
 
@@ -117,16 +130,25 @@ Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state)
 
 void PassEightBitByByte(Passage *passage, Right right)
 {
-    while (GoesOn(*passage)) {
-        const unsigned char *const at = At(*passage);
-        size_t bytes = 1;
-        size_t shown = IsShown(*at);
-        if (*at >= 0x80)
-            bytes = RightUnit(right, at, Left(*passage), &shown);
-        if (bytes == 0 || IsShift(*at))
-            return;
-        Take(passage, bytes, shown, *at == '\n');
+    while (GoesOn(*passage) && PassEightBitUnit(passage, right))
+        continue;
+}
+
+Parts FindPartsByByte(const char *text, size_t known, const char *others)
+{
+    Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
+    Parts parts = {0, 0, 0};
+    while (GoesOn(passage)) {
+        const size_t begin = passage.bytes;
+        const unsigned char byte = *At(passage);
+        if (!PassEightBitUnit(&passage, Right::marked))
+            break;
+        const uint64_t unit = (passage.bytes - begin == 2 ? uint64_t{3} : uint64_t{1}) << begin;
+        parts.right |= byte >= 0xA0 ? unit : 0;
+        parts.other |= byte < 0x80 && std::strchr(others, byte) != nullptr ? unit : 0;
     }
+    parts.bytes = passage.bytes;
+    return parts;
 }
 
 #if defined(STR_AVX2)
@@ -446,6 +468,23 @@ STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, const Classified
     return {shown, shown & ~leads, leads, foreign | (leads & ~(seconds >> 1))};
 }
 
+STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const char *others)
+{
+    Window window;
+    if (!Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0}))
+        return {0, 0, 0};
+    const Classified bytes = Classify(window, kEightBit);
+    const EightBitMasks masks = LookAtSingles(bytes, Right::marked);
+    size_t size = std::min(window.most, FirstOf(masks.unknown));
+    if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
+        --size;
+    const uint64_t bases = masks.leads << 1;
+    uint64_t other = 0;
+    for (; *others != '\0'; ++others)
+        other |= Equal(window, *others);
+    return {size, (Of<7>(bytes) | bases) & First(size), other & ~bases & First(size)};
+}
+
 STR_AVX2 void PassEightBitInWindows(Passage *passage, Right right)
 {
     const bool arePairs = right == Right::pairs || right == Right::shifted;
@@ -485,6 +524,12 @@ Switches FindSwitches(const char *text, size_t known, SevenBit *state)
                                         : FindSwitchesByByte(text, known, state);
 }
 
+Parts FindParts(const char *text, size_t known, const char *others)
+{
+    return known >= kBlock && HasAvx2() ? FindPartsInWindow(text, known, others)
+                                        : FindPartsByByte(text, known, others);
+}
+
 void PassEightBit(Passage *passage, Right right)
 {
     if (passage->known >= kBlock && HasAvx2())
@@ -499,6 +544,11 @@ void PassSevenBit(Passage *passage, SevenBit *state) { PassSevenBitByByte(passag
 Switches FindSwitches(const char *text, size_t known, SevenBit *state)
 {
     return FindSwitchesByByte(text, known, state);
+}
+
+Parts FindParts(const char *text, size_t known, const char *others)
+{
+    return FindPartsByByte(text, known, others);
 }
 
 void PassEightBit(Passage *passage, Right right) { PassEightBitByByte(passage, right); }

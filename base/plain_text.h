@@ -69,10 +69,19 @@ enum class Right {
 // a mark it knows only bytes of the left half.
 void PassEightBit(Passage *passage, Right right);
 
+// The sets of the next bytes of a text in eight bits whose right half is marked.
+struct Parts {
+    size_t bytes;   // how many were looked at, at most 64: whole units that PassEightBit knows
+    uint64_t right; // a bit for each byte of a character of the right half, its base included
+    uint64_t other; // a bit for each character of `others` in the left half
+};
+Parts FindParts(const char *text, size_t known, const char *others);
+
 // The plain forms.
 void PassSevenBitByByte(Passage *passage, SevenBit *state);
 void PassEightBitByByte(Passage *passage, Right right);
 Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state);
+Parts FindPartsByByte(const char *text, size_t known, const char *others);
 
 } // namespace libstr::plain
 

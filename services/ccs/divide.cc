@@ -91,6 +91,41 @@ void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
         Follow(walk, last, kSequence);
 }
 
+// Eight-bit text of a marked set with its partner.
+bool IsMarkedText(const Walk &walk)
+{
+    const View &view = walk.runs->view;
+    return view.escapes && !view.utf8 && view.rightUsed && view.partners && IsMarked(view.right) &&
+           walk.next == Walk::Next::any && view.left.bytes == 1 && !view.left.is96;
+}
+
+// Finds segments as long as FindParts knows the text, likewise.
+void DivideMarkedText(const Walk &walk, Rest *rest, Found *found)
+{
+    const View &view = walk.runs->view;
+    const SetRow &left = kSets[view.left.row];
+    while (rest->size != 0) {
+        const plain::Parts parts = plain::FindParts(rest->at, rest->size, left.differs);
+        if (parts.bytes == 0)
+            return;
+        uint64_t ends = (parts.right ^ parts.right << 1) | (parts.other ^ parts.other << 1);
+        for (size_t at = 0; at < parts.bytes;) {
+            if (found->most - found->count < 2 || !found->fits)
+                return;
+            ends &= ~uint64_t{1} << at;
+            const size_t end = std::min(parts.bytes, static_cast<size_t>(std::countr_zero(ends)));
+            const bool isRight = (parts.right >> at & 1) != 0;
+            const bool isOther = (parts.other >> at & 1) != 0;
+            Add(found, rest,
+                isRight   ? view.right.kind
+                : isOther ? left.number
+                          : view.left.kind,
+                end - at);
+            at = end;
+        }
+    }
+}
+
 } // namespace
 
 void Divide(Walk *walk, const char *at, size_t avail, Found *found)
@@ -99,6 +134,8 @@ void Divide(Walk *walk, const char *at, size_t avail, Found *found)
     while (rest.size != 0 && found->count < found->most && found->fits) {
         if (found->most - found->count > 4 && IsSevenBit(*walk))
             DivideSevenBit(walk, &rest, found);
+        else if (found->most - found->count > 4 && IsMarkedText(*walk))
+            DivideMarkedText(*walk, &rest, found);
         if (rest.size == 0 || !found->fits)
             break;
         const Unit segment = NextSegment(walk, rest.at, rest.size);
