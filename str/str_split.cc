@@ -23,8 +23,6 @@ constexpr char kSource[] = "str/str_split";
 // The split buffer: the first part, a NUL, the escapes of the second part, that part, a NUL.
 Buffer<char> theBuffer;
 
-constexpr int kMostEscapes = 81; // bytes of model escapes
-
 constexpr int kByBytes = 1; // mode; all others count characters
 
 struct Parts {

@@ -72,6 +72,25 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
     return dst;
 }
 
+unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    frame::TraceEntry();
+    ClosedTruncation cut;
+    if (cs->escMode != 0)
+        TruncateClosed(src, n, cs, &cut);
+    else
+        cut = {IsPlainByteSet(cs) ? static_cast<unsigned int>(strnlen(src, n))
+                                  : str_truncstrlen(src, n, cs),
+               0,
+               {}};
+    const auto escapes = static_cast<unsigned int>(cut.escapes);
+    std::memcpy(dst, src, cut.kept);
+    std::memcpy(dst + cut.kept, cut.closing, escapes);
+    std::memset(dst + cut.kept + escapes, 0, n - cut.kept - escapes);
+    frame::TraceExit();
+    return cut.kept + escapes;
+}
+
 char *str_strncpy(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
     CopyKept(dst, src, n, cs);

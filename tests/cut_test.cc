@@ -100,8 +100,31 @@ struct Text {
         return nullptr;
     }
 
+    // The longest start of whole units that fits with what closes it.
+    std::string Closed(unsigned int n) const
+    {
+        for (auto unit = units.rbegin(); unit != units.rend(); ++unit) {
+            const auto end = static_cast<int>(unit->end);
+            unsigned int segment;
+            int length = 0, at = 0;
+            for (auto *next = ccs_Get1stStr; next(&cs, text + at, end - at, &segment) != CS_SEG_END;
+                 next = ccs_GetNextStr)
+                at += static_cast<int>(segment);
+            const char *const escapes = ccs_GetConfAsciiEscs(&cs, cs.escMode, &length);
+            if (unit->end + static_cast<unsigned int>(length) <= n)
+                return whole.substr(0, unit->end) + std::string(escapes, escapes + length);
+        }
+        return "";
+    }
+
     void CheckTruncation(unsigned int n) const
     {
+        const Guarded closed(n);
+        std::string all = cs.escMode == 0 ? whole.substr(0, Kept(n)) : Closed(n);
+        ASSERT_EQ(str_truncateclosed(closed.data(), text, n, &cs), all.size());
+        all.resize(n);
+        ASSERT_EQ(std::string(closed.data(), n), all);
+
         const Guarded room(n), copy(n + 1);
         unsigned int kept = 4711;
         std::string expected = whole.substr(0, Kept(n));

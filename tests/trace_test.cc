@@ -34,6 +34,7 @@ const struct {
     {[] { str_utf8DispStrLen("a", -1, 0); }, "utf8DispStrLen()"},
     {[] { str_truncstrlen(text, 4, &jp); }, "truncstrlen()"},
     {[] { str_truncate(room, text, 4, &jp, &size); }, "truncate(truncstrlen())"},
+    {[] { str_truncateclosed(room, text, 4, &jp); }, "truncateclosed()"},
     {[] { str_strncpy(room, text, 4, &jp); }, "strncpy(truncstrlen())"},
     {[] { str_strcat(Room(), "b", &jp); }, "strcat()"},
     {[] { str_strncat(Room(), "b", 1, &jp); }, "strncat()"},

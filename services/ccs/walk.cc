@@ -319,7 +319,8 @@ void Follow(Walk *walk, const char *at, size_t length)
 {
     State *const state = &walk->state;
     const bool sevenBit = state->coding == Coding::iso2022 && state->right == kNowhere;
-    if (sevenBit && state->left == 0 && length == 3 && (at[1] == '(' || at[1] == '$')) {
+    const bool isShort = length == 3 && Byte(at) == kEsc && Byte(at + 2) >= 0x30;
+    if (sevenBit && isShort && state->left == 0 && (at[1] == '(' || at[1] == '$')) {
         // By far the most frequent: a set for G0 in seven bits.
         const Graphic graphic = at[1] == '(' ? Graphic::set94 : Graphic::set94n;
         const uint8_t row = FindGraphicRow(graphic, '\0', at[2]);

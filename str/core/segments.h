@@ -26,6 +26,8 @@ extern decltype(ccs_GetWalkEscapes) ccs_GetWalkEscapes __attribute__((weak));
 namespace libstr
 {
 
+inline constexpr int kMostEscapes = 81; // bytes of the escapes that a service gives
+
 // The readers of texts that the library is linked with.
 extern const CSReaders kReaders;
 

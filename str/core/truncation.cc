@@ -4,6 +4,10 @@
 #include "str/core/segments.h"
 #include "str/core/units.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
 namespace libstr
 {
 
@@ -48,6 +52,88 @@ unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescripto
         return kept + SegmentTruncation(walk.at, room, &segCs);
     }
     return kept;
+}
+
+namespace
+{
+
+bool Fits(const ClosedTruncation &cut, unsigned int n)
+{
+    return uint64_t{cut.kept} + static_cast<unsigned int>(cut.escapes) <= n;
+}
+
+// Moves on by what fits in so many bytes.
+void Pass(CSWalk *walk, unsigned int bytes, ClosedTruncation *cut)
+{
+    CSMeasure passed;
+    ccs_MeasureText(walk, bytes, SIZE_MAX, &passed);
+    cut->kept += static_cast<unsigned int>(passed.bytes);
+    cut->escapes = ccs_GetWalkEscapes(walk, 1, cut->closing);
+}
+
+// Whether the state changes in these bytes, so that later escapes may be shorter.
+bool MaySwitch(const char *at, size_t bytes)
+{
+    return std::any_of(at, at + bytes, [](char byte) {
+        return byte == '\x1B' || byte == '\x0E' || byte == '\x0F';
+    });
+}
+
+// Goes on unit by unit to the last cut that fits.
+void PassByUnits(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
+{
+    ClosedTruncation next = *cut;
+    for (unsigned int end = next.kept + 1; end <= n; ++end) {
+        Pass(walk, end - next.kept, &next);
+        if (Fits(next, n))
+            *cut = next;
+    }
+}
+
+// The same by the walk of the service, from the longest start downward.
+void TruncateClosedByService(const char *src, unsigned int n, const CSDescriptor *cs,
+                             ClosedTruncation *out)
+{
+    *out = {WalkedTruncation(src, n, cs), 0, {}};
+    for (; out->kept > 0; out->kept = WalkedTruncation(src, out->kept - 1, cs)) {
+        WalkToEnd(src, cs, static_cast<int>(std::min<unsigned int>(out->kept, INT_MAX)));
+        const char *const escapes =
+            ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &out->escapes);
+        out->escapes = std::clamp(out->escapes, 0, kMostEscapes);
+        std::memcpy(out->closing, escapes, static_cast<size_t>(out->escapes));
+        if (Fits(*out, n))
+            return;
+    }
+    out->escapes = 0;
+}
+
+} // namespace
+
+void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, ClosedTruncation *out)
+{
+    bool byUnits = false;
+    unsigned int reserve = std::min(n, 3U); // bytes of the most frequent escapes
+    for (;;) {
+        CSWalk walk;
+        if (!BeginOwnWalk(&walk, src, cs))
+            return TruncateClosedByService(src, n, cs, out);
+        *out = {0, 0, {}};
+        Pass(&walk, n - reserve, out);
+        const auto escapes = static_cast<unsigned int>(out->escapes);
+        if (!Fits(*out, n)) {
+            reserve = std::min(n, escapes);
+            continue;
+        }
+        if (byUnits)
+            return PassByUnits(&walk, n, out);
+        const size_t left = strnlen(src + out->kept, n - out->kept);
+        if (left == 0 || (escapes == reserve && !MaySwitch(src + out->kept, left)))
+            return;
+        Pass(&walk, n - out->kept, out);
+        if (Fits(*out, n))
+            return;
+        byUnits = true; // somewhere between the two
+    }
 }
 
 } // namespace libstr
