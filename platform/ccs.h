@@ -118,8 +118,8 @@ typedef struct CSReaders {
 /* Begins a walk at `text` in the initial state of a string of `cs`.  Returns 1, or 0 when a walk
  * does not say what `readers` say; the caller then reads with them.  The default service refuses
  * all readers but its own, so a host that replaces one of them is asked wherever it would be.
- * A service that returns 1 divides a text in the same way when an ASCII letter of a segment of text
- * is replaced by another. */
+ * A service that returns 1 divides a text whose escMode is not 0 in the same way when an ASCII
+ * letter of a segment of text, other than one right after ESC, is replaced by another. */
 int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
                   const CSReaders *readers);
 

@@ -162,7 +162,7 @@ int CompareUtf8(const char *s1, const char *s2, bool caseless, const CSDescripto
 {
     if (IsUtf8(cs1) || IsUtf8(cs2))
         return CompareUtf8(s1, s2, caseless, cs1, cs2);
-    if (cs1->csNum == cs2->csNum && cs1->escMode == cs2->escMode)
+    if (cs1->csNum == cs2->csNum && cs1->escMode == cs2->escMode && cs1->escMode != 0)
         if (const InStep result = CompareInStep(s1, s2, caseless, cs1); result != InStep::unknown)
             return result == InStep::equal ? 0 : 1;
     return Compare(s1, s2, caseless, cs1, cs2, {Extent::toEnd, UINT32_MAX, UINT32_MAX, 0});

@@ -10,6 +10,8 @@ namespace libstr
 namespace
 {
 
+constexpr char kEsc = '\x1B';
+
 // Two texts of so many bytes.
 struct Pair {
     const char *text1;
@@ -72,7 +74,7 @@ InStep CompareSegments(const Pair &pair, size_t unequal, const CSDescriptor *cs)
         const auto begin = static_cast<size_t>(walk.at - pair.text1);
         if (begin + walk.size <= unequal)
             continue;
-        if (!IsText(walk.kind))
+        if (!IsText(walk.kind) || std::memchr(walk.at, kEsc, walk.size) != nullptr)
             return InStep::unknown;
         const Run run1 = {walk.at, walk.size}, run2 = {pair.text2 + begin, walk.size};
         const InStep result = CompareSegment(run1, run2, TableOfKind(&tables, walk.kind));

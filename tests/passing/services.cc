@@ -23,6 +23,7 @@ namespace passing
 Failure failure;
 std::optional<int> nonsense;
 std::string converted;
+bool ownWalks = false;
 uint32_t moreFlags;
 Held held;
 
@@ -117,6 +118,17 @@ int cvc_ConvertString(int request, int options, const char *in, int inLength, co
     converted = std::to_string(request) + " " + std::to_string(options) + " " + from + ">" + to;
     return NEXT(cvc_ConvertString)(request, options, in, inLength, from, to, result, resultLength,
                                    a, b, c);
+}
+
+int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
+                  const CSReaders *)
+{
+    static const CSReaders readers = {
+        REAL(ccs_Get1stStr),         REAL(ccs_GetNextStr),      REAL(ccs_GetAllStrs),
+        REAL(ccs_GetRealStrs),       REAL(ccs_GetCtrlLen),      REAL(ccs_GetNumBytes),
+        REAL(ccs_GetT61BaseUnitLen), REAL(ccs_GetNextCharLen),  REAL(ccs_GetCSFlags),
+        REAL(ccs_GetModelEscapes),   REAL(ccs_GetConfAsciiEscs)};
+    return ownWalks ? REAL(ccs_BeginWalk)(walk, cs, text, length, &readers) : 0;
 }
 
 void os_free(void *block)

@@ -27,6 +27,8 @@ extern std::optional<int> nonsense; // what services that return a length return
 // The last request for a conversion, "12 0 from>to"; or the mode of the last request for escapes.
 extern std::string converted;
 
+extern bool ownWalks; // whether there are walks that belong to the caller
+
 extern uint32_t moreFlags; // of every set, beyond those that it has
 
 // What was given out and has not come back.
