@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What is passed over many bytes at a time is what is passed over byte by byte.
+#include "base/plain_text.h"
+#include "tests/support/test.h"
+
+#include <tuple>
+
+using namespace libstr::plain;
+
+namespace
+{
+
+std::mt19937 theRandom;
+
+size_t Below(size_t limit) { return theRandom() % limit; }
+
+// So many bytes, most of them from one of these groups of pieces.
+std::string PlainText(size_t size)
+{
+    const std::vector<std::string> groups[] = {
+        {"\x1B(B", "\x1B$B", "\x1B$@", "\x1B(J", "\x1B(I", "0!", "abcdefghij", "%6%5%3", "a"},
+        {"\xB0\xB1", "\xA4\xA2\xA4\xA4\xA4\xA6", "\x8E\xB6", "abcdefghij", "\n", "a"},
+        {"\xC1"
+         "a",
+         "\xC8u", "\xE1", "#", "a~b", "abcdefghij", "\x85", "\x7F", " "},
+        {"\x0E", "\x1B", "\x9B", "\x8F", "\xA0", "\xFF", "\xC1\xC2", "\xE4", "\x7F", "\n"}};
+    const auto &group = groups[Below(3)];
+    std::string text;
+    while (text.size() < size) {
+        const auto &from = Below(20) == 0 ? groups[3] : group;
+        text += from[Below(from.size())];
+    }
+    return text.substr(0, size);
+}
+
+auto Fields(const Passage &p) { return std::tuple(p.bytes, p.columns, p.shown, p.lines); }
+
+auto Fields(const SevenBit &s) { return std::tuple(s.pairs, s.designation); }
+
+TEST(PlainText, IsPassedInWindowsAsByteByByte)
+{
+    theRandom.seed(TestSeed());
+    for (int round = 0; round < 200 && !HasFailure(); ++round)
+        for (size_t size = 0; size <= 200; ++size) {
+            const std::string bytes = PlainText(size);
+            SCOPED_TRACE(testing::PrintToString(bytes));
+            const Guarded room(size + 1);
+            std::memcpy(room.data() + 1, bytes.data(), size);
+            const char *const text = room.data() + 1;
+            const bool limited = Below(2) == 0;
+            const size_t most = limited ? Below(size + 2) : SIZE_MAX,
+                         columns = Below(2) == 0 ? Below(size + 2) : SIZE_MAX;
+            const Passage begin = {text, size, most, columns, 0, 0, 0, 0};
+            Passage windows = begin, slow = begin;
+            const SevenBit start = {Below(2) == 0, Below(8) != 0, nullptr};
+            SevenBit state = start, slowState = start;
+            PassSevenBit(&windows, &state);
+            PassSevenBitByByte(&slow, &slowState);
+            ASSERT_EQ(Fields(windows), Fields(slow));
+            ASSERT_EQ(Fields(state), Fields(slowState));
+            state = slowState = start;
+            const Switches switches = FindSwitches(text, size, &state),
+                           slowSwitches = FindSwitchesByByte(text, size, &slowState);
+            ASSERT_EQ(switches.bytes, slowSwitches.bytes);
+            ASSERT_EQ(switches.places, slowSwitches.places);
+            ASSERT_EQ(Fields(state), Fields(slowState));
+            for (const Right right :
+                 {Right::single94, Right::single96, Right::marked, Right::pairs, Right::shifted}) {
+                windows = slow = begin;
+                PassEightBit(&windows, right);
+                PassEightBitByByte(&slow, right);
+                ASSERT_EQ(Fields(windows), Fields(slow));
+            }
+            const Parts parts = FindParts(text, size, "#$~"),
+                        slowParts = FindPartsByByte(text, size, "#$~");
+            ASSERT_EQ(std::tuple(parts.bytes, parts.right, parts.other),
+                      std::tuple(slowParts.bytes, slowParts.right, slowParts.other));
+        }
+}
+
+} // namespace
