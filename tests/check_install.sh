@@ -66,6 +66,31 @@ for kind in shared static; do
         done <"$prefix/quoting"
     done
 done
+
+# A host that replaces a reader of texts is asked, however it is linked.
+symbolic=$prefix/symbolic option=()
+mkdir "$symbolic"
+# shellcheck disable=SC2046,SC2086
+$CC $CFLAGS -shared -Wl,-Bsymbolic -Wl,-soname,libstrservices.so.0 -Wl,--whole-archive \
+    "$libdir/libstrservices.a" -Wl,--no-whole-archive $(pkg-config --libs glib-2.0) $LDFLAGS \
+    -o "$symbolic/libstrservices.so.0"
+for mode in "${modes[@]::2}"; do
+    for kind in shared static; do
+        [[ $kind == shared ]] && libraries=("$libdir"/lib{str,strservices}.so.0) ||
+            libraries=("$libdir"/lib{str,strservices}.a)
+        for replaced in NONE FIRST LENGTH FLAGS; do
+            [[ $replaced == NONE ]] && columns=2 || columns=3
+            # shellcheck disable=SC2046,SC2086
+            compile $mode -D$replaced "$source/tests/readers.c" -I"$prefix/include" \
+                "${libraries[@]}" $(pkg-config --cflags --libs glib-2.0) -lm -o "$prefix/readers"
+            for path in "$libdir" "$symbolic:$libdir"; do
+                shown=$(LD_LIBRARY_PATH=$path "$prefix/readers")
+                [[ $shown == "$columns" ]] ||
+                    fail "readers: $replaced $mode $kind $path: $shown"
+            done
+        done
+    done
+done
 mv "$prefix" "$prefix-moved"
 cd "$prefix-moved/${libdir#"$prefix/"}"
 for kind in shared static; do # compares without regard to case, by a table
