@@ -29,10 +29,7 @@ int ccs_GetT61BaseUnitLen(const char *at, unsigned int avail, const CSDescriptor
     return at != NULL && avail != 0 && cs != NULL;
 }
 #elif defined(FLAGS)
-uint32_t ccs_GetCSFlags(const CSDescriptor *cs)
-{
-    return cs != NULL ? CS_FLAG_ESCAPES : 0;
-}
+uint32_t ccs_GetCSFlags(const CSDescriptor *cs) { return cs != NULL ? CS_FLAG_ESCAPES : 0; }
 #endif
 
 int main(void)

@@ -51,7 +51,7 @@ constexpr unsigned int RightSingles(const View &view)
            (view.right.is96 ? kRightEdge : 0U) | (view.rightUsed ? 0U : kC1 | kShiftC1);
 }
 
-constexpr Run RunOf(const View &view, uint16_t kind)
+[[gnu::noinline]] constexpr Run RunOf(const View &view, uint16_t kind)
 {
     const bool left = view.left.kind == kind;
     const bool right = view.right.kind == kind;

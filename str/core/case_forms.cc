@@ -26,9 +26,9 @@ CaseBytes AskGLib(const CaseForms &forms, gunichar character)
 
 } // namespace
 
-CaseForm MakeForm(CaseForms *forms, gunichar character)
+CaseForm MakeForm(const CaseForms &forms, gunichar character)
 {
-    const CaseBytes changed = AskGLib(*forms, character);
+    const CaseBytes changed = AskGLib(forms, character);
     CaseForm form = 0;
     unsigned int shift = 0;
     for (unsigned int at = 0; at < changed.length; shift += kFormBits) {
@@ -36,16 +36,16 @@ CaseForm MakeForm(CaseForms *forms, gunichar character)
         form |= static_cast<CaseForm>(c.code) << shift;
         at += c.length;
     }
-    const uint64_t high = character / CaseForms::kPlaces + 1;
-    forms->places[character % CaseForms::kPlaces].store(high << 3 * kFormBits | form,
-                                                        std::memory_order_relaxed);
+    const uint64_t high = character / CaseFormStore::kPlaces + 1;
+    forms.store->places[character % CaseFormStore::kPlaces].store(high << 3 * kFormBits | form,
+                                                                  std::memory_order_relaxed);
     return form;
 }
 
-CaseBytes BytesOf(CaseForms *forms, gunichar character)
+CaseBytes BytesOf(const CaseForms &forms, gunichar character)
 {
     if (character >= kFormsEnd)
-        return AskGLib(*forms, character);
+        return AskGLib(forms, character);
     CaseBytes result = {0, {}};
     for (CaseForm left = FormOf(forms, character); left != 0; left >>= kFormBits)
         result.length += static_cast<unsigned int>(g_unichar_to_utf8(
@@ -53,14 +53,14 @@ CaseBytes BytesOf(CaseForms *forms, gunichar character)
     return result;
 }
 
-uint16_t MakePair(CaseForms *forms, gunichar character)
+uint16_t MakePair(const CaseForms &forms, gunichar character)
 {
     const CaseBytes form = BytesOf(forms, character);
     uint16_t pair = 0;
     if (form.length != sizeof pair)
         return 0;
     std::memcpy(&pair, form.bytes, sizeof pair);
-    forms->pairs[character].store(pair, std::memory_order_relaxed);
+    forms.store->pairs[character].store(pair, std::memory_order_relaxed);
     return pair;
 }
 

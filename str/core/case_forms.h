@@ -25,24 +25,28 @@ inline constexpr unsigned int kFormBits = 18; // of each character
 // Forms are kept for the characters below; the others have no case.
 inline constexpr gunichar kFormsEnd = 0x20000;
 
-struct CaseForms {
+struct CaseFormStore {
     static constexpr gunichar kPlaces = 2048;
 
-    gchar *(*change)(const gchar *, gssize);
     std::atomic<uint64_t> places[kPlaces]; // by the low bits of characters
     std::atomic<uint16_t> pairs[0x800];    // of the characters of two bytes: see PairOf
 };
 
+struct CaseForms {
+    gchar *(*change)(const gchar *, gssize);
+    CaseFormStore *store;
+};
+
 // Asks GLib, and keeps the form.
-CaseForm MakeForm(CaseForms *forms, gunichar character);
+CaseForm MakeForm(const CaseForms &forms, gunichar character);
 
 // The form of a character below kFormsEnd.
-inline CaseForm FormOf(CaseForms *forms, gunichar character)
+inline CaseForm FormOf(const CaseForms &forms, gunichar character)
 {
     constexpr unsigned int kShift = 3 * kFormBits;
     const uint64_t place =
-        forms->places[character % CaseForms::kPlaces].load(std::memory_order_relaxed);
-    const gunichar high = character / CaseForms::kPlaces + 1; // not 0, as a free place is
+        forms.store->places[character % CaseFormStore::kPlaces].load(std::memory_order_relaxed);
+    const gunichar high = character / CaseFormStore::kPlaces + 1; // not 0, as a free place is
     return place >> kShift == high ? place & ((uint64_t{1} << kShift) - 1)
                                    : MakeForm(forms, character);
 }
@@ -55,18 +59,18 @@ struct CaseBytes {
 };
 
 // The bytes of the form of any well-formed character.
-CaseBytes BytesOf(CaseForms *forms, gunichar character);
+CaseBytes BytesOf(const CaseForms &forms, gunichar character);
 
 // Asks GLib, and keeps the pair.
-uint16_t MakePair(CaseForms *forms, gunichar character);
+uint16_t MakePair(const CaseForms &forms, gunichar character);
 
 // The form of the well-formed character of two bytes at `at`, if that has two bytes too: these as
 // they are in memory, else 0.
-inline uint16_t PairOf(CaseForms *forms, const char *at)
+inline uint16_t PairOf(const CaseForms &forms, const char *at)
 {
     const gunichar character =
         static_cast<guchar>(at[0]) * 0x40U + static_cast<guchar>(at[1]) - (0xC0 * 0x40 + 0x80);
-    const uint16_t pair = forms->pairs[character].load(std::memory_order_relaxed);
+    const uint16_t pair = forms.store->pairs[character].load(std::memory_order_relaxed);
     return pair != 0 ? pair : MakePair(forms, character);
 }
 

@@ -24,7 +24,8 @@ namespace
 
 constexpr size_t kMostBytes = 4; // of a character
 
-CaseForms theFolded = {g_utf8_casefold, {}, {}};
+CaseFormStore theStore;
+constexpr CaseForms kFolded = {g_utf8_casefold, &theStore};
 
 // A text in folded form: the form of one character, and the text after that character.
 struct FoldedText {
@@ -44,7 +45,7 @@ bool HasEnded(const FoldedText &text) { return Pending(text) == 0 && text.at == 
 void TakeCharacter(FoldedText *text)
 {
     const utf8::Char c = utf8::CharAt(text->at);
-    text->form = utf8::IsMalformed(c) ? CaseBytes{1, {*text->at}} : BytesOf(&theFolded, c.code);
+    text->form = utf8::IsMalformed(c) ? CaseBytes{1, {*text->at}} : BytesOf(kFolded, c.code);
     text->used = 0;
     text->at += c.length;
 }
@@ -68,8 +69,8 @@ inline bool AreAlikePairs(const char *at1, const char *at2)
     };
     if (!isPair(at1) || !isPair(at2))
         return false;
-    const uint16_t pair = PairOf(&theFolded, at1);
-    return pair == PairOf(&theFolded, at2) && pair != 0;
+    const uint16_t pair = PairOf(kFolded, at1);
+    return pair == PairOf(kFolded, at2) && pair != 0;
 }
 
 // The texts are alike before `at`.  When the two characters there are alike too, and equally long,
@@ -81,7 +82,7 @@ size_t EndOfAlike(const char *at1, const char *at2, size_t at)
     const utf8::Char c2 = utf8::CharAt(at2 + begin);
     if (c1.length != c2.length || c1.code >= kFormsEnd || c2.code >= kFormsEnd)
         return at;
-    const bool areAlike = FormOf(&theFolded, c1.code) == FormOf(&theFolded, c2.code);
+    const bool areAlike = FormOf(kFolded, c1.code) == FormOf(kFolded, c2.code);
     return areAlike ? begin + c1.length : at;
 }
 

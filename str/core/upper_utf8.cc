@@ -72,7 +72,8 @@ gchar *UpperCharacter(const gchar *text, gssize length)
     return g_utf8_get_char(text) == kIotaSubscript ? g_strdup("") : g_utf8_strup(text, length);
 }
 
-CaseForms theUpper = {UpperCharacter, {}, {}};
+CaseFormStore theStore;
+constexpr CaseForms kUpper = {UpperCharacter, &theStore};
 
 // Most blocks of 256 characters have no case at all.
 enum class Case : uint8_t { unknown, none, some };
@@ -130,7 +131,7 @@ void MakeRoom(Progress *progress)
 bool UpperOne(Progress *progress, const char *in)
 {
     const utf8::Char c = utf8::CharAt(in);
-    const CaseBytes form = BytesOf(&theUpper, c.code);
+    const CaseBytes form = BytesOf(kUpper, c.code);
     char *const out = progress->out + (in - progress->in);
     std::memcpy(out, form.bytes, sizeof form.bytes);
     *progress = {in + c.length, progress->end, out + form.length, 0};
@@ -162,7 +163,7 @@ bool UpperBlock(Progress *progress)
         const int at = std::countr_zero(left) - 1;
         const char *const in = progress->in + at;
         const bool isTwo = static_cast<guchar>(*in) < 0xE0;
-        if (const uint16_t pair = isTwo ? PairOf(&theUpper, in) : 0; pair != 0)
+        if (const uint16_t pair = isTwo ? PairOf(kUpper, in) : 0; pair != 0)
             std::memcpy(progress->out + at, &pair, sizeof pair);
         else if (isTwo || !HasNoCase(in))
             return UpperOne(progress, in);
