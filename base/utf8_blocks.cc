@@ -186,8 +186,11 @@ STR_AVX2 size_t CountLong(const char *text, size_t length)
 size_t CountValid(const char *text, size_t length)
 {
 #if defined(STR_AVX2)
-    if (HasAvx2())
-        return length < kBlock ? CountShort(text, length) : CountLong(text, length);
+    if (HasAvx2() && length < kBlock)
+        return CountShort(text, length);
+    // The last block, unless it is the first too, looks at the three bytes before it.
+    if (HasAvx2() && (length == kBlock || length >= kBlock + 3))
+        return CountLong(text, length);
 #endif
     return CountPlainly(text, length);
 }
