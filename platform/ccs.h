@@ -89,9 +89,10 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
 
 /* ---- Walks of the caller's -----------------------------------------------------------------
  *
- * An optional, faster way to read a text, whose state is in the caller's hands: so many walks may
- * be under way at once, in any thread.  A host need not define these four functions.  Without them,
- * or when ccs_BeginWalk refuses, the library reads the text with the functions above and below.
+ * An optional, faster way to read a text.  The state is in the caller's hands, so any number of
+ * walks may be under way at once, in any thread.  A host need not define these four functions.
+ * Without them, or when ccs_BeginWalk refuses, the library reads the text with the functions above
+ * and below.
  */
 
 /* A walk.  The caller owns it; it may not be moved or copied, and needs no release. */
