@@ -5,6 +5,7 @@
 // byte, without a branch for each change of sets.
 #include "base/plain_text.h"
 
+#include "base/blocks.h"
 #include "base/vector.h"
 
 #include <algorithm>
@@ -157,6 +158,7 @@ namespace
 {
 
 constexpr size_t kBlock = 32;
+constexpr size_t kLeast = 8; // fewer bytes are faster one by one
 constexpr uint64_t kEven = 0x5555555555555555;
 
 // The first `count` bits, of which there may be 64.
@@ -167,7 +169,7 @@ STR_AVX2 inline uint64_t First(size_t count)
 
 // ---- Windows -------------------------------------------------------------------------------
 
-// Of at least 32 bytes; the second block may overlap the first.
+// Two blocks, of which the second may overlap the first.  Zeros follow a text that is shorter.
 struct Window {
     __m256i blocks[2];
     unsigned int second; // where the second block begins
@@ -179,13 +181,21 @@ struct Window {
 STR_AVX2 inline bool Load(Window *window, const Passage &passage)
 {
     const size_t known = passage.known - passage.bytes;
-    if (known < kBlock || IsOver(passage))
+    if (Left(passage) < kLeast || IsOver(passage))
         return false;
     const char *const at = passage.text + passage.bytes;
     const size_t size = std::min(known, kWindow);
-    window->second = static_cast<unsigned int>(size - kBlock);
-    std::memcpy(&window->blocks[0], at, kBlock);
-    std::memcpy(&window->blocks[1], at + window->second, kBlock);
+    if (size >= kBlock) {
+        window->second = static_cast<unsigned int>(size - kBlock);
+        std::memcpy(&window->blocks[0], at, kBlock);
+        std::memcpy(&window->blocks[1], at + window->second, kBlock);
+    } else {
+        const size_t low = std::min<size_t>(size, blocks::kSize);
+        window->second = kBlock;
+        window->blocks[0] =
+            _mm256_set_m128i(blocks::Load(at + low, size - low), blocks::Load(at, low));
+        window->blocks[1] = _mm256_setzero_si256();
+    }
     window->most = std::min(size, passage.mostBytes - passage.bytes);
     window->columns = passage.mostColumns - passage.columns - passage.lines;
     return true;
@@ -513,26 +523,26 @@ STR_AVX2 void PassEightBitInWindows(Passage *passage, Right right)
 
 void PassSevenBit(Passage *passage, SevenBit *state)
 {
-    if (passage->known >= kBlock && HasAvx2())
+    if (Left(*passage) >= kLeast && HasAvx2())
         PassSevenBitInWindows(passage, state);
     PassSevenBitByByte(passage, state);
 }
 
 Switches FindSwitches(const char *text, size_t known, SevenBit *state)
 {
-    return known >= kBlock && HasAvx2() ? FindSwitchesInWindow(text, known, state)
+    return known >= kLeast && HasAvx2() ? FindSwitchesInWindow(text, known, state)
                                         : FindSwitchesByByte(text, known, state);
 }
 
 Parts FindParts(const char *text, size_t known, const char *others)
 {
-    return known >= kBlock && HasAvx2() ? FindPartsInWindow(text, known, others)
+    return known >= kLeast && HasAvx2() ? FindPartsInWindow(text, known, others)
                                         : FindPartsByByte(text, known, others);
 }
 
 void PassEightBit(Passage *passage, Right right)
 {
-    if (passage->known >= kBlock && HasAvx2())
+    if (Left(*passage) >= kLeast && HasAvx2())
         PassEightBitInWindows(passage, right);
     PassEightBitByByte(passage, right);
 }

@@ -95,7 +95,7 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
  * and below.
  */
 
-/* A walk.  The caller owns it; it may not be moved or copied, and needs no release. */
+/* A walk.  The caller owns it and may copy it: the copy goes on by itself.  It needs no release. */
 typedef struct CSWalk {
     const char *at;           /* the next byte; moved by the functions */
     unsigned char state[232]; /* the service's */

@@ -237,14 +237,15 @@ uint16_t ccs_GetCP(int, uint32_t *out)
 
 const char *ccs_GetModelEscapes(int *length)
 {
-    const ccs::State start = theWalk.set == nullptr ? theWalk.state : ccs::StartOf(*theWalk.set);
+    const ccs::State &start =
+        theWalk.set == nullptr ? theWalk.state : ccs::BeginningOf(*theWalk.set);
     return Escapes(start, theWalk.state, theModelEscapes, length);
 }
 
 const char *ccs_GetConfAsciiEscs(const CSDescriptor *cs, int, int *length)
 {
     const ccs::SetRow *set = SetOf(cs);
-    const ccs::State start = set == nullptr ? theWalk.state : ccs::StartOf(*set);
+    const ccs::State &start = set == nullptr ? theWalk.state : ccs::BeginningOf(*set);
     return Escapes(theWalk.state, start, theAsciiEscapes, length);
 }
 
@@ -306,7 +307,7 @@ void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)
 int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out)
 {
     const ccs::Walk &own = OwnOf(walk)->walk;
-    const ccs::State start = own.set == nullptr ? own.state : ccs::StartOf(*own.set);
+    const ccs::State &start = own.set == nullptr ? own.state : ccs::BeginningOf(*own.set);
     return static_cast<int>(closing != 0 ? ccs::RestoringEscapes(own.state, start, out)
                                          : ccs::RestoringEscapes(start, own.state, out));
 }

@@ -52,7 +52,7 @@ void Add(Found *found, Rest *rest, uint16_t kind, size_t length)
 // Seven-bit text whose left half has one kind only.
 bool IsSevenBit(const Walk &walk)
 {
-    const View &view = walk.runs->view;
+    const View &view = walk.Current().view;
     return view.escapes && !view.utf8 && !view.rightUsed && walk.state.left == 0 &&
            walk.next == Walk::Next::any && view.left.row != kNoRow && !view.left.is96 &&
            !IsMarked(view.left) && *kSets[view.left.row].differs == '\0';
@@ -63,8 +63,8 @@ bool IsSevenBit(const Walk &walk)
 void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
 {
     constexpr int kRoom = 4; // text, a sequence, text, and the rest of the text
-    plain::SevenBit state = {walk->runs->view.left.bytes == 2, true, nullptr};
-    uint16_t kind = walk->runs->left.kind;
+    plain::SevenBit state = {walk->Current().view.left.bytes == 2, true, nullptr};
+    uint16_t kind = walk->Current().left.kind;
     const char *last = nullptr; // sequence that has been added
     bool goesOn = true;
     while (goesOn && rest->size != 0 && found->fits) {
@@ -94,7 +94,7 @@ void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
 // Eight-bit text of a marked set with its partner.
 bool IsMarkedText(const Walk &walk)
 {
-    const View &view = walk.runs->view;
+    const View &view = walk.Current().view;
     return view.escapes && !view.utf8 && view.rightUsed && view.partners && IsMarked(view.right) &&
            walk.next == Walk::Next::any && view.left.bytes == 1 && !view.left.is96;
 }
@@ -102,7 +102,7 @@ bool IsMarkedText(const Walk &walk)
 // Finds segments as long as FindParts knows the text, likewise.
 void DivideMarkedText(const Walk &walk, Rest *rest, Found *found)
 {
-    const View &view = walk.runs->view;
+    const View &view = walk.Current().view;
     const SetRow &left = kSets[view.left.row];
     while (rest->size != 0) {
         const plain::Parts parts = plain::FindParts(rest->at, rest->size, left.differs);

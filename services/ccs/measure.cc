@@ -25,7 +25,7 @@ static_assert(IsFixed(Graphic::set94n, 'B', 2));
 
 void PassSevenBit(Walk *walk, Passage *passage)
 {
-    plain::SevenBit state = {walk->runs->view.left.bytes == 2, walk->state.left == 0, nullptr};
+    plain::SevenBit state = {walk->Current().view.left.bytes == 2, walk->state.left == 0, nullptr};
     plain::PassSevenBit(passage, &state);
     if (state.designation != nullptr)
         Follow(walk, state.designation, 3);
@@ -34,7 +34,7 @@ void PassSevenBit(Walk *walk, Passage *passage)
 // What the right half of the view has, where PassEightBit knows it.
 bool FindRight(const Walk &walk, plain::Right *right)
 {
-    const View &view = walk.runs->view;
+    const View &view = walk.Current().view;
     if (view.right.row == kNoRow)
         return false;
     if (view.right.bytes == 2) {
@@ -53,7 +53,7 @@ bool FindRight(const Walk &walk, plain::Right *right)
 // Passes over what needs no closer look.
 void PassPlain(Walk *walk, Passage *passage)
 {
-    const View &view = walk->runs->view;
+    const View &view = walk->Current().view;
     plain::Right right;
     if (!view.escapes || view.utf8 || walk->next != Walk::Next::any || view.left.row == kNoRow ||
         view.left.is96 || IsMarked(view.left))
@@ -82,7 +82,7 @@ void TakeUnit(const Unit &unit, const char *at, Passage *passage)
 // The unit at `at`, which the walk has reached.  Most units can be told by their first bytes.
 Unit UnitOf(const Walk &walk, const char *at, size_t avail)
 {
-    const Runs &runs = *walk.runs;
+    const Runs &runs = walk.Current();
     for (const Run *run : {&runs.left, &runs.right}) {
         if ((ClassAt(at) & run->single) != 0)
             return {run->kind, 1};

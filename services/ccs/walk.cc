@@ -155,10 +155,10 @@ void Resolve(Walk *walk)
     const State &state = walk->state;
     if (state.coding == Coding::iso2022 && state.right == kNowhere) {
         const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
-        walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+        walk->shared = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
     } else {
         walk->own = RunsOf(state, Heeds::escapes);
-        walk->runs = &walk->own;
+        walk->shared = nullptr;
     }
 }
 
@@ -219,8 +219,8 @@ size_t RunLength(const State &state, const View &view, const Run &run, const cha
 size_t RunLength(const Walk &walk, const Run &run, const char *at, size_t avail)
 {
     if (run.differs) [[unlikely]]
-        return RunLength<true>(walk.state, walk.runs->view, run, at, avail);
-    return RunLength<false>(walk.state, walk.runs->view, run, at, avail);
+        return RunLength<true>(walk.state, walk.Current().view, run, at, avail);
+    return RunLength<false>(walk.state, walk.Current().view, run, at, avail);
 }
 
 // The bytes at `at` that repeat an eight-bit single shift, each with a character of its set.
@@ -247,7 +247,7 @@ Unit Lengthen(const Walk &walk, Unit first, const char *at, size_t avail)
         shift.length != 0 && first.length > 1 && first.kind != CS_SEG_RAW && Byte(at + 1) >= 0x80)
         first.length += ShiftedRunLength(walk.state.g[shift.element], *at, at + first.length,
                                          avail - first.length);
-    const Runs &runs = *walk.runs;
+    const Runs &runs = walk.Current();
     const Run run = first.kind == runs.left.kind    ? runs.left
                     : first.kind == runs.right.kind ? runs.right
                                                     : RunOf(runs.view, first.kind);
@@ -272,7 +272,7 @@ void SetShift(Walk *walk, char shift)
 // The segment at `at`, which begins with a unit of any kind.
 Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 {
-    const View &view = walk->runs->view;
+    const View &view = walk->Current().view;
     const Unit first = UnitAt(walk->state, view, at, avail);
     if (first.kind == CS_SEG_END)
         return first;
@@ -325,7 +325,7 @@ void Follow(Walk *walk, const char *at, size_t length)
         const Graphic graphic = at[1] == '(' ? Graphic::set94 : Graphic::set94n;
         const uint8_t row = FindGraphicRow(graphic, '\0', at[2]);
         state->g[0] = {row, graphic, '\0', at[2]};
-        walk->runs = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+        walk->shared = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
         return;
     }
     Apply(state, at, length);
@@ -342,8 +342,10 @@ void Begin(Walk *walk, const CSDescriptor &cs)
         cs.escMode == 0 && set != nullptr && IsBytes(*set) && *set->differs == '\0';
     walk->next = isWhole ? Walk::Next::whole : Walk::Next::any;
     walk->state = beginning.state;
-    walk->runs = &beginning.runs[cs.escMode != 0];
+    walk->shared = &beginning.runs[cs.escMode != 0];
 }
+
+const State &BeginningOf(const SetRow &set) { return kBeginnings[RowOf(set)].state; }
 
 Unit NextSegment(Walk *walk, const char *at, size_t avail)
 {
@@ -355,11 +357,11 @@ Unit NextSegment(Walk *walk, const char *at, size_t avail)
     // Most segments begin with a byte whose class says what kind they are.
     const unsigned int byteClass = ClassAt(at);
     if ((byteClass & (kOfLeft | kOfRight)) != 0) {
-        const Run &run = (byteClass & kOfLeft) != 0 ? walk->runs->left : walk->runs->right;
+        const Run &run = (byteClass & kOfLeft) != 0 ? walk->Current().left : walk->Current().right;
         const size_t length = RunLength(*walk, run, at, avail);
         if (length != 0)
             return {run.kind, length};
-    } else if (EndsRuns(walk->runs->view, at, avail)) {
+    } else if (EndsRuns(walk->Current().view, at, avail)) {
         return Switch(walk, at, Byte(at) == kEsc ? EscapeLength(at, avail) : 1);
     }
     return SegmentOf(walk, at, avail);

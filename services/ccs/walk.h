@@ -41,8 +41,10 @@ struct Walk {
 
     State state; // after the segment returned last
 
-    const Runs *runs; // of that state: one of the table's, or `own`
+    const Runs *shared; // of that state; null: `own`
     Runs own;
+
+    const Runs &Current() const { return shared != nullptr ? *shared : own; }
 };
 
 // Whether a unit of two bytes of the run begins at `at`.
@@ -54,11 +56,14 @@ inline bool IsPair(const Run &run, const char *at, size_t avail)
     return (ClassAt(at + 1) & ((lead & kLeft94) != 0 ? kLeft94 : run.rightTrails)) != 0;
 }
 
-// Begins a walk in the initial state of the descriptor's set.  A walk must not be copied.
+// Begins a walk in the initial state of the descriptor's set.
 void Begin(Walk *walk, const CSDescriptor &cs);
 
 // Changes the walk's state as an escape sequence or locking shift says.
 void Follow(Walk *walk, const char *at, size_t length);
+
+// The state in which strings of the set begin.
+const State &BeginningOf(const SetRow &set);
 
 // The segment at `at`, which the walk has reached.  The text ends after `avail` bytes, or before
 // that at a NUL: CS_SEG_END with length 0.

@@ -67,6 +67,8 @@ void Pass(CSWalk *walk, unsigned int bytes, ClosedTruncation *cut)
 {
     CSMeasure passed;
     ccs_MeasureText(walk, bytes, SIZE_MAX, &passed);
+    if (passed.bytes == 0)
+        return;
     cut->kept += static_cast<unsigned int>(passed.bytes);
     cut->escapes = ccs_GetWalkEscapes(walk, 1, cut->closing);
 }
@@ -79,11 +81,18 @@ bool MaySwitch(const char *at, size_t bytes)
     });
 }
 
-// Goes on unit by unit to the last cut that fits.
-void PassByUnits(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
+// Goes on from a cut that fits to the last one that does.
+void PassMore(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
 {
+    CSWalk far = *walk;
     ClosedTruncation next = *cut;
-    for (unsigned int end = next.kept + 1; end <= n; ++end) {
+    Pass(&far, n - next.kept, &next);
+    if (Fits(next, n)) {
+        *cut = next;
+        return;
+    }
+    next = *cut; // the last one is somewhere between the two
+    for (unsigned int end = next.kept + 1; end < n; ++end) {
         Pass(walk, end - next.kept, &next);
         if (Fits(next, n))
             *cut = next;
@@ -111,7 +120,6 @@ void TruncateClosedByService(const char *src, unsigned int n, const CSDescriptor
 
 void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, ClosedTruncation *out)
 {
-    bool byUnits = false;
     unsigned int reserve = std::min(n, 3U); // bytes of the most frequent escapes
     for (;;) {
         CSWalk walk;
@@ -124,15 +132,10 @@ void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, Clo
             reserve = std::min(n, escapes);
             continue;
         }
-        if (byUnits)
-            return PassByUnits(&walk, n, out);
         const size_t left = strnlen(src + out->kept, n - out->kept);
-        if (left == 0 || (escapes == reserve && !MaySwitch(src + out->kept, left)))
-            return;
-        Pass(&walk, n - out->kept, out);
-        if (Fits(*out, n))
-            return;
-        byUnits = true; // somewhere between the two
+        if (left != 0 && (escapes != reserve || MaySwitch(src + out->kept, left)))
+            PassMore(&walk, n, out);
+        return;
     }
 }
 
