@@ -80,6 +80,7 @@ like 0 $'*\e[[]2m\\\\e(B\e[[]0m*' inspect --color always --charset t.61 '\e(B'
 # ---- truncate, split, cat, find
 jp=(--charset iso-2022-jp) text='A\e$B$"$$\e(BB'
 row 0 $'A\e$B$"' truncate "${jp[@]}" --bytes 7 "$text"
+row 0 $'A\e$B$"\e(B' truncate "${jp[@]}" --bytes 9 --close "$text"
 row 0 $'A\e$B$"$$\e(BB' truncate "${jp[@]}" --bytes 2147483647 "$text"
 row 0 $'Aあ\nB' truncate "${jp[@]}" --bytes 7 --utf8-out "$text" B
 row 0 $'aé\n\xE4' truncate --bytes 5 $'aé世' '\xE4'
