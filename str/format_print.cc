@@ -4,14 +4,18 @@
 // prints.
 #include <str/format.h>
 
+#include "base/blocks.h"
+#include "str/core/build.h"
 #include "str/core/frame.h"
-#include "str/core/sets.h"
+#include "str/core/segments.h"
 
 #include <platform/mdc.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 using namespace libstr;
 
@@ -37,35 +41,35 @@ void Scan(Arguments *arguments, const CSDescriptor *cs, const char *format)
     arguments->maxParam = str_GetParams(cs, format, segments, count, arguments->table);
 }
 
-void Fetch(Arguments *arguments, va_list list)
+// Fetches the argument of that number.
+void Fetch(Arguments *arguments, int k, int type, va_list *list)
 {
-    for (int k = 1; k <= arguments->maxParam; ++k)
-        switch (arguments->table[k].type) {
-        case STR_ARG_SHORT:
-            arguments->shorts[k] = static_cast<short>(va_arg(list, int));
-            break;
-        case STR_ARG_INT:
-            arguments->ints[k] = va_arg(list, int);
-            break;
-        case STR_ARG_LONG:
-            arguments->longs[k] = va_arg(list, long);
-            break;
-        case STR_ARG_FLOAT:
-            arguments->floats[k] = static_cast<float>(va_arg(list, double));
-            break;
-        case STR_ARG_DOUBLE:
-            arguments->doubles[k] = va_arg(list, double);
-            break;
-        case STR_ARG_LONG_DOUBLE:
-            arguments->longDoubles[k] = va_arg(list, long double);
-            break;
-        case STR_ARG_POINTER:
-        case STR_ARG_STRING:
-            arguments->pointers[k] = va_arg(list, void *);
-            break;
-        default:
-            break;
-        }
+    switch (type) {
+    case STR_ARG_SHORT:
+        arguments->shorts[k] = static_cast<short>(va_arg(*list, int));
+        break;
+    case STR_ARG_INT:
+        arguments->ints[k] = va_arg(*list, int);
+        break;
+    case STR_ARG_LONG:
+        arguments->longs[k] = va_arg(*list, long);
+        break;
+    case STR_ARG_FLOAT:
+        arguments->floats[k] = static_cast<float>(va_arg(*list, double));
+        break;
+    case STR_ARG_DOUBLE:
+        arguments->doubles[k] = va_arg(*list, double);
+        break;
+    case STR_ARG_LONG_DOUBLE:
+        arguments->longDoubles[k] = va_arg(*list, long double);
+        break;
+    case STR_ARG_POINTER:
+    case STR_ARG_STRING:
+        arguments->pointers[k] = va_arg(*list, void *);
+        break;
+    default:
+        break;
+    }
 }
 
 struct Built {
@@ -73,17 +77,124 @@ struct Built {
     unsigned int length;
 };
 
-Built BuildText(const CSDescriptor *cs, const char *format, va_list list)
+// As the table of the format says.
+Built BuildByTable(Arguments *arguments, const CSDescriptor *cs, const char *format, va_list *list)
 {
-    Arguments arguments;
-    Scan(&arguments, cs, format);
-    Fetch(&arguments, list);
+    Scan(arguments, cs, format);
+    for (int k = 1; k <= arguments->maxParam; ++k)
+        Fetch(arguments, k, arguments->table[k].type, list);
     Built built;
     built.text =
-        str_buildpfstring(cs, &built.length, format, arguments.table, arguments.maxParam,
-                          arguments.shorts, arguments.ints, arguments.longs, arguments.floats,
-                          arguments.doubles, arguments.longDoubles, arguments.pointers);
+        str_buildpfstring(cs, &built.length, format, arguments->table, arguments->maxParam,
+                          arguments->shorts, arguments->ints, arguments->longs, arguments->floats,
+                          arguments->doubles, arguments->longDoubles, arguments->pointers);
     return built;
+}
+
+// ---- Without a table -----------------------------------------------------------------------
+//
+// A format without positions takes its arguments in the order of its directives.  So each is fetched
+// and printed where its directive is found.
+
+struct Print {
+    Build build;
+    Arguments *arguments;
+    va_list *list;
+    int number;       // of the last directive
+    const char *text; // of the format that is not yet printed
+    bool isOver;      // an escape has ended the text; only errors are looked for
+};
+
+void PrintDirective(Print *print, const char *at, Directive *directive)
+{
+    const bool isText = directive->type == STR_ARG_NONE;
+    const bool width = !isText && directive->widthParam == kNextArgument;
+    const bool precision = !isText && directive->precParam == kNextArgument;
+    print->number = std::min(print->number + 1 + width + precision, STR_PARAMETERS);
+    if (isText)
+        return;
+    if (print->number == STR_PARAMETERS)
+        PrintfError = 1;
+    if (print->number == STR_PARAMETERS || print->isOver)
+        return;
+    if (width)
+        SetWidth(directive, va_arg(*print->list, int));
+    if (precision)
+        directive->precision = va_arg(*print->list, int);
+    Fetch(print->arguments, print->number, directive->type, print->list);
+    print->isOver =
+        !AppendText(&print->build, {print->text, static_cast<size_t>(at - print->text)}) ||
+        !AppendArgument(&print->build, print->number, directive->type, *directive);
+    print->text = directive->end;
+}
+
+void PrintSegment(Print *print, const char *at, const char *end)
+{
+    while ((at = blocks::Find(at, end, '%')) != end) {
+        Directive directive = ReadDirective(at, end);
+        if (directive.end == nullptr) {
+            PrintfError = 1;
+            return;
+        }
+        PrintDirective(print, at, &directive);
+        at = directive.end;
+    }
+}
+
+void PrintSegments(Print *print, CSWalk *walk, const char *end)
+{
+    CSSegment segments[16];
+    int count = 1;
+    while (walk->at < end && count != 0) {
+        count = ccs_NextSegments(walk, segments, std::size(segments));
+        for (int i = 0; i < count; ++i)
+            if (HoldsDirectives(segments[i].kind))
+                PrintSegment(print, segments[i].text, segments[i].text + segments[i].length);
+    }
+}
+
+// Whether the format may have positions or other numbers of arguments.
+bool HasNumbers(const char *format, const char *end)
+{
+    for (const char *at = format; (at = blocks::Find(at, end, '$')) != end; ++at)
+        if (at - format >= 2 && (at[-2] == '%' || at[-2] == '*'))
+            return true;
+    return false;
+}
+
+// Whether the format has no numbers, and is one segment of any set that holds ASCII: it has no bytes
+// of 0x80 and above, and none that switches sets.
+bool IsSimple(const char *at, const char *end)
+{
+    for (; at < end; at += blocks::kSize) {
+        const blocks::Block block = blocks::Load(at, static_cast<size_t>(end - at));
+        blocks::Block others = block;
+        for (const char byte : {'$', '\x1B', '\x0E', '\x0F'})
+            others |= blocks::Equal(block, byte);
+        if (blocks::Mask(others) != 0)
+            return false;
+    }
+    return true;
+}
+
+Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list)
+{
+    Arguments all;
+    const size_t size = std::strlen(format);
+    const bool isSimple = HoldsAscii(set) && IsSimple(format, format + size);
+    CSWalk walk;
+    if (!isSimple && (HasNumbers(format, format + size) || !BeginOwnWalk(&walk, format, cs)))
+        return BuildByTable(&all, cs, format, list);
+    const Values values = {all.shorts,  all.ints,        all.longs,   all.floats,
+                           all.doubles, all.longDoubles, all.pointers};
+    Print print = {{cs, set, values, 0}, &all, list, 0, format, !BeginText(size)};
+    if (isSimple)
+        PrintSegment(&print, format, format + size);
+    else
+        PrintSegments(&print, &walk, format + size);
+    if (!print.isOver)
+        AppendText(&print.build, {print.text, static_cast<size_t>(format + size - print.text)});
+    return {EndText(&print.build), print.build.length};
 }
 
 int Write(const Built &built, FILE *stream)
@@ -108,10 +219,11 @@ int Copy(const Built &built, char *dest)
 int str_simplefprintf(const CSDescriptor *cs, FILE *stream, const char *format, ...)
 {
     frame::TraceEntry();
+    const SetFlags set = cs;
     va_list list;
     va_start(list, format);
-    const int result = HasByteCharacters(cs) ? std::vfprintf(stream, format, list)
-                                             : Write(BuildText(cs, format, list), stream);
+    const int result = HasByteCharacters(set) ? std::vfprintf(stream, format, list)
+                                              : Write(BuildText(cs, set, format, &list), stream);
     va_end(list);
     frame::TraceExit();
     return result;
@@ -122,7 +234,7 @@ int str_simpleprintf(const CSDescriptor *cs, const char *format, ...)
     frame::TraceEntry();
     va_list list;
     va_start(list, format);
-    const int result = Write(BuildText(cs, format, list), stdout);
+    const int result = Write(BuildText(cs, cs, format, &list), stdout);
     va_end(list);
     frame::TraceExit();
     return result;
@@ -131,10 +243,11 @@ int str_simpleprintf(const CSDescriptor *cs, const char *format, ...)
 int str_simplesprintf(const CSDescriptor *cs, char *dest, const char *format, ...)
 {
     frame::TraceEntry();
+    const SetFlags set = cs;
     va_list list;
     va_start(list, format);
-    const int result = HasByteCharacters(cs) ? std::vsprintf(dest, format, list)
-                                             : Copy(BuildText(cs, format, list), dest);
+    const int result = HasByteCharacters(set) ? std::vsprintf(dest, format, list)
+                                              : Copy(BuildText(cs, set, format, &list), dest);
     va_end(list);
     frame::TraceExit();
     return result;

@@ -3,12 +3,10 @@
 // The scanner: finds which arguments a format takes, before any of them is fetched.
 #include <str/format.h>
 
+#include "base/blocks.h"
 #include "str/core/directive.h"
-#include "str/core/segments.h"
-#include "str/core/sets.h"
 
 #include <algorithm>
-#include <cstring>
 
 using namespace libstr;
 
@@ -90,14 +88,9 @@ void RecordDirective(Scan *scan, const char *text, const Directive &directive)
                                       directive.precParam};
 }
 
-const char *FindPercent(const char *at, const char *end)
-{
-    return static_cast<const char *>(std::memchr(at, '%', static_cast<size_t>(end - at)));
-}
-
 void ScanSegment(Scan *scan, const char *at, const char *end)
 {
-    while ((at = FindPercent(at, end)) != nullptr) {
+    while ((at = blocks::Find(at, end, '%')) != end) {
         const Directive directive = ReadDirective(at, end);
         if (directive.end == nullptr) {
             PrintfError = 1;
@@ -107,8 +100,6 @@ void ScanSegment(Scan *scan, const char *at, const char *end)
         at = directive.end;
     }
 }
-
-bool HoldsDirectives(uint16_t kind) { return IsText(kind) && HoldsAscii(FlagsOf(kind)); }
 
 } // namespace
 

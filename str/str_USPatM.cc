@@ -7,10 +7,13 @@
 #include "base/wildcard.h"
 #include "str/core/buffer.h"
 #include "str/core/frame.h"
+#include "str/core/segments.h"
 #include "str/core/sets.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
+#include <iterator>
 
 using namespace libstr;
 
@@ -21,16 +24,18 @@ using wildcard::kUs;
 
 constexpr char kSource[] = "str/str_USPatM";
 
-// The string's segments: the service keeps one list, which it needs for the pattern.
-Buffer<CSSegment> theRecords;
+// The segments of texts that have many.
+Buffer<CSSegment> thePatternRecords;
+Buffer<CSSegment> theStringRecords;
 
-constexpr int kSpare = 20; // records more than needed
+constexpr size_t kSpare = 20; // records more than needed
 
-bool MakeRoom(int capacity)
+bool MakeRoom(Buffer<CSSegment> *buffer, size_t capacity)
 {
+    if (capacity <= buffer->capacity)
+        return true;
     return frame::Protect(
-        kSource, frame::Accept(ER_CLASS_LIBRARY),
-        [capacity] { Grow(&theRecords, static_cast<size_t>(capacity)); }, [] {});
+        kSource, frame::Accept(ER_CLASS_LIBRARY), [=] { Grow(buffer, capacity + kSpare); }, [] {});
 }
 
 // ---- Positions -----------------------------------------------------------------------------
@@ -364,26 +369,69 @@ bool MatchShape(const List &string, const Shape &shape, Position *s, Position *p
 
 // ---- Lists ---------------------------------------------------------------------------------
 
-List Segments(const CSDescriptor *cs, const char *text)
-{
-    List list = {nullptr, 0};
-    list.records = ccs_GetRealStrs(cs, text, -1, &list.count);
-    return list;
-}
-
 bool IsUsable(const List &list) { return list.records != nullptr && list.count >= 2; }
 
-// The string's segments, copied; not usable without a list or without memory.
-List KeptSegments(const CSDescriptor *cs, const char *string)
+// Room for segments, with the records that the walk finds while they are few.
+struct Room {
+    Buffer<CSSegment> *buffer;
+    CSSegment few[32];
+};
+
+// The segments of the text that the walk has begun, without those that have no characters; not
+// usable without memory.
+List OwnSegments(CSWalk *walk, Room *room)
 {
-    const List list = Segments(cs, string);
-    if (!IsUsable(list))
+    constexpr size_t least = 8; // fewer are slow to find
+    CSSegment *at = room->few;
+    size_t count = 0, capacity = std::size(room->few);
+    for (;;) {
+        const int found =
+            ccs_NextSegments(walk, at + count, static_cast<int>(capacity - count - 1));
+        if (found == 0)
+            break;
+        count = static_cast<size_t>(
+            std::remove_if(at + count, at + count + found,
+                           [](const CSSegment &segment) { return IsIgnored(segment.kind); }) -
+            at);
+        if (capacity - count > least)
+            continue;
+        if (capacity > INT_MAX / 2 || !MakeRoom(room->buffer, 2 * capacity))
+            return {nullptr, 0};
+        if (at == room->few)
+            std::memcpy(room->buffer->at, at, count * sizeof *at);
+        at = room->buffer->at;
+        capacity = room->buffer->capacity;
+    }
+    at[count] = {walk->at, CS_SEG_END, 0, 0};
+    return {at, static_cast<int>(count) + 1};
+}
+
+// The same, copied from the service's list.
+List ServiceSegments(const CSDescriptor *cs, const char *text, Buffer<CSSegment> *buffer)
+{
+    int count = 0;
+    const CSSegment *const records = ccs_GetRealStrs(cs, text, -1, &count);
+    if (!IsUsable({records, count}) || !MakeRoom(buffer, static_cast<size_t>(count)))
         return {nullptr, 0};
-    const auto count = static_cast<size_t>(list.count);
-    if (count > theRecords.capacity && !MakeRoom(list.count + kSpare))
-        return {nullptr, 0};
-    std::memcpy(theRecords.at, list.records, count * sizeof(CSSegment));
-    return {theRecords.at, list.count};
+    std::memcpy(buffer->at, records, static_cast<size_t>(count) * sizeof *records);
+    return {buffer->at, count};
+}
+
+List Segments(const CSDescriptor *cs, const char *text, Room *room)
+{
+    CSWalk walk;
+    return BeginOwnWalk(&walk, text, cs) ? OwnSegments(&walk, room)
+                                         : ServiceSegments(cs, text, room->buffer);
+}
+
+// Whether matching by bytes gives the same answer as matching by segments.  In a single-byte set that
+// holds ASCII, only bytes of 0x80 and above may be raw.  So the pattern is one segment, and raw bytes
+// of the string match only a US.  But what is traced depends on the segments.
+bool MatchesByBytes(const char *pattern, const CSDescriptor *cs)
+{
+    const SetFlags set = cs;
+    return cs->escMode == 0 && IsPlainByteSet(set) && HoldsAscii(set) && !frame::IsTraced() &&
+           wildcard::IsPlain(pattern);
 }
 
 // The whole text is one segment.
@@ -397,16 +445,19 @@ bool IsOneSegment(const List &list, const char *text)
 int str_USPatternMatch(const char *string, const char *pattern, const CSDescriptor *cs)
 {
     frame::TraceEntry();
-    if (theRecords.capacity == 0 && !MakeRoom(kSpare))
-        return 0;
+    if (MatchesByBytes(pattern, cs))
+        return *string == '\0' ? *pattern == '\0' : os_USPatternMatch(string, pattern);
     if (std::strcmp(string, pattern) == 0)
         return 1;
     if (*pattern == '\0' || *string == '\0')
         return 0;
-    const List text = KeptSegments(cs, string);
+    Room stringRoom, patternRoom;
+    stringRoom.buffer = &theStringRecords;
+    patternRoom.buffer = &thePatternRecords;
+    const List text = Segments(cs, string, &stringRoom);
     if (!IsUsable(text))
         return 0;
-    const List wanted = Segments(cs, pattern);
+    const List wanted = Segments(cs, pattern, &patternRoom);
     if (!IsUsable(wanted))
         return 0;
     Position s = {text.records, 0}, p = {wanted.records, 0};

@@ -8,8 +8,9 @@
 // it read an argument that is not there.
 #include <str/format.h>
 
+#include "base/blocks.h"
 #include "str/core/buffer.h"
-#include "str/core/directive.h"
+#include "str/core/build.h"
 #include "str/core/frame.h"
 #include "str/core/segments.h"
 #include "str/core/sets.h"
@@ -36,43 +37,39 @@ Buffer<char> theBuffer;
 constexpr size_t kLeastGrowth = 128;
 constexpr size_t kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
 
-void GrowPrintBuffer(uint64_t need)
+void Enlarge(uint64_t need)
 {
-    if (theBuffer.capacity != 0 && need <= theBuffer.capacity)
-        return;
     if (need > kMostCapacity)
         frame::Raise(kSource, OS_ESC_MEMORY);
     Grow(&theBuffer, std::max(static_cast<size_t>(need), theBuffer.capacity + kLeastGrowth));
 }
 
-// ---- Room ----------------------------------------------------------------------------------
+// ---- Escapes -------------------------------------------------------------------------------
+//
+// What appends to the text returns false when an escape of the library has ended the work.  Only
+// what may raise one runs protected.
 
-// The arguments of str_buildpfstring, and the length of its result so far.
-struct Build {
-    const CSDescriptor *cs;
-    const ParameterRecord *table;
-    int maxParam;
-    const short *shorts;
-    const int *ints;
-    const long *longs;
-    const float *floats;
-    const double *doubles;
-    const long double *longDoubles;
-    void *const *pointers;
-    unsigned int length; // less than the buffer's capacity
-};
-
-// Makes room for so many more bytes and the NUL.
-void MakeRoom(const Build &build, size_t bytes)
+template <class Body>
+bool Protect(Body &&body)
 {
-    if (theBuffer.capacity - build.length <= bytes)
-        GrowPrintBuffer(uint64_t{theBuffer.capacity} + bytes);
+    return frame::Protect(kSource, frame::Accept(ER_CLASS_LIBRARY), body, [] {});
 }
 
-struct Bytes {
-    const char *at;
-    size_t size;
-};
+[[gnu::noinline]] bool EnlargeProtected(uint64_t need)
+{
+    return Protect([need] { Enlarge(need); });
+}
+
+// ---- Room ----------------------------------------------------------------------------------
+
+bool HasRoom(const Build &build, size_t bytes) { return theBuffer.capacity - build.length > bytes; }
+
+// Makes room for so many more bytes and the NUL.
+bool MakeRoom(const Build &build, size_t bytes)
+{
+    return HasRoom(build, bytes) || EnlargeProtected(uint64_t{theBuffer.capacity} + bytes);
+}
+
 constexpr Bytes kNothing = {"", 0};
 
 // Put and PutSpaces write where MakeRoom has made room.
@@ -88,54 +85,16 @@ void PutSpaces(Build *build, size_t count)
     build->length += static_cast<unsigned int>(count);
 }
 
-void AppendText(Build *build, Bytes text)
-{
-    if (text.size == 0)
-        return;
-    MakeRoom(*build, text.size);
-    Put(build, text);
-}
-
-// ---- Layout --------------------------------------------------------------------------------
-
-// A directive's flags, width and precision, with the values of those that are arguments.
-struct Layout {
-    unsigned int flags;
-    int width;     // 0 for none
-    int precision; // negative for none
-};
-
-// False when the argument of that number is not an int.
-bool FetchInt(const Build &build, int number, int *value)
-{
-    if (number < 1 || number > build.maxParam || build.table[number].type != STR_ARG_INT)
-        return false;
-    *value = build.ints[number];
-    return true;
-}
-
-bool FetchLayout(const Build &build, int k, const Directive &directive, Layout *layout)
-{
-    *layout = {directive.flags, directive.width, directive.precision};
-    const ArgumentNumbers numbers = NumbersBefore(k, directive);
-    if (numbers.width != 0) {
-        if (!FetchInt(build, numbers.width, &layout->width))
-            return false;
-        if (layout->width < 0) {
-            layout->flags |= kLeftFlag;
-            layout->width = layout->width == INT_MIN ? INT_MAX : -layout->width;
-        }
-    }
-    return numbers.precision == 0 || FetchInt(build, numbers.precision, &layout->precision);
-}
+// ---- Strings and bytes ---------------------------------------------------------------------
 
 // Appends the bytes, padded with spaces to the width, and then `suffix`.
-void AppendPadded(Build *build, const Layout &layout, Bytes bytes, Bytes suffix)
+bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes suffix = kNothing)
 {
-    const auto width = static_cast<size_t>(layout.width);
+    const auto width = static_cast<size_t>(directive.width);
     const size_t padding = width > bytes.size ? width - bytes.size : 0;
-    const bool left = (layout.flags & kLeftFlag) != 0;
-    MakeRoom(*build, padding + bytes.size + suffix.size);
+    const bool left = (directive.flags & kLeftFlag) != 0;
+    if (!MakeRoom(*build, padding + bytes.size + suffix.size))
+        return false;
     if (padding != 0 && !left)
         PutSpaces(build, padding);
     Put(build, bytes);
@@ -143,27 +102,38 @@ void AppendPadded(Build *build, const Layout &layout, Bytes bytes, Bytes suffix)
         PutSpaces(build, padding);
     if (suffix.size != 0)
         Put(build, suffix);
+    return true;
 }
 
-// The escapes that must follow a string so that the format's text after it reads as ASCII.
-// `length` as in a walk.
-Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs)
+constexpr size_t kMostEscapes = 81; // bytes of the escapes that a walk of our own gives
+
+// The kind of the last segment, which may be none.  `length` as in a walk.
+uint16_t LastKind(const char *string, int length, const CSDescriptor *cs)
 {
-    if (!SwitchesSets(cs))
-        return kNothing;
     uint16_t last = CS_SEG_END;
     SegmentWalk walk;
     WalkSegments(&walk, string, cs, length);
     while (NextSegment(&walk))
         last = walk.kind;
     uint32_t unused;
-    if (!IsText(last) && last != CS_SEG_RAW)
-        last = ccs_GetCP(0, &unused);
-    if (HoldsAscii(FlagsOf(last)))
+    return IsText(last) || last == CS_SEG_RAW ? last : ccs_GetCP(0, &unused);
+}
+
+// The escapes that must follow a string so that the format's text after it reads as ASCII.
+// `length` as in a walk; `room` has room for kMostEscapes.
+Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs, char *room)
+{
+    CSWalk walk;
+    if (BeginOwnWalk(&walk, string, cs, length)) {
+        CSMeasure unused;
+        ccs_MeasureText(&walk, SIZE_MAX, SIZE_MAX, &unused);
+        const auto size = static_cast<size_t>(ccs_GetWalkEscapes(&walk, 1, room));
+        return size == 0 || HoldsAscii(FlagsOf(LastKind(string, length, cs))) ? kNothing
+                                                                              : Bytes{room, size};
+    }
+    if (HoldsAscii(FlagsOf(LastKind(string, length, cs))))
         return kNothing;
     int escLen = 0;
-    if (walk.own)
-        WalkToEnd(string, cs, length);
     const char *escapes = ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &escLen);
     if (escapes == nullptr || escLen < 0)
         return kNothing;
@@ -180,7 +150,8 @@ constexpr char kSequels[][5] = {"~~~~", "\xBF\xBF\xBF\xBF", "\x80\x80\x80\x80"};
 // Nothing after them may be read, so a copy in the print buffer is walked.
 unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 {
-    MakeRoom(*build, n + sizeof *kSequels);
+    if (!HasRoom(*build, n + sizeof *kSequels))
+        Enlarge(uint64_t{theBuffer.capacity} + n + sizeof *kSequels);
     char *const copy = theBuffer.at + build->length;
     std::memcpy(copy, string, n);
     unsigned int whole = n;
@@ -209,7 +180,7 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
 {
     if (IsUtf8(build->cs))
         return Utf8Truncation(string, n);
-    if (IsPlainByteSet(build->cs))
+    if (IsPlainByteSet(build->set))
         return n;
     for (int round = 0; round < kMostRounds; ++round) {
         const unsigned int kept =
@@ -221,18 +192,35 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
     return 0;
 }
 
-void AppendString(Build *build, const char *string, const Layout &layout)
+// Whether the text has controls.  Nothing else switches sets.
+bool HasControls(const char *at, size_t size)
 {
-    const auto limit = static_cast<unsigned int>(layout.precision);
+    for (; size >= blocks::kSize; at += blocks::kSize, size -= blocks::kSize)
+        if (blocks::Mask(blocks::Controls(blocks::Load(at, blocks::kSize))) != 0)
+            return true;
+    const uint32_t text = (uint32_t{1} << size) - 1; // zeros follow it
+    return (blocks::Mask(blocks::Controls(blocks::Load(at, size))) & text) != 0;
+}
+
+bool AppendString(Build *build, const char *string, const Directive &directive)
+{
+    const auto limit = static_cast<unsigned int>(directive.precision);
     if (string == nullptr)
-        string = layout.precision < 0 || layout.precision >= 6 ? "(null)" : "";
-    size_t size = layout.precision < 0 ? std::strlen(string) : strnlen(string, limit);
-    int walked = -1;
-    if (layout.precision >= 0 && size == limit) {
-        size = KeptBytes(build, string, limit);
-        walked = static_cast<int>(size);
-    }
-    AppendPadded(build, layout, {string, size}, EscapesAfter(string, walked, build->cs));
+        string = directive.precision < 0 || directive.precision >= 6 ? "(null)" : "";
+    size_t size = directive.precision < 0 ? std::strlen(string) : strnlen(string, limit);
+    const bool isCut = directive.precision >= 0 && size == limit;
+    const bool switches = SwitchesSets(build->set) && HasControls(string, size);
+    if (!isCut && !switches)
+        return AppendPadded(build, directive, {string, size});
+    char room[kMostEscapes];
+    Bytes escapes = kNothing;
+    auto look = [&] {
+        if (isCut)
+            size = KeptBytes(build, string, limit);
+        if (switches)
+            escapes = EscapesAfter(string, isCut ? static_cast<int>(size) : -1, build->cs, room);
+    };
+    return Protect(look) && AppendPadded(build, directive, {string, size}, escapes);
 }
 
 // ---- Values of the C library ---------------------------------------------------------------
@@ -262,29 +250,33 @@ CDirective WriteDirective(unsigned int flags, const char *size, char conversion)
 #pragma GCC diagnostic ignored "-Wformat-nonliteral" // the directive is ours, not the caller's
 
 template <class Value>
-int Print(const Build &build, const CDirective &directive, const Layout &layout, Value value)
+int Print(const Build &build, const CDirective &written, const Directive &directive, Value value)
 {
     return std::snprintf(theBuffer.at + build.length, theBuffer.capacity - build.length,
-                         directive.text, layout.width, layout.precision, value);
+                         written.text, directive.width, directive.precision, value);
 }
 
 #pragma GCC diagnostic pop
 
 template <class Value>
-void AppendValue(Build *build, const Layout &layout, const char *size, char conversion, Value value)
+bool AppendValue(Build *build, const Directive &directive, const char *size, char conversion,
+                 Value value)
 {
     // At least so much is printed.  The C library would take long to find out that it does not fit.
-    MakeRoom(*build, static_cast<size_t>(std::max({layout.width, layout.precision, 0})));
-    const CDirective directive = WriteDirective(layout.flags, size, conversion);
-    int printed = Print(*build, directive, layout, value);
+    if (!MakeRoom(*build, static_cast<size_t>(std::max({directive.width, directive.precision, 0}))))
+        return false;
+    const CDirective written = WriteDirective(directive.flags, size, conversion);
+    int printed = Print(*build, written, directive, value);
     if (printed >= 0 && static_cast<size_t>(printed) >= theBuffer.capacity - build->length) {
-        MakeRoom(*build, static_cast<size_t>(printed));
-        printed = Print(*build, directive, layout, value);
+        if (!MakeRoom(*build, static_cast<size_t>(printed)))
+            return false;
+        printed = Print(*build, written, directive, value);
     }
     if (printed < 0)
-        frame::Raise(kSource, OS_ESC_MEMORY);
+        return Protect([] { frame::Raise(kSource, OS_ESC_MEMORY); });
     build->length += static_cast<unsigned int>( // a 'c' may print a NUL
         strnlen(theBuffer.at + build->length, static_cast<size_t>(printed)));
+    return true;
 }
 
 // ---- Integers ------------------------------------------------------------------------------
@@ -296,30 +288,59 @@ constexpr int BaseOf(char conversion)
 
 // Most integers need only digits and spaces, which cost a fraction of a call of the C library.
 template <class Value>
-void AppendInteger(Build *build, const Layout &layout, const char *size, char conversion,
-                   Value value)
+bool AppendInteger(Build *build, const Directive &directive, const char *size, Value value)
 {
-    if ((layout.flags & ~kLeftFlag) != 0 || layout.precision >= 0 || conversion == 'X')
-        return AppendValue(build, layout, size, conversion, value);
+    const char conversion = directive.conversion;
+    if ((directive.flags & ~kLeftFlag) != 0 || directive.precision >= 0 || conversion == 'X')
+        return AppendValue(build, directive, size, conversion, value);
     char digits[3 * sizeof value + 2];
     char *const end = digits + sizeof digits;
     const bool isSigned = conversion == 'd' || conversion == 'i';
     const auto unsignedValue = static_cast<std::make_unsigned_t<Value>>(value);
     const auto written = isSigned ? std::to_chars(digits, end, value)
                                   : std::to_chars(digits, end, unsignedValue, BaseOf(conversion));
-    AppendPadded(build, layout, {digits, static_cast<size_t>(written.ptr - digits)}, kNothing);
+    return AppendPadded(build, directive, {digits, static_cast<size_t>(written.ptr - digits)});
 }
 
 // A NUL is left to the C library, which pads it too.
-void AppendByte(Build *build, const Layout &layout, int value)
+bool AppendByte(Build *build, const Directive &directive, int value)
 {
     const char byte = static_cast<char>(value);
     if (byte == '\0')
-        return AppendValue(build, layout, "", 'c', value);
-    AppendPadded(build, layout, {&byte, 1}, kNothing);
+        return AppendValue(build, directive, "", 'c', value);
+    return AppendPadded(build, directive, {&byte, 1});
 }
 
-// ---- Directives ----------------------------------------------------------------------------
+// ---- Tables --------------------------------------------------------------------------------
+
+// The arguments of str_buildpfstring that describe a format.
+struct Table {
+    const ParameterRecord *records;
+    int maxParam;
+};
+
+// False when the argument of that number is not an int.
+bool FetchInt(const Build &build, const Table &table, int number, int *value)
+{
+    if (number < 1 || number > table.maxParam || table.records[number].type != STR_ARG_INT)
+        return false;
+    *value = build.values.ints[number];
+    return true;
+}
+
+// Sets width and precision where they are arguments; false when one is not an int.
+bool FetchMeasures(const Build &build, const Table &table, int k, Directive *directive)
+{
+    const ArgumentNumbers numbers = NumbersBefore(k, *directive);
+    if (numbers.width != 0) {
+        int width;
+        if (!FetchInt(build, table, numbers.width, &width))
+            return false;
+        SetWidth(directive, width);
+    }
+    return numbers.precision == 0 ||
+           FetchInt(build, table, numbers.precision, &directive->precision);
+}
 
 // Whether the conversion prints arguments of this type.
 bool Suits(int type, const Directive &directive)
@@ -332,45 +353,14 @@ bool Suits(int type, const Directive &directive)
     return type == directive.type;
 }
 
-void AppendArgument(Build *build, int k, const Directive &directive, const Layout &layout)
+bool AppendDirective(Build *build, const Table &table, int k)
 {
-    const char conversion = directive.conversion;
-    switch (build->table[k].type) {
-    case STR_ARG_SHORT:
-        if (directive.halved)
-            return AppendInteger(build, layout, "hh", conversion,
-                                 static_cast<signed char>(build->shorts[k]));
-        return AppendInteger(build, layout, "h", conversion, build->shorts[k]);
-    case STR_ARG_INT:
-        if (conversion == 'c')
-            return AppendByte(build, layout, build->ints[k]);
-        return AppendInteger(build, layout, "", conversion, build->ints[k]);
-    case STR_ARG_LONG:
-        return AppendInteger(build, layout, "l", conversion, build->longs[k]);
-    case STR_ARG_FLOAT:
-        return AppendValue(build, layout, "", conversion, static_cast<double>(build->floats[k]));
-    case STR_ARG_DOUBLE:
-        return AppendValue(build, layout, "", conversion, build->doubles[k]);
-    case STR_ARG_LONG_DOUBLE:
-        return AppendValue(build, layout, "L", conversion, build->longDoubles[k]);
-    case STR_ARG_STRING:
-        return AppendString(build, static_cast<const char *>(build->pointers[k]), layout);
-    default: // a pointer; n prints nothing
-        if (conversion == 'P')
-            AppendValue(build, layout, "", 'p', build->pointers[k]);
-    }
-}
-
-void AppendDirective(Build *build, int k)
-{
-    const ParameterRecord &record = build->table[k];
-    const Directive directive = ReadDirective(record.text, record.text + record.textLen);
-    Layout layout;
+    const ParameterRecord &record = table.records[k];
+    Directive directive = ReadDirective(record.text, record.text + record.textLen);
     if (directive.end != nullptr && !directive.misnumbered && Suits(record.type, directive) &&
-        FetchLayout(*build, k, directive, &layout))
-        AppendArgument(build, k, directive, layout);
-    else
-        AppendText(build, {record.text, record.textLen});
+        FetchMeasures(*build, table, k, &directive))
+        return AppendArgument(build, k, record.type, directive);
+    return AppendText(build, {record.text, record.textLen});
 }
 
 // The numbers of the directives, in the order of the format.
@@ -380,17 +370,17 @@ struct Sequence {
 };
 
 // Sorts by insertion: most directives are in order and take one comparison each.
-void Arrange(const Build &build, Sequence *sequence)
+void Arrange(const Table &table, Sequence *sequence)
 {
     sequence->count = 0;
-    for (int k = 1; k <= build.maxParam && k < STR_PARAMETERS; ++k) {
-        const ParameterRecord &record = build.table[k];
+    for (int k = 1; k <= table.maxParam && k < STR_PARAMETERS; ++k) {
+        const ParameterRecord &record = table.records[k];
         if (record.text == nullptr || record.type == STR_ARG_UNUSED)
             continue;
         int place = sequence->count++;
         for (; place > 0; --place) {
             const int before = sequence->numbers[place - 1];
-            if (build.table[before].text <= record.text)
+            if (table.records[before].text <= record.text)
                 break;
             sequence->numbers[place] = before;
         }
@@ -398,26 +388,82 @@ void Arrange(const Build &build, Sequence *sequence)
     }
 }
 
-void BuildText(Build *build, const char *format)
+bool BuildText(Build *build, const Table &table, const char *format)
 {
     const char *const end = format + std::strlen(format);
-    GrowPrintBuffer(static_cast<uint64_t>(end - format) * 2);
+    if (!BeginText(static_cast<size_t>(end - format)))
+        return false;
     Sequence sequence;
-    Arrange(*build, &sequence);
+    Arrange(table, &sequence);
     const char *at = format;
     for (int i = 0; i < sequence.count; ++i) {
-        const ParameterRecord &record = build->table[sequence.numbers[i]];
+        const ParameterRecord &record = table.records[sequence.numbers[i]];
         if (record.text < at || record.text > end ||
             record.textLen > static_cast<size_t>(end - record.text))
             continue;
-        AppendText(build, {at, static_cast<size_t>(record.text - at)});
-        AppendDirective(build, sequence.numbers[i]);
+        if (!AppendText(build, {at, static_cast<size_t>(record.text - at)}) ||
+            !AppendDirective(build, table, sequence.numbers[i]))
+            return false;
         at = record.text + record.textLen;
     }
-    AppendText(build, {at, static_cast<size_t>(end - at)});
+    return AppendText(build, {at, static_cast<size_t>(end - at)});
 }
 
 } // namespace
+
+bool libstr::BeginText(size_t formatSize)
+{
+    const uint64_t need = uint64_t{formatSize} * 2;
+    return (theBuffer.capacity != 0 && need <= theBuffer.capacity) || EnlargeProtected(need);
+}
+
+bool libstr::AppendText(Build *build, Bytes text)
+{
+    if (text.size == 0)
+        return true;
+    if (!MakeRoom(*build, text.size))
+        return false;
+    Put(build, text);
+    return true;
+}
+
+bool libstr::AppendArgument(Build *build, int number, int type, const Directive &directive)
+{
+    const Values &values = build->values;
+    const char conversion = directive.conversion;
+    switch (type) {
+    case STR_ARG_SHORT:
+        if (directive.halved)
+            return AppendInteger(build, directive, "hh",
+                                 static_cast<signed char>(values.shorts[number]));
+        return AppendInteger(build, directive, "h", values.shorts[number]);
+    case STR_ARG_INT:
+        if (conversion == 'c')
+            return AppendByte(build, directive, values.ints[number]);
+        return AppendInteger(build, directive, "", values.ints[number]);
+    case STR_ARG_LONG:
+        return AppendInteger(build, directive, "l", values.longs[number]);
+    case STR_ARG_FLOAT:
+        return AppendValue(build, directive, "", conversion,
+                           static_cast<double>(values.floats[number]));
+    case STR_ARG_DOUBLE:
+        return AppendValue(build, directive, "", conversion, values.doubles[number]);
+    case STR_ARG_LONG_DOUBLE:
+        return AppendValue(build, directive, "L", conversion, values.longDoubles[number]);
+    case STR_ARG_STRING:
+        return AppendString(build, static_cast<const char *>(values.pointers[number]), directive);
+    default: // a pointer; n prints nothing
+        return conversion != 'P' || AppendValue(build, directive, "", 'p', values.pointers[number]);
+    }
+}
+
+char *libstr::EndText(Build *build)
+{
+    if (build->length == 0)
+        return nullptr;
+    theBuffer.at[build->length] = '\0';
+    return theBuffer.at;
+}
 
 char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char *format,
                         const ParameterRecord *table, int maxParam, const short *shorts,
@@ -425,13 +471,8 @@ char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char
                         const double *doubles, const long double *longDoubles,
                         void *const *pointers)
 {
-    Build build = {cs,     table,   maxParam,    shorts,   ints, longs,
-                   floats, doubles, longDoubles, pointers, 0};
-    frame::Protect(
-        kSource, frame::Accept(ER_CLASS_LIBRARY), [&] { BuildText(&build, format); }, [] {});
+    Build build = {cs, cs, {shorts, ints, longs, floats, doubles, longDoubles, pointers}, 0};
+    BuildText(&build, {table, maxParam}, format);
     *outLen = build.length;
-    if (build.length == 0)
-        return nullptr;
-    theBuffer.at[build.length] = '\0';
-    return theBuffer.at;
+    return EndText(&build);
 }

@@ -151,6 +151,9 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         {Printed("ISO-8859-1", "%d%%", 5), "5%"}, // vsprintf
         {Printed("ISO-8859-1", ""), ""}, // with its results
         {Printed("ISO-2022-JP", "\x1B$B%7%d\x1B(B %d", 5), "\x1B$B%7%d\x1B(B 5"}, // no directives
+        {Printed("EUC-JP", "%d\x1B(I%d", 5), "5\x1B(I%d"}, // what switches sets
+        {Printed("EUC-JP", "%d\x0E%d", 5), "5\x0E%d"},
+        {Printed("EUC-JP", "%\x0F" "d", 5), "%\x0F" "d!"},
         {Printed("ISO-2022-JP", "[%-5s]", "\x1B$BF|F|"), "[\x1B$BF|F|\x1B(B]"},
         {Printed("UTF8", "%.4s|%.3s|%-4.2s|", "\xC3\xA9\xE6\x97\xA5", "\xE6\x97\xA5", "\u65E5"),
          "\xC3\xA9|\xE6\x97\xA5|    |"}, // no character is cut

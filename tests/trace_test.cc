@@ -9,7 +9,7 @@ namespace
 {
 
 const CSDescriptor jp = DescriptorOf("ISO-2022-JP"), latin = DescriptorOf("ISO-8859-1"),
-                   utf8 = DescriptorOf("UTF8");
+                   utf8 = DescriptorOf("UTF8"), ia5 = DescriptorOf("IA5");
 constexpr char text[] = "a \x1B$B\x46\x7C\x4B\x5C\x1B(B bc";
 char room[99];
 char *rest;
@@ -52,6 +52,8 @@ const struct {
     {[] { str_USPatternMatch("a", "b", &jp); }, "USPatternMatch("},
     {[] { str_USPatternMatch(text, "\x1F\x62", &jp); }, "USPatternMatch("},
     {[] { str_USPatternMatch(text, "a\x1F\x62", &jp); }, "USPatternMatch()"},
+    {[] { str_USPatternMatch("ab", "a\x1F\x62", &ia5); }, "USPatternMatch("}, // one segment
+    {[] { str_USPatternMatch("a\xE9", "a\x1F\x62", &ia5); }, "USPatternMatch()"},
     {[] { str_utf8USPatternMatch("a", "b"); }, "utf8USPatternMatch()"},
     {[] { str_TransformUTF8InputStr("a", -1, "", nullptr, "", '\\', 0, &size); },
      "TransformUTF8InputStr()"},

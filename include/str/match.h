@@ -41,11 +41,11 @@ extern "C" {
  *   place: "a", US, US does not match "a".
  *
  * Returns 0 also when a text cannot be divided into segments, and when there is no memory for the
- * list of the string's segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other
- * escape of a service goes on to the caller's environment.
+ * lists of their segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other escape of
+ * a service goes on to the caller's environment.
  *
- * The list is in an array of the library, which grows to the longest list so far and is never
- * released.  There is one for the process: run one call at a time. */
+ * Long lists are in two arrays of the library, which grow to the longest list so far and are never
+ * released.  They belong to the process: run one call at a time. */
 int str_USPatternMatch(const char *string, const char *pattern, const CSDescriptor *cs);
 
 /* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated UTF-8.  Several US in

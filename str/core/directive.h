@@ -5,6 +5,9 @@
 #ifndef STR_CORE_DIRECTIVE_H
 #define STR_CORE_DIRECTIVE_H
 
+#include "str/core/segments.h"
+#include "str/core/sets.h"
+
 #include <str/format.h>
 
 namespace libstr
@@ -77,6 +80,9 @@ inline Directive ReadDirective(const char *start, const char *end)
     directive.end = start + 2;
     return directive;
 }
+
+// Whether a segment of that kind may have directives.
+inline bool HoldsDirectives(uint16_t kind) { return IsText(kind) && HoldsAscii(FlagsOf(kind)); }
 
 // The numbers of a directive's arguments; 0 for a width or precision that is not an argument.
 struct ArgumentNumbers {

@@ -20,7 +20,7 @@ std::vector<std::string> Answers(const std::string &first, const std::string &se
     const Guarded a(first), b(second);
     const char *const text = a.c_str(), *const other = b.c_str();
     const auto n = static_cast<unsigned int>(limit);
-    std::string room(2 * first.size() + 2 * second.size() + 200, '\0');
+    std::string room(2 * first.size() + 2 * second.size() + 500, '\0');
     std::vector<std::string> answers;
     const auto add = [&](auto number) { answers.push_back(std::to_string(number)); };
     add(str_dispstrlen(text, &cs));
@@ -46,6 +46,12 @@ std::vector<std::string> Answers(const std::string &first, const std::string &se
     answers.push_back(Said(str_ToUpper(text, -1, &length, &cs)));
     str_simplesprintf(&cs, room.data(), "%s|%.*s", text, limit, other);
     answers.push_back(room.c_str());
+    std::string format = first + second; // with directives in any set and in parts of sequences
+    std::replace(format.begin(), format.end(), '%', '$');
+    format = format.insert(n % (format.size() + 1), "%.4s") + (n % 2 == 0 ? "%s" : "%1$s") + "%-c";
+    PrintfError = 0;
+    add(str_simplesprintf(&cs, room.data(), format.c_str(), text, other, text));
+    answers.push_back(room.c_str() + std::to_string(PrintfError));
     return answers;
 }
 
