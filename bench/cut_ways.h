@@ -10,16 +10,11 @@
 
 #include <glib.h>
 #include <iconv.h>
-#include <platform/ccs.h>
 #include <str/split.h>
 #include <str/truncate.h>
 
 #include <cstring>
 #include <string_view>
-
-// Not in every version of the library.
-extern "C" [[gnu::weak]] unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n,
-                                                         const CSDescriptor *cs);
 
 namespace bench::cut
 {
@@ -193,48 +188,10 @@ inline size_t TruncateByGLib(const Text &text)
 
 // ---- Truncation that ends in ASCII ---------------------------------------------------------
 
-// The escape sequences that close the first `size` bytes of the copy.
-inline const char *Closing(const Text &text, size_t size, int *length)
-{
-    const char *at = theCopy;
-    int left = static_cast<int>(size);
-    unsigned int segment;
-    for (uint16_t kind = ccs_Get1stStr(&text.cs, at, left, &segment); kind != CS_SEG_END;
-         kind = ccs_GetNextStr(&text.cs, at, left, &segment)) {
-        at += segment;
-        left -= static_cast<int>(segment);
-    }
-    return ccs_GetConfAsciiEscs(&text.cs, text.cs.escMode, length);
-}
-
-// By a cut, and another one if there is no room for the escape sequences.
-inline size_t CutAndClose(const Text &text)
-{
-    unsigned int room = static_cast<unsigned int>(Budget(text)), kept;
-    int length;
-    str_truncate(theCopy, text.bytes.c_str(), room, &text.cs, &kept);
-    const char *closing = Closing(text, kept, &length);
-    if (kept + static_cast<size_t>(length) > Budget(text)) {
-        str_truncate(theCopy, text.bytes.c_str(), room - static_cast<unsigned int>(length),
-                     &text.cs, &kept);
-        closing = Closing(text, kept, &length);
-    }
-    std::memcpy(theCopy + kept, closing, static_cast<size_t>(length));
-    return kept + static_cast<size_t>(length);
-}
-
 inline size_t TruncateClosed(const Text &text)
 {
-    if (str_truncateclosed == nullptr)
-        return CutAndClose(text);
     return str_truncateclosed(theCopy, text.bytes.c_str(), static_cast<unsigned int>(Budget(text)),
                               &text.cs);
-}
-
-inline std::string ClosedPart(const Text &text, size_t kept)
-{
-    return Taken(kept > Budget(text) ? "too long"
-                                     : bench::Recode("UTF-8", text.sort.iconv, {theCopy, kept}));
 }
 
 // What iconv has written to the copy, closed: three bytes were left for that.  If they are not used,
@@ -245,7 +202,7 @@ inline size_t Close(iconv_t encoder, const wchar_t *next, char *end, const Text 
     iconv(encoder, nullptr, nullptr, &end, &room);
     for (; room > 0 && *next > 0 && *next < 0x80; --room)
         *end++ = static_cast<char>(*next++);
-    return static_cast<size_t>(end - theCopy);
+    return FillUp(text, static_cast<size_t>(end - theCopy));
 }
 
 // The whole text there, and back as much as fits.

@@ -13,9 +13,11 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <map>
+#include <random>
 #include <stdexcept>
 #include <string_view>
 #include <tuple>
@@ -68,7 +70,7 @@ const Job kEquality = {kComparison, bench::comparison::OursInCase, bench::Answer
 const Job kUpper = {kUpperCase, bench::upper::Ours, bench::upper::UpperCase, bench::MakeText};
 const Job kColumns = {kWidth, bench::width::Ours, bench::Answer, bench::MakeText};
 const Job kTruncate = {kCutting, bench::cut::Truncate, bench::cut::Kept, bench::MakeText};
-const Job kClosed = {kCutting, bench::cut::TruncateClosed, bench::cut::ClosedPart, bench::MakeText};
+const Job kClosed = {kCutting, bench::cut::TruncateClosed, bench::cut::Kept, bench::MakeText};
 const Job kSplit = {kCutting, bench::cut::Split, bench::cut::Parts, bench::MakeText};
 const Job kMatch = {kMatching, bench::match::Segmented<theThree>, bench::Answer,
                     WithThree<bench::match::Shape::match>};
@@ -160,7 +162,7 @@ const Workload kWorkloads[] = {
     {"width UTF-8, western", kColumns, kUtf8, kLetter, kStrlen, {7, 29}, {8, 30}},
     {"width UTF-8, mixed", kColumns, kUtf8, kMixed, kStrlen, {4.3, 18}, {5, 20}},
     {"width ISO-2022-JP", kColumns, kJapanese, kSubjects, kWcswidth, {3, 4.4}, {5, 8}},
-    {"the same, by hand", kColumns, kJapanese, kSubjects, kByHand, {0.55, 1}, {1, 2}},
+    {"width ISO-2022-JP, by hand", kColumns, kJapanese, kSubjects, kByHand, {0.55, 1}, {1, 2}},
     {"width T.61", kColumns, kT61, kLetter, kWcswidth, {5.9, 24}, {8, 30}},
     {"truncate UTF-8", kTruncate, kUtf8, kLetter, kPrevChar, {0.64, 0.96}, {1, 1}},
     {"truncate ISO-2022-JP, closed", kClosed, kJapanese, kSubjects, kIconvClosed, {10, 15}, {15, 25}},
@@ -179,21 +181,19 @@ const Workload kWorkloads[] = {
 
 // ---- Texts ---------------------------------------------------------------------------------
 
-constexpr size_t kTexts = 16; // of a workload: no branch predictor learns them by heart
+constexpr size_t kTexts = 16; // of a workload: too much for a branch predictor to learn
 
-// The characters of the pieces, of which each number begins with another one.
-Pieces Characters(const Pieces &pieces, size_t number)
+// At least so many characters, of pieces in an order that each number has for itself.
+Pieces Characters(const Pieces &pieces, size_t number, size_t count)
 {
+    std::minstd_rand random(static_cast<unsigned>(number + 1));
     Pieces characters;
-    for (const std::string &piece : pieces)
-        for (const char byte : piece) {
+    while (characters.size() < count)
+        for (const char byte : pieces[random() % pieces.size()]) {
             if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80)
                 characters.emplace_back();
             characters.back() += byte;
         }
-    const size_t start = number * 7 % characters.size();
-    std::rotate(characters.begin(), characters.begin() + static_cast<std::ptrdiff_t>(start),
-                characters.end());
     return characters;
 }
 
@@ -201,9 +201,11 @@ Pieces Characters(const Pieces &pieces, size_t number)
 std::vector<Text> MakeTexts(const Workload &workload, size_t mean)
 {
     std::vector<Text> texts;
-    for (size_t i = 0; i < kTexts; ++i)
-        texts.push_back(workload.job.make(workload.sort, Characters(workload.pieces, i),
-                                          mean * 3 / 4 + mean * i / (2 * (kTexts - 1))));
+    for (size_t i = 0; i < kTexts; ++i) {
+        const size_t size = mean * 3 / 4 + mean * i / (2 * (kTexts - 1));
+        texts.push_back(
+            workload.job.make(workload.sort, Characters(workload.pieces, i, size), size));
+    }
     return texts;
 }
 
@@ -334,8 +336,10 @@ std::string Bound(double ratio)
     return text;
 }
 
-void PrintRatio(double ratio, double floor, double goal)
+// By the two digits that are printed.
+void PrintRatio(double measured, double floor, double goal)
 {
+    const double ratio = std::round(measured * 100) / 100;
     std::printf("%10.2f%7s%6s  %-6s", ratio, Bound(floor).c_str(), Bound(goal).c_str(),
                 ratio >= goal    ? "goal"
                 : ratio >= floor ? "floor"
