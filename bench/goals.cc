@@ -336,14 +336,21 @@ std::string Bound(double ratio)
     return text;
 }
 
-// By the two digits that are printed.
-void PrintRatio(double measured, double floor, double goal)
+// What a ratio reaches, by the two digits that are printed.
+const char *Reached(double measured, double floor, double goal)
 {
     const double ratio = std::round(measured * 100) / 100;
+    if (ratio >= goal)
+        return "goal";
+    if (floor > 0)
+        return ratio >= floor ? "floor" : "below";
+    return "-";
+}
+
+void PrintRatio(double ratio, double floor, double goal)
+{
     std::printf("%10.2f%7s%6s  %-6s", ratio, Bound(floor).c_str(), Bound(goal).c_str(),
-                ratio >= goal    ? "goal"
-                : ratio >= floor ? "floor"
-                                 : "below");
+                Reached(ratio, floor, goal));
 }
 
 // Short texts may cost more, but not more than twice.
