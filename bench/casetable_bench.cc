@@ -245,7 +245,7 @@ Text FileText(const char *title, const char *name)
 {
     static std::list<std::string> paths;
     const char *const path = paths.emplace_back(Home().PathOf(name)).c_str();
-    return {{title, path, ""}, {}, nullptr, nullptr, Home().Read(name), 0};
+    return {{title, path, ""}, {}, nullptr, nullptr, Home().Read(name), 0, {}};
 }
 
 const bool theRegistration = [] {
@@ -255,7 +255,7 @@ const bool theRegistration = [] {
     for (const Row &row : kRows)
         bench::Compare("str_CompileCaseTable", FileText(row.title, row.source), kCompiles);
     const Text image = {
-        {"all", "", ""}, {}, nullptr, nullptr, std::string(str_TotalWorkArea(), '\0'), 0};
+        {"all", "", ""}, {}, nullptr, nullptr, std::string(str_TotalWorkArea(), '\0'), 0, {}};
     bench::Compare("publishing to one process attached", image, kPublications);
     bench::Compare("attaching as the only process", image, kAttachments);
     return true;

@@ -1,69 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Display width, beside the way through wide characters.  A terminal's wcswidth gives kanji two
-// cells and the library gives every character one column, so the ways are held to the number of
-// characters.
-#include "bench/support.h"
+// Display width, beside the way through wide characters.
 #include "bench/texts.h"
-
-#include <benchmark/benchmark.h>
-#include <glib.h>
-#include <iconv.h>
-#include <str/display.h>
-
-#include <cstdlib>
-#include <cwchar>
+#include "bench/width_ways.h"
 
 namespace
 {
 
+using namespace bench::width;
 using bench::Sort;
-using bench::Text;
 using bench::Way;
 
 constexpr size_t kSizes[] = {16, 64, 256, 4096};
-
-wchar_t theBuffer[4096 + 1];
-
-size_t Ours(const Text &text) { return str_dispstrlen(text.bytes.c_str(), &text.cs); }
-
-size_t Measured(size_t characters)
-{
-    benchmark::DoNotOptimize(wcswidth(theBuffer, characters));
-    return characters;
-}
-
-// Converts the text from the converter's initial state and measures it.
-size_t ConvertAndMeasure(iconv_t converter, const Text &text)
-{
-    iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    char *in = const_cast<char *>(text.bytes.data());
-    char *out = reinterpret_cast<char *>(theBuffer);
-    size_t inLeft = text.bytes.size(), outLeft = sizeof theBuffer;
-    if (iconv(converter, &in, &inLeft, &out, &outLeft) != 0)
-        return 0;
-    return Measured((sizeof theBuffer - outLeft) / sizeof(wchar_t));
-}
-
-size_t OpenedForTheText(const Text &text)
-{
-    const iconv_t converter = iconv_open("WCHAR_T", text.sort.iconv);
-    const size_t characters = ConvertAndMeasure(converter, text);
-    iconv_close(converter);
-    return characters;
-}
-
-size_t KeptOpen(const Text &text) { return ConvertAndMeasure(text.converter, text); }
-
-size_t Mbstowcs(const Text &text)
-{
-    return Measured(std::mbstowcs(theBuffer, text.bytes.c_str(), std::size(theBuffer)));
-}
-
-size_t CountedByGLib(const Text &text)
-{
-    return static_cast<size_t>(g_utf8_strlen(text.bytes.c_str(), -1));
-}
 
 const std::vector<Way> kWaysOfSets = {
     {"libstr", Ours}, {"iconv, opened anew", OpenedForTheText}, {"iconv, kept open", KeptOpen}};

@@ -2,33 +2,24 @@
 //
 // Formatting, beside snprintf and fmt.  They know no sets: the formats here hold no '%' and no brace
 // inside a character, and no string ends in another set than ASCII.
-#include "bench/support.h"
+#include "bench/format_ways.h"
 #include "bench/texts.h"
 
 #include <platform/ccs.h>
-#include <str/format.h>
 
-#include <cstdio>
-#include <cstring>
 #include <fmt/format.h>
-
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
 namespace
 {
 
+using namespace bench::format;
 using bench::Sort;
 using bench::Text;
 using bench::Way;
 
 constexpr size_t kSizes[] = {16, 64, 256, 4096}; // of strings
-char thePrint[16 * 1024];
 
-// ---- The library ---------------------------------------------------------------------------
-
-constexpr auto kPrint = [](const Text &text, const char *format, auto... arguments) {
-    return static_cast<size_t>(str_simplesprintf(&text.cs, thePrint, format, arguments...));
-};
+// ---- The library's builder and fmt ---------------------------------------------------------
 
 struct Values {
     int ints[STR_PARAMETERS];
@@ -55,12 +46,6 @@ constexpr auto kBuild = [](const Text &text, const char *format, auto... argumen
                           nullptr, values.doubles, nullptr, values.pointers);
     std::memcpy(thePrint, built, length + 1);
     return length;
-};
-
-// ---- The others ----------------------------------------------------------------------------
-
-constexpr auto kSnprintf = [](const Text &, const char *format, auto... arguments) {
-    return static_cast<size_t>(std::snprintf(thePrint, sizeof thePrint, format, arguments...));
 };
 
 // The format in the notation of fmt, made once for all calls in a row.
@@ -91,18 +76,6 @@ constexpr auto kFmt = [](const Text &, const char *format, auto... arguments) {
     return end.size;
 };
 
-// ---- What is printed -----------------------------------------------------------------------
-
-const char *theShortFormat = "x=%d y=%s"; // not known to the compiler, which would print it itself
-int theNumber = 7;
-
-// A number and a string, which is the text.
-template <const auto &print>
-size_t Short(const Text &text)
-{
-    return print(text, theShortFormat, theNumber, text.bytes.c_str());
-}
-
 // Ten directives in a format, which is the text.
 template <const auto &print>
 size_t Message(const Text &text)
@@ -114,13 +87,6 @@ const std::vector<std::string> kMessage = {
     "Büro %d: %s, %d / %x, Gerät %d (%s) %.1f %c, Straße %s %d"};
 const std::vector<std::string> kJapaneseMessage = {
     "会議 %d: %s, %d / %x, 資料 %d (%s) %.1f %c, 東京 %s %d"};
-
-std::string Printed(const Text &, size_t size)
-{
-    std::string printed(thePrint, size);
-    std::memset(thePrint, 0xFF, sizeof thePrint); // nothing is left for the next way
-    return printed;
-}
 
 // ---- The comparisons -----------------------------------------------------------------------
 

@@ -30,6 +30,7 @@ struct Text {
     iconv_t encoder;   // from wide characters, likewise
     std::string bytes;
     size_t characters; // as iconv counts them
+    std::string other; // what the text is compared with
 };
 
 // A text of at most `size` bytes: the UTF-8 `pieces`, again and again, as many as fit.  iconv
@@ -49,6 +50,11 @@ struct Way {
 // the same for all ways of a comparison; otherwise none is timed, and the run fails.
 using Outcome = std::string (*)(const Text &text, size_t answer);
 std::string Answer(const Text &text, size_t answer);
+
+// The name of a way whose outcome is not that of the first, which is ours; null if there is none.
+const char *Dissenter(const Text &text, const std::vector<Way> &ways, Outcome outcome);
+
+// ---- str_bench -----------------------------------------------------------------------------
 
 // Measures the ways on the text.  The table of the family then shows how many times faster the
 // first, which is ours, is than each of the others, and how often a call of it allocates.

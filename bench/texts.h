@@ -23,6 +23,16 @@ inline const std::vector<std::string> kLetter = {
     "Sehr ",          "geehrter ",  "Herr ",  "Müller, ", "das ",     "Büro ", "in ",
     "Zürich ",        "bestätigt ", "den ",   "Termin. ", "Réunion ", "du ",   "comité: ",
     "procès-verbal ", "et ",        "ordre ", "du ",      "jour. "};
+inline const std::vector<std::string> kGreekLetter = {
+    "Αγαπητέ ", "κύριε ",   "Παπαδόπουλε, ", "σας ", "στέλνω ",
+    "την ",     "πρόταση ", "για ",          "το ",  "συμβόλαιο "};
+// Four scripts, and no letter (as the final sigma) that its capital letter does not lead back to.
+inline const std::vector<std::string> kMixed = {"Sehr ",    "Müller, ", "Москва, ", "договор ",
+                                                "Αθήνα ",   "πρόταση ", "会議の",   "資料 ",
+                                                "Réunion ", "東京, ",   "Order ",   "204 "};
+inline const std::vector<std::string> kMinutes = {
+    "The ", "meeting ", "was ",    "opened ", "at ",        "noon. ", "Item ",   "3: ",
+    "the ", "budget ",  "of the ", "new ",    "building, ", "see ",   "No. 47. "};
 
 } // namespace bench
 
