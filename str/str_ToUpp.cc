@@ -76,12 +76,11 @@ void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Res
     const bool ownForAll = own != nullptr && IsUniform(cs);
     SegmentWalk walk;
     WalkSegments(&walk, str, cs, static_cast<int>(length));
+    CaseTables tables = {};
     while (NextSegment(&walk)) {
         const CaseTableRecord *table = nullptr;
-        if (IsText(walk.kind)) {
-            const CSDescriptor segCs = SegmentDescriptor(walk.kind, cs);
-            table = ownForAll ? own : CaseTableOf(&segCs);
-        }
+        if (IsText(walk.kind))
+            table = ownForAll ? own : TableOfKind(&tables, walk.kind);
         Append(walk.at, walk.size, table, result);
     }
 }

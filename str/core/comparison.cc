@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/comparison.h"
 
-#include <iterator>
-
 namespace libstr
 {
 
@@ -103,17 +101,6 @@ bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common)
     else
         return false;
     return true;
-}
-
-const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind)
-{
-    CaseTables::Entry &entry = tables->entries[kind % std::size(tables->entries)];
-    if (entry.kind != kind) {
-        const CSDescriptor cs = {kind, 0};
-        const CaseTableRecord *const table = CaseTableOf(&cs);
-        entry = {kind, table != nullptr, table != nullptr ? table - pCaseTabs : 0};
-    }
-    return entry.cased ? pCaseTabs + entry.index : nullptr;
 }
 
 RunResult CompareUpShiftedRun(const Run &run1, const Run &run2, int charLimit,

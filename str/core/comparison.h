@@ -19,19 +19,6 @@ namespace libstr
 // Whether segments of these kinds can be compared; `common` receives the kind whose rules apply.
 bool EquivalentSegmentSets(uint16_t kind1, uint16_t kind2, uint16_t *common);
 
-// The case tables of the kinds met last.  Most texts take turns between a few.
-struct CaseTables {
-    struct Entry {
-        uint16_t kind; // 0 at first, and no text has kind 0
-        bool cased;
-        ptrdiff_t index; // in the registry, which moves when another table is loaded
-    };
-    Entry entries[4];
-};
-
-// The case table of a kind's set; null for none.
-const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind);
-
 inline constexpr size_t kNoByteLimit = SIZE_MAX;
 inline constexpr int kNoLimit = -1; // of characters
 
@@ -39,6 +26,8 @@ inline constexpr int kNoLimit = -1; // of characters
 struct Run {
     const char *at;
     size_t size;
+
+    const uint8_t *Bytes() const { return reinterpret_cast<const uint8_t *>(at); }
 };
 
 // One string of a comparison, and its current segment: text, raw bytes or the end.

@@ -40,21 +40,30 @@ size_t FindDifference(const Pair &pair, size_t at)
 constexpr auto *FindUnequal = FindDifference<false>;
 constexpr auto *FindUnlike = FindDifference<true>;
 
-// Whether all letters are alike by the table without a look at what is around them.
-bool FoldsLetters(const CaseTableRecord *table)
-{
-    const UpShiftTable *const prepared = prepared::Find(table);
-    return prepared != nullptr && prepared->map.foldsLetters;
-}
+// What is known of the segments' kinds.
+struct Kinds {
+    CaseTables tables;
+    uint16_t folding; // a kind whose table makes all letters alike, whatever is around them
+};
 
 // Compares a segment of text in which letters differ.
-InStep CompareSegment(const Run &run1, const Run &run2, const CaseTableRecord *table)
+InStep CompareSegment(const Run &run1, const Run &run2, uint16_t kind, Kinds *kinds)
 {
-    if (table == nullptr)
-        return InStep::different;
-    if (FoldsLetters(table))
+    if (kind == kinds->folding)
         return InStep::equal;
-    const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, table);
+    const CaseTableRecord *const record = TableOfKind(&kinds->tables, kind);
+    if (record == nullptr)
+        return InStep::different;
+    if (const UpShiftTable *const table = prepared::Find(record); table != nullptr) {
+        if (table->map.foldsLetters) {
+            kinds->folding = kind;
+            return InStep::equal;
+        }
+        const size_t pairs = run1.size / 2;
+        if (run1.size % 2 == 0 && PairsAlike(*table, run1.Bytes(), run2.Bytes(), pairs) == pairs)
+            return InStep::equal;
+    }
+    const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, record);
     if (result.order != 0)
         return InStep::different;
     const bool whole = result.bytes1 == run1.size && result.bytes2 == run2.size;
@@ -67,20 +76,23 @@ InStep CompareSegments(const Pair &pair, size_t unequal, const CSDescriptor *cs)
     WalkSegments(&walk, pair.text1, cs);
     if (!walk.own)
         return InStep::unknown;
-    CaseTables tables = {};
+    const bool escapes = std::memchr(pair.text1, kEsc, pair.size) != nullptr;
+    Kinds kinds = {};
     while (unequal < pair.size) {
         if (!NextSegment(&walk))
             return InStep::unknown;
-        const auto begin = static_cast<size_t>(walk.at - pair.text1);
-        if (begin + walk.size <= unequal)
+        const auto begin = static_cast<size_t>(walk.at - pair.text1), end = begin + walk.size;
+        if (end <= unequal)
             continue;
-        if (!IsText(walk.kind) || std::memchr(walk.at, kEsc, walk.size) != nullptr)
+        if (!IsText(walk.kind) || (escapes && std::memchr(walk.at, kEsc, walk.size) != nullptr))
             return InStep::unknown;
         const Run run1 = {walk.at, walk.size}, run2 = {pair.text2 + begin, walk.size};
-        const InStep result = CompareSegment(run1, run2, TableOfKind(&tables, walk.kind));
+        const InStep result = CompareSegment(run1, run2, walk.kind, &kinds);
         if (result != InStep::equal)
             return result;
-        unequal = FindUnequal(pair, begin + walk.size);
+        unequal = end; // the next difference is often near
+        if (end < pair.size && pair.text1[end] == pair.text2[end])
+            unequal = FindUnequal(pair, end + 1);
     }
     return InStep::equal;
 }

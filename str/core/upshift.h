@@ -11,6 +11,8 @@
 #include "base/bytemap.h"
 #include "str/core/case_record.h"
 
+#include <iterator>
+
 namespace libstr
 {
 
@@ -53,6 +55,28 @@ inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
 {
     CaseTableRecord *table = nullptr;
     str_GetTouTable(cs, &table);
+    return table;
+}
+
+// The case tables of the kinds of segments met last.  Most texts take turns between a few.
+struct CaseTables {
+    struct Entry {
+        uint16_t kind;   // 0 at first, and no text has kind 0
+        ptrdiff_t index; // in the registry, which moves when another table is loaded
+    };
+    Entry entries[4];
+};
+
+// As CaseTableOf, for the set that a segment's kind names.
+inline const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind)
+{
+    CaseTables::Entry &entry = tables->entries[kind % std::size(tables->entries)];
+    if (entry.kind == kind)
+        return pCaseTabs + entry.index;
+    const CSDescriptor cs = {kind, 0};
+    const CaseTableRecord *const table = CaseTableOf(&cs);
+    if (table != nullptr)
+        entry = {kind, table - pCaseTabs};
     return table;
 }
 
