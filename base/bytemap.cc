@@ -212,7 +212,14 @@ STR_AVX2 inline size_t MapBlocks(const By &by, const uint8_t *in, size_t length,
 template <class By>
 STR_AVX2 inline size_t AlikeBlocks(const By &by, const uint8_t *a, const uint8_t *b, size_t length)
 {
-    for (size_t at = 0;; at = NextBlock(at, length)) {
+    size_t at = 0;
+    for (; length - at > 2 * kBlock; at += 2 * kBlock) { // two at a time, while they are alike
+        const __m256i alike0 = by.Alike(LoadBlock(a + at), LoadBlock(b + at));
+        const __m256i alike1 = by.Alike(LoadBlock(a + at + kBlock), LoadBlock(b + at + kBlock));
+        if (Zeros(_mm256_min_epu8(alike0, alike1)) != 0)
+            break;
+    }
+    for (at = std::min(at, length - kBlock);; at = NextBlock(at, length)) {
         const __m256i alike = by.Alike(LoadBlock(a + at), LoadBlock(b + at));
         if (const uint32_t stops = Zeros(alike); stops != 0)
             return at + static_cast<size_t>(std::countr_zero(stops));

@@ -25,6 +25,13 @@ void CopyAndPad(char *dst, const char *src, unsigned int kept, unsigned int n)
         std::memset(dst + kept, 0, n - kept);
 }
 
+// What is kept of text that is not plain.
+unsigned int KeptBytes(const char *src, unsigned int n, const CSDescriptor *cs)
+{
+    const bool isOneSet = cs->escMode == 0 && IsUtf8(cs);
+    return isOneSet ? WholeUtf8(src, n) : WalkedTruncation(src, n, cs);
+}
+
 // Both exports below have this code, rather than one call more.
 inline void CopyKept(char *dst, const char *src, unsigned int n, const CSDescriptor *cs)
 {
@@ -45,8 +52,7 @@ unsigned int str_truncstrlen(const char *src, unsigned int n, const CSDescriptor
     frame::TraceEntry();
     if (IsPlainByteSet(cs))
         return n; // the common case: no exit trace
-    const bool isOneSet = cs->escMode == 0 && IsUtf8(cs);
-    const unsigned int kept = isOneSet ? WholeUtf8(src, n) : WalkedTruncation(src, n, cs);
+    const unsigned int kept = KeptBytes(src, n, cs);
     frame::TraceExit();
     return kept;
 }
@@ -64,7 +70,9 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
         std::strncpy(dst, src, n);
         *outLen = n;
     } else {
-        const unsigned int kept = str_truncstrlen(src, n, cs);
+        // The same without a second question, where nothing is traced.
+        const bool traced = frame::IsTraced();
+        const unsigned int kept = traced ? str_truncstrlen(src, n, cs) : KeptBytes(src, n, cs);
         CopyAndPad(dst, src, kept, n);
         *outLen = kept;
     }
