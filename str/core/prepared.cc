@@ -31,20 +31,20 @@ Prepared *Prepare(const CaseTableRecord &record)
     return made;
 }
 
-void Drop(Prepared **place)
+void Drop(Place *place)
 {
-    os_free(*place);
-    *place = nullptr;
+    os_free(place->table);
+    place->table = nullptr;
 }
 
 // Drops all tables, and makes room for so many.
 void Reset(Registry *registry, size_t count)
 {
-    std::for_each_n(registry->tables.at, registry->count, [](Prepared *&table) { Drop(&table); });
+    std::for_each_n(registry->places.at, registry->count, [](Place &place) { Drop(&place); });
     registry->count = 0;
-    if (registry->tables.capacity < count)
-        Grow(&registry->tables, count);
-    std::fill_n(registry->tables.at, count, nullptr);
+    if (registry->places.capacity < count)
+        Grow(&registry->places, count);
+    std::fill_n(registry->places.at, count, Place{nullptr});
     registry->count = count;
 }
 
@@ -54,12 +54,12 @@ void Add(size_t index, const CaseTableRecord &record)
 {
     if (str_ba != nullptr)
         return;
-    if (index >= theOwn.tables.capacity)
-        Grow(&theOwn.tables, std::max<size_t>(32, 2 * index));
+    if (index >= theOwn.places.capacity)
+        Grow(&theOwn.places, std::max<size_t>(32, 2 * index));
     for (; theOwn.count <= index; ++theOwn.count)
-        theOwn.tables.at[theOwn.count] = nullptr;
-    Drop(&theOwn.tables.at[index]);
-    theOwn.tables.at[index] = Prepare(record);
+        theOwn.places.at[theOwn.count].table = nullptr;
+    Drop(&theOwn.places.at[index]);
+    theOwn.places.at[index].table = Prepare(record);
 }
 
 void Attach(size_t count)
@@ -72,11 +72,11 @@ void Release(const CaseTableRecord &record)
 {
     const auto same = [](CaseTableRef a, CaseTableRef b) { return a != 0 && a == b; };
     for (size_t i = 0; i < theOwn.count; ++i) {
-        Prepared *&table = theOwn.tables.at[i];
+        const Prepared *const table = theOwn.places.at[i].table;
         if (table != nullptr && (same(table->record.pByteMap, record.pByteMap) ||
                                  same(table->record.pExpansions, record.pExpansions) ||
                                  same(table->record.pLeads, record.pLeads)))
-            Drop(&table);
+            Drop(&theOwn.places.at[i]);
     }
 }
 
@@ -86,7 +86,7 @@ const Prepared *AddOfImage(size_t index)
         return nullptr;
     Prepared *made = nullptr, *kept = nullptr;
     frame::Disregard([&] { made = Prepare(pCaseTabs[index]); });
-    const std::atomic_ref place(theImage.tables.at[index]);
+    const std::atomic_ref place(theImage.places.at[index].table);
     if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
         return made;
     os_free(made); // another thread was faster

@@ -35,9 +35,14 @@ inline bool HaveSameArrays(const CaseTableRecord &a, const CaseTableRecord &b)
             differ(a.NumLeads, b.NumLeads)) == 0;
 }
 
-// The tables of a registry, by the index of the record; null for those that are not prepared.
+// The place of a table; null where the record is not prepared.
+struct Place {
+    Prepared *table;
+};
+
+// The tables of a registry, by the index of the record.
 struct Registry {
-    Buffer<Prepared *> tables;
+    Buffer<Place> places;
     size_t count;
     const char *image; // the value of str_ba with which they may be used
 };
@@ -64,7 +69,7 @@ const Prepared *AddOfImage(size_t index);
     Registry &registry = str_ba == nullptr ? theOwn : theImage;
     if (index >= registry.count || registry.image != str_ba)
         return nullptr;
-    const std::atomic_ref place(registry.tables.at[index]);
+    const std::atomic_ref place(registry.places.at[index].table);
     const Prepared *table = place.load(std::memory_order_acquire);
     if (table == nullptr)
         table = AddOfImage(index);
