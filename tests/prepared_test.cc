@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is prepared for a case table changes no result: beside byte maps without an index, and beside
-// copies of the records, for which nothing is prepared.
+// What is prepared for a case table changes no result: beside byte maps without an index, and
+// beside copies of the records, for which nothing is prepared.
 #include "str/core/comparison.h"
 #include "tests/support/casetable.h"
 
