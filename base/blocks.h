@@ -156,8 +156,8 @@ inline unsigned int Free(uint32_t mask, unsigned int from)
     return static_cast<unsigned int>(std::countr_zero((mask | kEnd) >> from));
 }
 
-// The first byte of that value from `at` on, not NUL; `end` for none.  Needs no call, so it is faster
-// than memchr where the byte is near.
+// The first byte of that value from `at` on, not NUL; `end` for none.  Needs no call, so it is
+// faster than memchr where the byte is near.
 inline const char *Find(const char *at, const char *end, char byte)
 {
     for (; at < end; at += kSize) {

@@ -2,7 +2,8 @@
 //
 // A map of 256 bytes applied to many bytes at once.  A byte whose entry is 0 ends a run.
 //
-// A fold is a map whose only change is to clear the bit 0x20 of some bytes, as in ASCII and Latin-1.
+// A fold is a map whose only change is to clear the bit 0x20 of some bytes, as in ASCII and
+// Latin-1.
 #ifndef BASE_BYTEMAP_H
 #define BASE_BYTEMAP_H
 
@@ -25,8 +26,8 @@ struct ByteMap {
     bool isFold;                        // and is total
     // Of a fold, for each low half of a byte: a bit for each high half with which it changes.
     alignas(16) uint8_t folds[16];
-    // A fold changes the bytes of one range only: those that, with the shift added, are greater than
-    // a number, both signed.
+    // A fold changes the bytes of one range only: those that, with the shift added, are greater
+    // than a number, both signed.
     bool isRange;
     int8_t shift, below;
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A window is the next 64 bytes, or as many as there are.  Each question about its bytes is answered
-// by a mask with a bit for each byte, and the masks answer what a reader would find out byte by
-// byte, without a branch for each change of sets.
+// A window is the next 64 bytes, or as many as there are.  Each question about its bytes is
+// answered by a mask with a bit for each byte, and the masks answer what a reader would find out
+// byte by byte, without a branch for each change of sets.
 #include "base/plain_text.h"
 
 #include "base/blocks.h"
@@ -201,8 +201,8 @@ STR_AVX2 inline bool Load(Window *window, const Passage &passage)
     return true;
 }
 
-// A class of bytes has all whose high half is one of some, and whose low half is one of others: a bit
-// for each.
+// A class of bytes has all whose high half is one of some, and whose low half is one of others: a
+// bit for each.
 struct Class {
     uint16_t highs;
     uint16_t lows;
@@ -310,8 +310,8 @@ STR_AVX2 inline uint64_t Spans(uint64_t events, uint64_t starts, bool atOnce)
     return ~events & ~(~events + (starts << 1) + (atOnce ? 1 : 0));
 }
 
-// How many of the first `size` bytes there are before half a pair.  A run of `pairs` that has an odd
-// number of bytes ends in a half.
+// How many of the first `size` bytes there are before half a pair.  A run of `pairs` that has an
+// odd number of bytes ends in a half.
 STR_AVX2 inline size_t WholePairs(uint64_t pairs, size_t size)
 {
     pairs &= First(size);

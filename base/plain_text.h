@@ -4,8 +4,8 @@
 // units: with AVX2 64 bytes at a time, else byte by byte.
 //
 // A unit is a character, a control function of one byte, or one of the sequences named below.  What
-// is passed over ends after a whole unit.  The caller decides about the next one, which either these
-// functions do not know, or is beyond a limit.
+// is passed over ends after a whole unit.  The caller decides about the next one, which either
+// these functions do not know, or is beyond a limit.
 #ifndef BASE_PLAIN_TEXT_H
 #define BASE_PLAIN_TEXT_H
 
@@ -65,8 +65,8 @@ enum class Right {
     shifted   // the same, and SS2 makes a character of the one byte after it
 };
 
-// Knows all bytes except ESC, SO, SI, SS2, SS3 and CSI, and what the right half does not have.  After
-// a mark it knows only bytes of the left half.
+// Knows all bytes except ESC, SO, SI, SS2, SS3 and CSI, and what the right half does not have.
+// After a mark it knows only bytes of the left half.
 void PassEightBit(Passage *passage, Right right);
 
 // The sets of the next bytes of a text in eight bits whose right half is marked.

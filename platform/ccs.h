@@ -27,7 +27,7 @@
  * table registration and initialisation are process-wide, without a lock.
  *
  * Escapes: in the default service the list functions raise OS_ESC_MEMORY of class ER_CLASS_LIBRARY
- * when memory runs out or there would be more than INT_MAX records.  They and the walk also raise
+ * when memory runs out or there would be more than INT_MAX records.  They and the walks also raise
  * it for a segment of 2^32 bytes or more, whose length the interface cannot hold.  In a replacement
  * any function may raise an escape; the library passes it on or handles it.
  */
@@ -95,7 +95,8 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
  * and below.
  */
 
-/* A walk.  The caller owns it and may copy it: the copy goes on by itself.  It needs no release. */
+/* A walk.  The caller owns it and may copy it: the copy goes on by itself.  It needs no release.
+ * The text must stay as it is meanwhile; the descriptor need not. */
 typedef struct CSWalk {
     const char *at;           /* the next byte; moved by the functions */
     unsigned char state[232]; /* the service's */

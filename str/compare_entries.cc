@@ -18,8 +18,8 @@ bool AreOneSet(const CSDescriptor *cs1, const CSDescriptor *cs2)
     return cs1->csNum == cs2->csNum;
 }
 
-// Runs the comparison of an export between the export's traces.  Traced leaves tracing to it, so that
-// a call that traces nothing saves few registers.
+// Runs the comparison of an export between the export's traces.  Traced leaves tracing to it, so
+// that a call that traces nothing saves few registers.
 template <auto compare, class... Arguments>
 __attribute__((noinline, cold)) int TracedFromEntry(const char *name, Arguments... arguments)
 {

@@ -93,8 +93,8 @@ Built BuildByTable(Arguments *arguments, const CSDescriptor *cs, const char *for
 
 // ---- Without a table -----------------------------------------------------------------------
 //
-// A format without positions takes its arguments in the order of its directives.  So each is fetched
-// and printed where its directive is found.
+// A format without positions takes its arguments in the order of its directives.  So each is
+// fetched and printed where its directive is found.
 
 struct Print {
     Build build;
@@ -162,8 +162,8 @@ bool HasNumbers(const char *format, const char *end)
     return false;
 }
 
-// Whether the format has no numbers, and is one segment of any set that holds ASCII: it has no bytes
-// of 0x80 and above, and none that switches sets.
+// Whether the format has no numbers, and is one segment of any set that holds ASCII: it has no
+// bytes of 0x80 and above, and none that switches sets.
 bool IsSimple(const char *at, const char *end)
 {
     for (; at < end; at += blocks::kSize) {

@@ -102,8 +102,8 @@ const UpShiftTable *ByteTableOf(const CSDescriptor *cs)
     return table != nullptr && table->map.isTotal ? table : nullptr;
 }
 
-// The upper case of so many bytes by such a table, in the buffer; null when that has to grow.  Raises
-// no escape.
+// The upper case of so many bytes by such a table, in the buffer; null when that has to grow.
+// Raises no escape.
 char *UpperCaseByteByByte(const char *str, size_t bytes, const UpShiftTable &table)
 {
     if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > theBuffer.capacity)

@@ -424,9 +424,9 @@ List Segments(const CSDescriptor *cs, const char *text, Room *room)
                                          : ServiceSegments(cs, text, room->buffer);
 }
 
-// Whether matching by bytes gives the same answer as matching by segments.  In a single-byte set that
-// holds ASCII, only bytes of 0x80 and above may be raw.  So the pattern is one segment, and raw bytes
-// of the string match only a US.  But what is traced depends on the segments.
+// Whether matching by bytes gives the same answer as matching by segments.  In a single-byte set
+// that holds ASCII, only bytes of 0x80 and above may be raw.  So the pattern is one segment, and
+// raw bytes of the string match only a US.  But what is traced depends on the segments.
 bool MatchesByBytes(const char *pattern, const CSDescriptor *cs)
 {
     const SetFlags set = cs;

@@ -41,8 +41,8 @@ extern "C" {
  *   place: "a", US, US does not match "a".
  *
  * Returns 0 also when a text cannot be divided into segments, and when there is no memory for the
- * lists of their segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other escape of
- * a service goes on to the caller's environment.
+ * lists of their segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other escape
+ * of a service goes on to the caller's environment.
  *
  * Long lists are in two arrays of the library, which grow to the longest list so far and are never
  * released.  They belong to the process: run one call at a time. */

@@ -12,8 +12,8 @@
  * may text of a plain single-byte set (CS_FLAG_BYTE without CS_FLAG_T61), whatever its escMode.
  *
  * The part may end in an escape sequence whose character did not fit.  Nothing is added that
- * switches back, except by str_truncateclosed: bytes that are appended by plain means are read in the
- * set that is then in force.
+ * switches back, except by str_truncateclosed: bytes that are appended by plain means are read in
+ * the set that is then in force.
  *
  * Limits are in bytes.  A text may be longer than a limit can express.  Sources are NUL-terminated,
  * and are read up to the NUL unless said otherwise.  Destinations are the caller's and must not
@@ -46,11 +46,12 @@ unsigned int str_FindTruncPt(const char *seg, unsigned int room, const CSDescrip
 char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescriptor *cs,
                    unsigned int *outLen);
 
-/* Copies the longest part of `src` that fits in `n` bytes together with the escape sequences that lead
- * back to the state in which strings of the set begin, and these sequences after it; then fills `dst`
- * with NULs: exactly `n` bytes are written.  Text that is appended by plain means is then read as
- * intended: a mail line or a field of a directory is cut so.  Text of a plain single-byte set may be
- * cut anywhere only where escMode is 0.  Returns the bytes of the part and the sequences. */
+/* Copies the longest part of `src` that fits in `n` bytes together with the escape sequences that
+ * lead back to the state in which strings of the set begin, and these sequences after it.  Then
+ * fills `dst` with NULs: exactly `n` bytes are written.  Text that is appended by plain means is
+ * read as intended, so this is the call for a mail line or a field of a directory.  Text of a plain
+ * single-byte set may be cut anywhere only where escMode is 0.  Returns the bytes of the part and
+ * of the sequences. */
 unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n, const CSDescriptor *cs);
 
 /* As str_truncate, without the number of bytes kept.  At most `n` bytes of UTF-8 are read: bytes at

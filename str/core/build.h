@@ -54,8 +54,8 @@ bool BeginText(size_t formatSize);
 
 bool AppendText(Build *build, Bytes text);
 
-// Appends the argument of that number and type, which suits the directive.  Width and precision that
-// are arguments have been set.
+// Appends the argument of that number and type, which suits the directive.  Width and precision
+// that are arguments have been set.
 bool AppendArgument(Build *build, int number, int type, const Directive &directive);
 
 // The text with its NUL; null when it is empty.

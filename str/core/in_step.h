@@ -3,8 +3,8 @@
 // The comparison of two texts of one set that differ in the case of letters only.
 //
 // Where one ASCII letter takes the place of another in text, a text is divided into segments as
-// before (ccs_BeginWalk).  So one walk serves both texts, and only the segments in which they differ
-// are compared.
+// before (ccs_BeginWalk).  So one walk serves both texts, and only the segments in which they
+// differ are compared.
 #ifndef STR_CORE_IN_STEP_H
 #define STR_CORE_IN_STEP_H
 

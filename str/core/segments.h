@@ -6,8 +6,8 @@
 //     WalkSegments(&walk, text, cs);
 //     while (NextSegment(&walk)) { ... walk.kind, walk.at, walk.size ... }
 //
-// Where the service offers walks that belong to the caller, this is one.  Else the service keeps one
-// walk state, so two walks are never interleaved.
+// Where the service offers walks that belong to the caller, this is one.  Else the service keeps
+// one walk state, so two walks are never interleaved.
 #ifndef STR_CORE_SEGMENTS_H
 #define STR_CORE_SEGMENTS_H
 

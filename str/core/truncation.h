@@ -16,8 +16,8 @@ unsigned int SegmentTruncation(const char *seg, unsigned int room, const CSDescr
 // The bytes of a text to keep for a budget of `n`, by the segment walk.
 unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescriptor *cs);
 
-// The longest start of a text that fits a budget together with the escapes that bring it back to the
-// initial state of its set.
+// The longest start of a text that fits a budget together with the escapes that bring it back to
+// the initial state of its set.
 struct ClosedTruncation {
     unsigned int kept;
     int escapes; // bytes of `closing`

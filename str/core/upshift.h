@@ -16,8 +16,8 @@
 namespace libstr
 {
 
-// What changes in the pairs of bytes that begin with one lead, for each trail: the pair xor its upper
-// case, or kSeeLists.
+// What changes in the pairs of bytes that begin with one lead, for each trail: the pair xor its
+// upper case, or kSeeLists.
 struct PairRow {
     static constexpr uint16_t kSeeLists = 0xFFFF;
 
@@ -105,8 +105,8 @@ inline UpShifted UpShiftOne(const UpShiftTable &table, const uint8_t *in, ptrdif
     return upper != 0 ? UpShifted{{upper, 0}, 1, 1} : UpShiftByLists(table, in, avail);
 }
 
-// Writes the upper case of so many pairs of bytes to `out`, up to the first that has to be looked up
-// in the lists.  Returns how many it wrote.
+// Writes the upper case of so many pairs of bytes to `out`, up to the first that has to be looked
+// up in the lists.  Returns how many it wrote.
 size_t MapPairs(const UpShiftTable &table, const uint8_t *in, size_t pairs, uint8_t *out);
 
 // How many of the first `pairs` pairs of bytes of `a` and `b` have the same upper case, up to the
