@@ -105,8 +105,6 @@ bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes s
     return true;
 }
 
-constexpr size_t kMostEscapes = 81; // bytes of the escapes that a walk of our own gives
-
 // The kind of the last segment, which may be none.  `length` as in a walk.
 uint16_t LastKind(const char *string, int length, const CSDescriptor *cs)
 {
