@@ -57,7 +57,7 @@ struct Switches {
 Switches FindSwitches(const char *text, size_t known, SevenBit *state);
 
 // Eight bits: the left half has characters of one byte.  What the right half has:
-enum class Right {
+enum class Right : uint8_t {
     single94, // 0xA1 to 0xFE are characters
     single96, // 0xA0 to 0xFF are
     marked,   // as single94, but 0xC1 to 0xCF are marks: each is a character with the next byte

@@ -53,9 +53,8 @@ void Add(Found *found, Rest *rest, uint16_t kind, size_t length)
 bool IsSevenBit(const Walk &walk)
 {
     const View &view = walk.Current().view;
-    return view.escapes && !view.utf8 && !view.rightUsed && walk.state.left == 0 &&
-           walk.next == Walk::Next::any && view.left.row != kNoRow && !view.left.is96 &&
-           !IsMarked(view.left) && *kSets[view.left.row].differs == '\0';
+    return walk.Current().plain == Plain::sevenBit && walk.state.left == 0 &&
+           walk.next == Walk::Next::any && *kSets[view.left.row].differs == '\0';
 }
 
 // Finds segments as long as FindSwitches knows the text.  Leaves room for a segment after an open
@@ -94,9 +93,9 @@ void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
 // Eight-bit text of a marked set with its partner.
 bool IsMarkedText(const Walk &walk)
 {
-    const View &view = walk.Current().view;
-    return view.escapes && !view.utf8 && view.rightUsed && view.partners && IsMarked(view.right) &&
-           walk.next == Walk::Next::any && view.left.bytes == 1 && !view.left.is96;
+    const Runs &runs = walk.Current();
+    return runs.plain == Plain::eightBit && runs.rightHalf == plain::Right::marked &&
+           walk.next == Walk::Next::any;
 }
 
 // Finds segments as long as FindParts knows the text, likewise.

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/ccs/measure.h"
 
-#include <algorithm>
-
 namespace libstr::ccs
 {
 namespace
@@ -12,56 +10,18 @@ using plain::Passage;
 
 // ---- Plain text ----------------------------------------------------------------------------
 
-// The sequences that PassSevenBit knows designate sets of this table, of as many bytes.
-constexpr bool IsFixed(Graphic graphic, char final, uint8_t bytes)
-{
-    const uint8_t row = FindGraphicRow(graphic, '\0', final);
-    return row != kNoRow && kSets[row].units == Units::fixed && kSets[row].bytes == bytes &&
-           kSets[row].left != 0;
-}
-static_assert(IsFixed(Graphic::set94, 'B', 1) && IsFixed(Graphic::set94, 'J', 1));
-static_assert(IsFixed(Graphic::set94, 'I', 1) && IsFixed(Graphic::set94n, '@', 2));
-static_assert(IsFixed(Graphic::set94n, 'B', 2));
-
-void PassSevenBit(Walk *walk, Passage *passage)
-{
-    plain::SevenBit state = {walk->Current().view.left.bytes == 2, walk->state.left == 0, nullptr};
-    plain::PassSevenBit(passage, &state);
-    if (state.designation != nullptr)
-        Follow(walk, state.designation, 3);
-}
-
-// What the right half of the view has, where PassEightBit knows it.
-bool FindRight(const Walk &walk, plain::Right *right)
-{
-    const View &view = walk.Current().view;
-    if (view.right.row == kNoRow)
-        return false;
-    if (view.right.bytes == 2) {
-        const Half half = HalfOf(walk.state.g[2], &SetRow::right);
-        const bool isSingle =
-            half.row != kNoRow && !half.is96 && half.bytes == 1 && !IsMarked(half);
-        *right = isSingle ? plain::Right::shifted : plain::Right::pairs;
-        return !view.right.is96;
-    }
-    *right = IsMarked(view.right) ? plain::Right::marked
-             : view.right.is96    ? plain::Right::single96
-                                  : plain::Right::single94;
-    return view.partners || !IsMarked(view.right);
-}
-
 // Passes over what needs no closer look.
 void PassPlain(Walk *walk, Passage *passage)
 {
-    const View &view = walk->Current().view;
-    plain::Right right;
-    if (!view.escapes || view.utf8 || walk->next != Walk::Next::any || view.left.row == kNoRow ||
-        view.left.is96 || IsMarked(view.left))
+    const Runs &runs = walk->Current();
+    if (walk->next != Walk::Next::any || runs.plain == Plain::none)
         return;
-    if (!view.rightUsed)
-        PassSevenBit(walk, passage);
-    else if (view.left.bytes == 1 && FindRight(*walk, &right))
-        plain::PassEightBit(passage, right);
+    if (runs.plain == Plain::eightBit)
+        return plain::PassEightBit(passage, runs.rightHalf);
+    plain::SevenBit state = {runs.view.left.bytes == 2, walk->state.left == 0, nullptr};
+    plain::PassSevenBit(passage, &state);
+    if (state.designation != nullptr)
+        Follow(walk, state.designation, 3);
 }
 
 // ---- Units ---------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/ccs/state.h"
 
+#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -68,9 +69,10 @@ void LockingShift(State *state, std::string_view sequence)
 
 // ---- Escapes for a state -------------------------------------------------------------------
 
+// The row depends on the rest.
 bool SameDesignation(const Designation &a, const Designation &b)
 {
-    return a.graphic == b.graphic && a.intermediate == b.intermediate && a.final == b.final;
+    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
 }
 
 size_t Append(char *out, size_t length, std::string_view text)

@@ -105,12 +105,52 @@ uint32_t Looks(const Run &run, const char *at, size_t avail)
            ((blocks::Mask(block) ^ run.half) & run.oneHalf);
 }
 
+// ---- Plain text ----------------------------------------------------------------------------
+
+// The sequences that PassSevenBit knows designate sets of this table, of as many bytes.
+constexpr bool IsFixed(Graphic graphic, char final, uint8_t bytes)
+{
+    const uint8_t row = FindGraphicRow(graphic, '\0', final);
+    return row != kNoRow && kSets[row].units == Units::fixed && kSets[row].bytes == bytes &&
+           kSets[row].left != 0;
+}
+static_assert(IsFixed(Graphic::set94, 'B', 1) && IsFixed(Graphic::set94, 'J', 1));
+static_assert(IsFixed(Graphic::set94, 'I', 1) && IsFixed(Graphic::set94n, '@', 2));
+static_assert(IsFixed(Graphic::set94n, 'B', 2));
+
+// Pairs in the right half, with SS2 for the characters of one byte in G2.
+constexpr plain::Right PairsOf(const State &state)
+{
+    const Half shifted = HalfOf(state.g[2], &SetRow::right);
+    const bool isSingle =
+        shifted.row != kNoRow && !shifted.is96 && shifted.bytes == 1 && !IsMarked(shifted);
+    return isSingle ? plain::Right::shifted : plain::Right::pairs;
+}
+
+constexpr void FindPlain(const State &state, Runs *runs)
+{
+    const Half &left = runs->view.left, &right = runs->view.right;
+    const bool isKnown = runs->view.escapes && !runs->view.utf8 && left.row != kNoRow &&
+                         !left.is96 && !IsMarked(left);
+    if (isKnown && !runs->view.rightUsed)
+        runs->plain = Plain::sevenBit;
+    if (!isKnown || !runs->view.rightUsed || left.bytes != 1 || right.row == kNoRow)
+        return;
+    runs->rightHalf = right.bytes == 2  ? PairsOf(state)
+                      : IsMarked(right) ? plain::Right::marked
+                      : right.is96      ? plain::Right::single96
+                                        : plain::Right::single94;
+    const bool isUnit = right.bytes == 2 ? !right.is96 : runs->view.partners || !IsMarked(right);
+    runs->plain = isUnit ? Plain::eightBit : Plain::none;
+}
+
 // ---- Runs by state -------------------------------------------------------------------------
 
 constexpr Runs RunsOf(const State &state, Heeds heeds)
 {
     Runs runs = {};
     runs.view = ViewOf(state, heeds);
+    FindPlain(state, &runs);
     const uint16_t left = runs.view.left.kind, right = runs.view.right.kind;
     runs.left = RunOf(runs.view, left);
     runs.right = left == right ? runs.left : RunOf(runs.view, right);

@@ -7,6 +7,7 @@
 #ifndef SERVICES_CCS_WALK_H
 #define SERVICES_CCS_WALK_H
 
+#include "base/plain_text.h"
 #include "services/ccs/unit.h"
 
 namespace libstr::ccs
@@ -27,9 +28,14 @@ struct Run {
     bool differs;
 };
 
+// Which of the kernels for plain text knows the text of a view.
+enum class Plain : uint8_t { none, sevenBit, eightBit };
+
 // A view with the runs of its halves.
 struct Runs {
     View view;
+    Plain plain;
+    plain::Right rightHalf; // where plain is eightBit
     Run left;
     Run right;
 };
