@@ -3,9 +3,10 @@
 // Byte maps: one look-up for each byte or, on x86-64 with AVX2, some shuffles for 32 bytes.
 //
 // A row is 16 entries of the map.  Rows that change no byte are left out, so a case table takes as
-// many shuffles as it has rows with letters.  A fold takes two, however many rows it has.
+// many shuffles as it has rows with fold.  A fold takes two, however many rows it has.
 #include "base/bytemap.h"
 
+#include "base/blocks.h"
 #include "base/vector.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ namespace
 
 constexpr uint8_t kFoldBit = 0x20;
 constexpr size_t kBlock = 32;
+constexpr size_t kLeast = 8; // bytes that a fold maps at once
 
 // A bit for each high half of the bytes with the fold bit: 2, 3, 6, 7, A, B, E and F.
 constexpr uint8_t HighHalf(unsigned int byte)
@@ -88,7 +90,7 @@ void FindRows(ByteMap *map)
 
 bool CanUseBlocks(const ByteMap &map, size_t length)
 {
-    return length >= kBlock && map.rows != ByteMap::kUnknown;
+    return length >= kLeast && map.rows != ByteMap::kUnknown;
 }
 
 STR_AVX2 inline __m256i LoadBlock(const void *at)
@@ -153,8 +155,8 @@ struct AnyLetters {
 struct RangeOfLetters {
     __m256i shift, below;
 
-    STR_AVX2 explicit RangeOfLetters(const ByteMap &map)
-        : shift(_mm256_set1_epi8(map.shift)), below(_mm256_set1_epi8(map.below))
+    STR_AVX2 RangeOfLetters(int8_t theShift, int8_t theBelow)
+        : shift(_mm256_set1_epi8(theShift)), below(_mm256_set1_epi8(theBelow))
     {
     }
 
@@ -175,10 +177,10 @@ struct ByFold : Letters {
         return _mm256_andnot_si256(Letters::Bits(bytes), bytes);
     }
 
-    STR_AVX2 inline __m256i Alike(__m256i a, __m256i b) const
+    // 0 where the entries are the same.
+    STR_AVX2 inline __m256i Differ(__m256i a, __m256i b) const
     {
-        const __m256i differ = _mm256_andnot_si256(Letters::Bits(a), a ^ b);
-        return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
+        return _mm256_andnot_si256(Letters::Bits(a), a ^ b);
     }
 };
 
@@ -193,8 +195,7 @@ STR_AVX2 inline uint32_t Zeros(__m256i bytes)
 // before.
 inline size_t NextBlock(size_t at, size_t length) { return std::min(at + kBlock, length - kBlock); }
 
-template <class By>
-STR_AVX2 inline size_t MapBlocks(const By &by, const uint8_t *in, size_t length, uint8_t *out)
+STR_AVX2 size_t MapByRows(const ByRows &by, const uint8_t *in, size_t length, uint8_t *out)
 {
     for (size_t at = 0;; at = NextBlock(at, length)) {
         const __m256i mapped = by.Mapped(LoadBlock(in + at));
@@ -209,8 +210,7 @@ STR_AVX2 inline size_t MapBlocks(const By &by, const uint8_t *in, size_t length,
     }
 }
 
-template <class By>
-STR_AVX2 inline size_t AlikeBlocks(const By &by, const uint8_t *a, const uint8_t *b, size_t length)
+STR_AVX2 size_t AlikeByRows(const ByRows &by, const uint8_t *a, const uint8_t *b, size_t length)
 {
     size_t at = 0;
     for (; length - at > 2 * kBlock; at += 2 * kBlock) { // two at a time, while they are alike
@@ -228,18 +228,131 @@ STR_AVX2 inline size_t AlikeBlocks(const By &by, const uint8_t *a, const uint8_t
     }
 }
 
+// The first bytes and the last of a run shorter than a block, 8 or 16 each.  They may overlap.
+[[gnu::noinline]] STR_AVX2 __m256i LoadEnds(const uint8_t *at, size_t length)
+{
+    if (length < 16) {
+        int64_t first, last;
+        std::memcpy(&first, at, sizeof first);
+        std::memcpy(&last, at + length - sizeof last, sizeof last);
+        return _mm256_set_epi64x(last, first, last, first);
+    }
+    __m128i first, last;
+    std::memcpy(&first, at, sizeof first);
+    std::memcpy(&last, at + length - sizeof last, sizeof last);
+    return _mm256_set_m128i(last, first);
+}
+
+STR_AVX2 inline void StoreEnds(__m256i ends, uint8_t *at, size_t length)
+{
+    const __m128i low = _mm256_castsi256_si128(ends), high = _mm256_extracti128_si256(ends, 1);
+    if (length < 16) {
+        const int64_t first = _mm_cvtsi128_si64(low), last = _mm_extract_epi64(high, 1);
+        std::memcpy(at, &first, sizeof first);
+        std::memcpy(at + length - sizeof last, &last, sizeof last);
+    } else {
+        std::memcpy(at, &low, sizeof low);
+        std::memcpy(at + length - sizeof high, &high, sizeof high);
+    }
+}
+
+// Leaves what comes before a NUL in its block to the caller: few runs have one.
+template <class Fold>
+STR_AVX2 inline size_t MapByFold(const Fold &fold, const uint8_t *in, size_t length, uint8_t *out)
+{
+    if (length < kBlock) {
+        const __m256i mapped = fold.Mapped(LoadEnds(in, length));
+        if (Zeros(mapped) != 0)
+            return 0;
+        StoreEnds(mapped, out, length);
+        return length;
+    }
+    size_t at = 0;
+    for (; length - at >= 4 * kBlock; at += 4 * kBlock) {
+        const __m256i mapped0 = fold.Mapped(LoadBlock(in + at));
+        const __m256i mapped1 = fold.Mapped(LoadBlock(in + at + kBlock));
+        const __m256i mapped2 = fold.Mapped(LoadBlock(in + at + 2 * kBlock));
+        const __m256i mapped3 = fold.Mapped(LoadBlock(in + at + 3 * kBlock));
+        if (Zeros(_mm256_min_epu8(_mm256_min_epu8(mapped0, mapped1),
+                                  _mm256_min_epu8(mapped2, mapped3))) != 0)
+            return at;
+        std::memcpy(out + at, &mapped0, kBlock);
+        std::memcpy(out + at + kBlock, &mapped1, kBlock);
+        std::memcpy(out + at + 2 * kBlock, &mapped2, kBlock);
+        std::memcpy(out + at + 3 * kBlock, &mapped3, kBlock);
+    }
+    for (at = std::min(at, length - kBlock);; at = NextBlock(at, length)) {
+        const __m256i mapped = fold.Mapped(LoadBlock(in + at));
+        if (Zeros(mapped) != 0)
+            return at;
+        std::memcpy(out + at, &mapped, kBlock);
+        if (at + kBlock == length)
+            return length;
+    }
+}
+
+// Leaves a difference in less than a block to the caller.
+template <class Fold>
+[[gnu::always_inline]] STR_AVX2 inline size_t AlikeByFold(const Fold &fold, const uint8_t *a,
+                                                          const uint8_t *b, size_t length)
+{
+    if (length < kBlock) {
+        const __m256i differ = fold.Differ(LoadEnds(a, length), LoadEnds(b, length));
+        return _mm256_testz_si256(differ, differ) != 0 ? length : 0;
+    }
+    if (length <= 2 * kBlock) { // most texts
+        const size_t last = length - kBlock;
+        const __m256i differ = fold.Differ(LoadBlock(a), LoadBlock(b)) |
+                               fold.Differ(LoadBlock(a + last), LoadBlock(b + last));
+        if (_mm256_testz_si256(differ, differ) != 0)
+            return length;
+    }
+    size_t at = 0;
+    for (; length - at >= 4 * kBlock; at += 4 * kBlock) {
+        const uint8_t *const a0 = a + at, *const b0 = b + at;
+        const __m256i differ = fold.Differ(LoadBlock(a0), LoadBlock(b0)) |
+                               fold.Differ(LoadBlock(a0 + kBlock), LoadBlock(b0 + kBlock)) |
+                               fold.Differ(LoadBlock(a0 + 2 * kBlock), LoadBlock(b0 + 2 * kBlock)) |
+                               fold.Differ(LoadBlock(a0 + 3 * kBlock), LoadBlock(b0 + 3 * kBlock));
+        if (_mm256_testz_si256(differ, differ) == 0)
+            break;
+    }
+    for (at = std::min(at, length - kBlock);; at = NextBlock(at, length)) {
+        const __m256i differ = fold.Differ(LoadBlock(a + at), LoadBlock(b + at));
+        if (const uint32_t stops = ~Zeros(differ); stops != 0)
+            return at + static_cast<size_t>(std::countr_zero(stops));
+        if (at + kBlock == length)
+            return length;
+    }
+}
+
 STR_AVX2 size_t MapBlocks(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *out)
 {
-    return map.isFold ? MapBlocks(ByFold<AnyLetters>(map), in, length, out)
-                      : MapBlocks(ByRows{map}, in, length, out);
+    if (map.isFold)
+        return MapByFold(ByFold<AnyLetters>(map), in, length, out);
+    return length >= kBlock ? MapByRows(ByRows{map}, in, length, out) : 0;
+}
+
+// By a fold whose letters are one range.
+STR_AVX2 size_t AlikeInRange(int8_t shift, int8_t below, const uint8_t *a, const uint8_t *b,
+                             size_t length)
+{
+    return AlikeByFold(ByFold<RangeOfLetters>(shift, below), a, b, length);
 }
 
 STR_AVX2 size_t AlikeBlocks(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length)
 {
     if (!map.isFold)
-        return AlikeBlocks(ByRows{map}, a, b, length);
-    return map.isRange ? AlikeBlocks(ByFold<RangeOfLetters>(map), a, b, length)
-                       : AlikeBlocks(ByFold<AnyLetters>(map), a, b, length);
+        return length >= kBlock ? AlikeByRows(ByRows{map}, a, b, length) : 0;
+    return map.isRange ? AlikeInRange(map.shift, map.below, a, b, length)
+                       : AlikeByFold(ByFold<AnyLetters>(map), a, b, length);
+}
+
+size_t LettersAlikeInBlocks(const uint8_t *a, const uint8_t *b, size_t length)
+{
+    return length >= kLeast && HasAvx2()
+               ? AlikeInRange(INT8_MAX - 'z', INT8_MAX - ('z' - 'a' + 1), a, b, length)
+               : 0;
 }
 
 #else
@@ -252,7 +365,14 @@ size_t MapBlocks(const ByteMap &, const uint8_t *, size_t, uint8_t *) { return 0
 
 size_t AlikeBlocks(const ByteMap &, const uint8_t *, const uint8_t *, size_t) { return 0; }
 
+size_t LettersAlikeInBlocks(const uint8_t *, const uint8_t *, size_t) { return 0; }
+
 #endif
+
+constexpr char LowerOf(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | kFoldBit) : c;
+}
 
 } // namespace
 
@@ -290,6 +410,21 @@ size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_
             break;
     }
     return done;
+}
+
+size_t LettersAlike(const char *a, const char *b, size_t length)
+{
+    size_t at = LettersAlikeInBlocks(reinterpret_cast<const uint8_t *>(a),
+                                     reinterpret_cast<const uint8_t *>(b), length);
+    for (; length - at >= blocks::kSize; at += blocks::kSize) {
+        const blocks::Block block1 = blocks::Lower(blocks::Load(a + at, blocks::kSize));
+        const blocks::Block block2 = blocks::Lower(blocks::Load(b + at, blocks::kSize));
+        if (blocks::Mask(blocks::Differ(block1, block2)) != 0)
+            break;
+    }
+    while (at < length && LowerOf(a[at]) == LowerOf(b[at]))
+        ++at;
+    return at;
 }
 
 } // namespace libstr

@@ -50,8 +50,13 @@ void FindFold(ByteMap *map);
 // many it wrote.
 size_t MapBytes(const ByteMap &map, const uint8_t *in, size_t length, uint8_t *out);
 
-// How many of the first `length` bytes of `a` and `b` have the same entries, none of them 0.
+// How many of the first `length` bytes of `a` and `b`, which have no NUL, have the same entries, none
+// of them 0.
 size_t MappedAlike(const ByteMap &map, const uint8_t *a, const uint8_t *b, size_t length);
+
+// How many of the first `length` bytes of `a` and `b`, which have no NUL, are the same or one ASCII
+// letter in both cases.
+size_t LettersAlike(const char *a, const char *b, size_t length);
 
 } // namespace libstr
 
