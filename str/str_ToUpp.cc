@@ -24,7 +24,7 @@ Buffer<unsigned char> theBuffer;
 constexpr unsigned int kStep = 128; // the buffer grows by at least so many bytes
 constexpr unsigned int kRoom = 3;   // for a character in two bytes and the NUL
 
-unsigned char *GrowUpperBuffer(uint64_t need, unsigned int *capacity)
+[[gnu::noinline]] unsigned char *GrowUpperBuffer(uint64_t need, unsigned int *capacity)
 {
     const uint64_t old = theBuffer.capacity;
     if (old == 0 || old < need) {
@@ -44,12 +44,46 @@ struct Result {
     unsigned int capacity;
 };
 
+// As str_UpShift, by a table that has been resolved.
+unsigned char *UpShift(const UpShiftTable &table, const unsigned char *in, const unsigned char *end,
+                       unsigned char *buf, unsigned int *used, unsigned int *capacity)
+{
+    uint64_t done = *used;
+    while (in < end) {
+        if (done + kRoom > *capacity)
+            buf = GrowUpperBuffer(done + kRoom, capacity);
+        // These bytes fit with room to spare, so the buffer need not grow between them.
+        const auto room = static_cast<size_t>(*capacity - done - (kRoom - 1));
+        const size_t fit = std::min(static_cast<size_t>(end - in), room);
+        const size_t paired = 2 * MapPairs(table, in, fit / 2, buf + done);
+        const size_t mapped =
+            paired + MapBytes(table.map, in + paired, fit - paired, buf + done + paired);
+        done += mapped;
+        in += mapped;
+        if (mapped != 0)
+            continue;
+        const UpShifted upper = UpShiftByLists(table, in, end - in);
+        std::memcpy(buf + done, upper.bytes, static_cast<size_t>(upper.written));
+        done += static_cast<size_t>(upper.written);
+        in += upper.consumed;
+    }
+    *used = static_cast<unsigned int>(done);
+    return buf;
+}
+
 void AppendUnchanged(const char *bytes, unsigned int length, Result *result)
 {
     const uint64_t need = uint64_t{result->used} + length + 1;
     if (need > result->capacity)
         result->buffer = GrowUpperBuffer(need, &result->capacity);
-    std::memcpy(result->buffer + result->used, bytes, length);
+    unsigned char *const out = result->buffer + result->used;
+    if (length >= 2 && length <= 4) { // an escape sequence: two parts that overlap
+        const uint16_t first = LoadPair(bytes), last = LoadPair(bytes + length - 2);
+        std::memcpy(out, &first, sizeof first);
+        std::memcpy(out + length - 2, &last, sizeof last);
+    } else {
+        std::memcpy(out, bytes, length);
+    }
     result->used += length;
 }
 
@@ -64,25 +98,102 @@ void Append(const char *bytes, unsigned int length, const CaseTableRecord *table
                         table, result->buffer, &result->used, &result->capacity);
 }
 
+// A text that switches sets.
+struct Text {
+    const char *str;
+    unsigned int length;
+    uint16_t only; // the kind whose table serves all segments, or CS_SEG_NONE
+    prepared::Kinds tables;
+    // A kind by whose table all that follows has been mapped to its place in the result: as long as
+    // no length changes, its segments are done.  Most texts have many of one kind.
+    uint16_t mapped = CS_SEG_END;
+};
+
+// Whether the result so far has as many bytes as the text so far.
+bool IsInStep(const Text &text, const char *at, const Result &result)
+{
+    return at - text.str == static_cast<ptrdiff_t>(result.used);
+}
+
+// Maps the rest of the text to its place in the result by a table that keeps lengths, if there is
+// room.
+void MapRest(Text *text, uint16_t kind, const ByteMap &map, const Result &result)
+{
+    if (text->length >= result.capacity)
+        return;
+    MapBytes(map, reinterpret_cast<const uint8_t *>(text->str) + result.used,
+             text->length - result.used, result.buffer + result.used);
+    text->mapped = kind;
+}
+
+// Appends a pair by its row, if that says all.
+bool AppendPair(const UpShiftTable &table, const uint8_t *pair, Result *result)
+{
+    if (table.pairs == nullptr || uint64_t{result->used} + kRoom > result->capacity)
+        return false;
+    const uint16_t change = PairChange(table, pair);
+    if (change == PairRow::kSeeLists)
+        return false;
+    const auto upper = static_cast<uint16_t>(LoadPair(pair) ^ change);
+    std::memcpy(result->buffer + result->used, &upper, sizeof upper);
+    result->used += sizeof upper;
+    return true;
+}
+
+// Appends a segment of text in upper case.
+void AppendSegment(Text *text, const SegmentWalk &walk, Result *result)
+{
+    const uint16_t kind = text->only != CS_SEG_NONE ? text->only : walk.kind;
+    const UpShiftTable *table = text->tables.TableOf(kind);
+    if (table == nullptr)
+        table = text->tables.Keep(kind, prepared::FindOfKind(kind));
+    if (table == nullptr) {
+        const CSDescriptor cs = {kind, 0};
+        Append(walk.at, walk.size, CaseTableOf(&cs), result);
+        return;
+    }
+    const auto *const bytes = reinterpret_cast<const uint8_t *>(walk.at);
+    if (walk.size == 2 && AppendPair(*table, bytes, result))
+        return;
+    if (table->map.isTotal && text->mapped == CS_SEG_END && IsInStep(*text, walk.at, *result))
+        MapRest(text, walk.kind, table->map, *result);
+    if (walk.kind == text->mapped && IsInStep(*text, walk.at, *result))
+        result->used += walk.size;
+    else
+        result->buffer = UpShift(*table, bytes, bytes + walk.size, result->buffer, &result->used,
+                                 &result->capacity);
+}
+
+void UpperCaseBySegments(Text *text, const CSDescriptor *cs, Result *result)
+{
+    SegmentWalk walk;
+    WalkSegments(&walk, text->str, cs, static_cast<int>(text->length));
+    while (NextSegment(&walk)) {
+        if (walk.kind == text->mapped && IsInStep(*text, walk.at, *result))
+            result->used += walk.size;
+        else if (IsText(walk.kind))
+            AppendSegment(text, walk, result);
+        else
+            AppendUnchanged(walk.at, walk.size, result);
+    }
+}
+
 // The upper case of `length` bytes that are not UTF-8.
 void UpperCase(const char *str, unsigned int length, const CSDescriptor *cs, Result *result)
 {
     result->buffer = GrowUpperBuffer(uint64_t{length} + length / 4, &result->capacity);
-    const CaseTableRecord *const own = CaseTableOf(cs);
+    const SetFlags set = cs;
+    const CaseTableRecord *const own =
+        HasCase(set) ? TableOfCased(cs, ccs_GetToUpperTable(cs)) : nullptr;
     if (cs->escMode == 0) {
         Append(str, length, own, result);
         return;
     }
-    const bool ownForAll = own != nullptr && IsUniform(cs);
-    SegmentWalk walk;
-    WalkSegments(&walk, str, cs, static_cast<int>(length));
-    CaseTables tables = {};
-    while (NextSegment(&walk)) {
-        const CaseTableRecord *table = nullptr;
-        if (IsText(walk.kind))
-            table = ownForAll ? own : TableOfKind(&tables, walk.kind);
-        Append(walk.at, walk.size, table, result);
-    }
+    Text text;
+    text.str = str;
+    text.length = length;
+    text.only = own != nullptr && IsUniform(set) ? cs->csNum : uint16_t{CS_SEG_NONE};
+    UpperCaseBySegments(&text, cs, result);
 }
 
 // The text ends at the NUL, even before the length.
@@ -165,27 +276,7 @@ unsigned char *str_UpShift(const unsigned char *in, int len, const CaseTableReco
     const auto *const end = in + std::max(len, 0);
     UpShiftTable own;
     const UpShiftTable &lookup = prepared::TableOf(table, static_cast<size_t>(end - in), &own);
-    uint64_t done = *used;
-    while (in < end) {
-        if (done + kRoom > *capacity)
-            buf = GrowUpperBuffer(done + kRoom, capacity);
-        // These bytes fit with room to spare, so the buffer need not grow between them.
-        const auto room = static_cast<size_t>(*capacity - done - (kRoom - 1));
-        const size_t fit = std::min(static_cast<size_t>(end - in), room);
-        const size_t paired = 2 * MapPairs(lookup, in, fit / 2, buf + done);
-        const size_t mapped =
-            paired + MapBytes(lookup.map, in + paired, fit - paired, buf + done + paired);
-        done += mapped;
-        in += mapped;
-        if (mapped != 0)
-            continue;
-        const UpShifted upper = UpShiftByLists(lookup, in, end - in);
-        std::memcpy(buf + done, upper.bytes, static_cast<size_t>(upper.written));
-        done += static_cast<size_t>(upper.written);
-        in += upper.consumed;
-    }
-    *used = static_cast<unsigned int>(done);
-    return buf;
+    return UpShift(lookup, in, end, buf, used, capacity);
 }
 
 char *str_ToUpper(const char *str, int len, int *outLen, const CSDescriptor *cs)

@@ -172,6 +172,56 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
     }
 }
 
+// By copies of the records, for which nothing is prepared.
+std::string UpperBySegments(const std::string &text, const CSDescriptor &cs)
+{
+    CaseTableRecord *table = nullptr, copy;
+    const bool isUniform = (ccs_GetCSFlags(&cs) & CS_FLAG_UNIFORM) != 0;
+    const bool ownForAll = isUniform && str_GetTouTable(&cs, &table) != 0;
+    std::string upper;
+    int count = 0;
+    const CSSegment *at = ccs_GetAllStrs(&cs, text.c_str(), -1, &count);
+    for (const CSSegment *const end = at + count - 1; at != end; ++at) {
+        const CSDescriptor kind = {at->kind, 0};
+        if (static_cast<int16_t>(at->kind) <= 0 ||
+            (!ownForAll && str_GetTouTable(&kind, &table) == 0)) {
+            upper.append(at->text, at->length);
+            continue;
+        }
+        copy = *table;
+        unsigned int used = 0, capacity = 0;
+        const auto *const bytes = reinterpret_cast<const unsigned char *>(at->text);
+        const auto *const run =
+            str_UpShift(bytes, static_cast<int>(at->length), &copy, nullptr, &used, &capacity);
+        upper.append(run, run + used);
+    }
+    return upper;
+}
+
+TEST_F(CaseConversion, OfATextIsThatOfItsSegments)
+{
+    std::mt19937 random(TestSeed());
+    // The shipped tables; one that makes texts longer, and one that makes them shorter.
+    for (const std::string rules : {"", "6.s z=ZZ a=A b=B", "103.s \\xC8u=U \\xC2Z=V"}) {
+        if (!rules.empty()) {
+            const size_t name = rules.find(' ');
+            home.Write("toupper/" + rules.substr(0, name), "T C x\n" + rules.substr(name + 1));
+            home.Remove("toupper/" + rules.substr(0, name - 1) + "b");
+        }
+        ReleaseTables();
+        for (int round = 0; round < 3000; ++round) {
+            ccs_SetInfo set;
+            ccs_GetSetInfo(static_cast<int>(random() % 1000) % ccs_GetSetCount(), &set);
+            if (set.name == "UTF8"s)
+                continue;
+            const CSDescriptor cs = {set.number, 1};
+            const std::string text = RandomText(random, 30).c_str();
+            ASSERT_EQ(Upper(text, cs), UpperBySegments(text, cs))
+                << set.name << testing::PrintToString(text);
+        }
+    }
+}
+
 TEST_F(CaseConversion, LengthsBeyondTheTextMeanTheText)
 {
     for (const char *set : {"ISO-8859-1", "UTF8", "ISO-2022-JP"})

@@ -4,6 +4,8 @@
 #include "base/blocks.h"
 #include "str/core/comparison.h"
 
+#include <bit>
+
 namespace libstr
 {
 
@@ -19,50 +21,70 @@ struct Pair {
     size_t size;
 };
 
-// The place of the first difference from `at` on; the end of the texts without one.  Letters that
-// differ only in case are alike if `fold` says so.
-template <bool fold>
-size_t FindDifference(const Pair &pair, size_t at)
+// The place of the first difference from `at` on; the end of the texts without one.
+size_t FindUnequal(const Pair &pair, size_t at)
 {
-    for (; at < pair.size; at += blocks::kSize) {
-        blocks::Block block1 = blocks::Load(pair.text1 + at, pair.size - at);
-        blocks::Block block2 = blocks::Load(pair.text2 + at, pair.size - at);
-        if constexpr (fold) {
-            block1 = blocks::Lower(block1);
-            block2 = blocks::Lower(block2);
-        }
-        if (const uint32_t differ = blocks::Mask(blocks::Differ(block1, block2)); differ != 0)
-            return at + blocks::Free(differ, 0);
+    constexpr size_t kWord = sizeof(uint64_t);
+    for (; pair.size - at >= kWord; at += kWord) {
+        const uint64_t differ =
+            blocks::LoadWord(pair.text1 + at, kWord) ^ blocks::LoadWord(pair.text2 + at, kWord);
+        if (differ != 0)
+            return at + static_cast<size_t>(std::countr_zero(differ)) / 8;
     }
-    return pair.size;
+    while (at < pair.size && pair.text1[at] == pair.text2[at])
+        ++at;
+    return at;
 }
 
-constexpr auto *FindUnequal = FindDifference<false>;
-constexpr auto *FindUnlike = FindDifference<true>;
+// Whether a difference comes right after an ESC, where it may divide the texts differently.
+bool DifferAfterEsc(const Pair &pair)
+{
+    const void *const first = std::memchr(pair.text1, kEsc, pair.size);
+    if (first == nullptr)
+        return false;
+    auto at = static_cast<size_t>(static_cast<const char *>(first) - pair.text1);
+    const size_t last = pair.size - 1; // nothing comes after it
+    const auto load = [](const char *text) { return blocks::Load(text, blocks::kSize); };
+    if (last >= blocks::kSize)
+        for (;; at += blocks::kSize) { // the last block may overlap the one before
+            at = std::min(at, last - blocks::kSize);
+            const blocks::Block differ =
+                blocks::Differ(load(pair.text1 + at + 1), load(pair.text2 + at + 1));
+            const blocks::Block isEsc = blocks::Equal(load(pair.text1 + at), kEsc);
+            if ((blocks::Mask(differ) & blocks::Mask(isEsc)) != 0)
+                return true;
+            if (at + blocks::kSize == last)
+                return false;
+        }
+    while (at < last && (pair.text1[at] != kEsc || pair.text1[at + 1] == pair.text2[at + 1]))
+        ++at;
+    return at < last;
+}
 
 // What is known of the segments' kinds.
 struct Kinds {
-    CaseTables tables;
-    uint16_t folding; // a kind whose table makes all letters alike, whatever is around them
+    prepared::Kinds tables;
+    // A kind whose table makes all letters alike, whatever is around them.
+    uint16_t folding = CS_SEG_END;
 };
 
-// Compares a segment of text in which letters differ.
-InStep CompareSegment(const Run &run1, const Run &run2, uint16_t kind, Kinds *kinds)
+// Whether all that the segments hold is pairs that are alike without a look at the lists.
+bool ArePairsAlike(const UpShiftTable *table, const Run &run1, const Run &run2)
 {
-    if (kind == kinds->folding)
-        return InStep::equal;
-    const CaseTableRecord *const record = TableOfKind(&kinds->tables, kind);
+    if (table == nullptr || table->pairs == nullptr || run1.size % 2 != 0)
+        return false;
+    size_t at = 0;
+    while (at < run1.size && IsPairAlike(*table, run1.Bytes() + at, run2.Bytes() + at))
+        at += 2;
+    return at == run1.size;
+}
+
+InStep CompareByRecord(const Run &run1, const Run &run2, uint16_t kind)
+{
+    const CSDescriptor cs = {kind, 0};
+    const CaseTableRecord *const record = CaseTableOf(&cs);
     if (record == nullptr)
         return InStep::different;
-    if (const UpShiftTable *const table = prepared::Find(record); table != nullptr) {
-        if (table->map.foldsLetters) {
-            kinds->folding = kind;
-            return InStep::equal;
-        }
-        const size_t pairs = run1.size / 2;
-        if (run1.size % 2 == 0 && PairsAlike(*table, run1.Bytes(), run2.Bytes(), pairs) == pairs)
-            return InStep::equal;
-    }
     const RunResult result = CompareUpShiftedRun(run1, run2, kNoLimit, record);
     if (result.order != 0)
         return InStep::different;
@@ -70,29 +92,50 @@ InStep CompareSegment(const Run &run1, const Run &run2, uint16_t kind, Kinds *ki
     return whole ? InStep::equal : InStep::unknown;
 }
 
-InStep CompareSegments(const Pair &pair, size_t unequal, const CSDescriptor *cs)
+// Compares a segment of text in which letters differ.
+InStep CompareSegment(const Run &run1, const Run &run2, uint16_t kind, Kinds *kinds)
+{
+    const UpShiftTable *table = kinds->tables.TableOf(kind);
+    if (table == nullptr)
+        table = kinds->tables.Keep(kind, prepared::FindOfKind(kind));
+    if (table != nullptr && table->map.foldsLetters) {
+        kinds->folding = kind;
+        return InStep::equal;
+    }
+    return ArePairsAlike(table, run1, run2) ? InStep::equal : CompareByRecord(run1, run2, kind);
+}
+
+// Compares texts that differ in the case of letters only, and not right after ESC.
+InStep CompareSegments(const Pair &pair, const CSDescriptor *cs)
 {
     SegmentWalk walk;
     WalkSegments(&walk, pair.text1, cs);
     if (!walk.own)
         return InStep::unknown;
-    const bool escapes = std::memchr(pair.text1, kEsc, pair.size) != nullptr;
-    Kinds kinds = {};
-    while (unequal < pair.size) {
-        if (!NextSegment(&walk))
-            return InStep::unknown;
-        const auto begin = static_cast<size_t>(walk.at - pair.text1), end = begin + walk.size;
+    Kinds kinds;
+    // Before `unequal`, all is the same or has been compared.  A pair is compared at once: most
+    // texts of pairs and letters have a difference near each.
+    size_t end = 0, unequal = 0;
+    while (unequal < pair.size && NextSegment(&walk)) {
+        const size_t begin = end;
+        end += walk.size;
+        if (walk.kind == kinds.folding || end <= unequal)
+            continue;
+        const Run run1 = {walk.at, walk.size}, run2 = {pair.text2 + begin, walk.size};
+        if (const UpShiftTable *const table = kinds.tables.TableOf(walk.kind);
+            walk.size == 2 && table != nullptr && table->pairs != nullptr &&
+            IsPairAlike(*table, run1.Bytes(), run2.Bytes()))
+            continue;
+        if (unequal <= begin)
+            unequal = FindUnequal(pair, begin);
         if (end <= unequal)
             continue;
-        if (!IsText(walk.kind) || (escapes && std::memchr(walk.at, kEsc, walk.size) != nullptr))
+        if (!IsText(walk.kind))
             return InStep::unknown;
-        const Run run1 = {walk.at, walk.size}, run2 = {pair.text2 + begin, walk.size};
         const InStep result = CompareSegment(run1, run2, walk.kind, &kinds);
         if (result != InStep::equal)
             return result;
-        unequal = end; // the next difference is often near
-        if (end < pair.size && pair.text1[end] == pair.text2[end])
-            unequal = FindUnequal(pair, end + 1);
+        unequal = end;
     }
     return InStep::equal;
 }
@@ -104,12 +147,11 @@ InStep CompareInStep(const char *s1, const char *s2, bool caseless, const CSDesc
     const Pair pair = {s1, s2, std::strlen(s1)};
     if (std::strlen(s2) != pair.size)
         return InStep::unknown;
-    const size_t unequal = FindUnequal(pair, 0);
-    if (unequal == pair.size)
+    if (std::memcmp(s1, s2, pair.size) == 0)
         return InStep::equal;
-    if (!caseless || FindUnlike(pair, unequal) != pair.size)
+    if (!caseless || LettersAlike(s1, s2, pair.size) != pair.size || DifferAfterEsc(pair))
         return InStep::unknown;
-    return CompareSegments(pair, unequal, cs);
+    return CompareSegments(pair, cs);
 }
 
 } // namespace libstr

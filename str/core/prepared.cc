@@ -2,6 +2,7 @@
 #include "str/core/prepared.h"
 
 #include "str/core/frame.h"
+#include "str/core/sets.h"
 
 #include <algorithm>
 #include <cstring>
@@ -91,6 +92,26 @@ const Prepared *AddOfImage(size_t index)
         return made;
     os_free(made); // another thread was faster
     return kept;
+}
+
+const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own)
+{
+    constexpr size_t kLongRun = 32; // bytes that make an index pay
+    if (const UpShiftTable *const table = Find(record); table != nullptr)
+        return *table;
+    SetUpShiftTable(own, record);
+    if (length >= kLongRun)
+        IndexUpShiftTable(own);
+    return *own;
+}
+
+const UpShiftTable *FindOfKind(uint16_t kind)
+{
+    const CSDescriptor cs = {kind, 0};
+    if (!HasCase(&cs))
+        return nullptr;
+    const uint16_t number = ccs_GetToUpperTable(&cs);
+    return number == 0 ? nullptr : FindAt(number - 1U);
 }
 
 } // namespace libstr::prepared

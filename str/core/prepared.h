@@ -87,16 +87,31 @@ inline const UpShiftTable *Find(const CaseTableRecord *record)
 
 // The table of any record: a prepared one or, else, `*own`, which is filled in.  `length` says how
 // long a run it is for.
-inline const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own)
-{
-    constexpr size_t kLongRun = 32; // bytes that make an index pay
-    if (const UpShiftTable *const table = Find(record); table != nullptr)
-        return *table;
-    SetUpShiftTable(own, record);
-    if (length >= kLongRun)
-        IndexUpShiftTable(own);
-    return *own;
-}
+const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own);
+
+// The prepared tables of the kinds of segments met last.  They stay where they are during a call.
+// Most calls are for short texts, so only the kinds have values at first.
+struct Kinds {
+    uint16_t kinds[4] = {}; // no text has kind 0
+    const UpShiftTable *tables[4];
+
+    // Null when it is not known.
+    const UpShiftTable *TableOf(uint16_t kind) const
+    {
+        const size_t place = kind % std::size(kinds);
+        return kinds[place] == kind ? tables[place] : nullptr;
+    }
+
+    const UpShiftTable *Keep(uint16_t kind, const UpShiftTable *table)
+    {
+        const size_t place = kind % std::size(kinds);
+        kinds[place] = kind;
+        return tables[place] = table;
+    }
+};
+
+// The table of a kind of text, if its record is in the registry already and prepared; else null.
+const UpShiftTable *FindOfKind(uint16_t kind);
 
 } // namespace libstr::prepared
 

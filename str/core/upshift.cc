@@ -93,13 +93,6 @@ int FindPairUpShift(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 
 // ---- Pairs ---------------------------------------------------------------------------------
 
-uint16_t LoadPair(const uint8_t *in)
-{
-    uint16_t pair;
-    std::memcpy(&pair, in, sizeof pair);
-    return pair;
-}
-
 // The first rule for a trail holds.  An upper case of one byte is left to the lists.
 void FillPairRow(uint8_t lead, const Trails &trails, PairRow *row)
 {
@@ -111,12 +104,6 @@ void FillPairRow(uint8_t lead, const Trails &trails, PairRow *row)
                                      ? PairRow::kSeeLists
                                      : static_cast<uint16_t>(LoadPair(pair) ^ LoadPair(rule.upper));
     }
-}
-
-// What changes in the pair at `in`.
-uint16_t PairChange(const UpShiftTable &table, const uint8_t *in)
-{
-    return table.pairs[table.pairRow[in[0]]].change[in[1]];
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include "base/bytemap.h"
 #include "str/core/case_record.h"
 
+#include <cstring>
 #include <iterator>
 
 namespace libstr
@@ -103,6 +104,27 @@ inline UpShifted UpShiftOne(const UpShiftTable &table, const uint8_t *in, ptrdif
 {
     const uint8_t upper = table.map.upper[*in];
     return upper != 0 ? UpShifted{{upper, 0}, 1, 1} : UpShiftByLists(table, in, avail);
+}
+
+inline uint16_t LoadPair(const void *in)
+{
+    uint16_t pair;
+    std::memcpy(&pair, in, sizeof pair);
+    return pair;
+}
+
+// What changes in the pair at `in`, by a table with pairs.
+inline uint16_t PairChange(const UpShiftTable &table, const uint8_t *in)
+{
+    return table.pairs[table.pairRow[in[0]]].change[in[1]];
+}
+
+// Whether the pairs at `a` and `b` have the same upper case, without a look at the lists.
+inline bool IsPairAlike(const UpShiftTable &table, const uint8_t *a, const uint8_t *b)
+{
+    const uint16_t changeA = PairChange(table, a), changeB = PairChange(table, b);
+    return changeA != PairRow::kSeeLists && changeB != PairRow::kSeeLists &&
+           (LoadPair(a) ^ changeA) == (LoadPair(b) ^ changeB);
 }
 
 // Writes the upper case of so many pairs of bytes to `out`, up to the first that has to be looked

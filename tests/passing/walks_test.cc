@@ -66,6 +66,8 @@ TEST_F(Walks, SayWhatTheReadersSay)
         for (char &byte : second)
             if (g_ascii_isalpha(byte) && random() % 2)
                 byte = static_cast<char>(byte ^ 0x20);
+        if (random() % 8 == 0 && !second.empty())
+            second[random() % second.size()] = 'a';
         ccs_SetInfo set;
         ccs_GetSetInfo(static_cast<int>(random() % static_cast<unsigned>(ccs_GetSetCount())), &set);
         const CSDescriptor cs = {set.number, random() % 4 != 0};
