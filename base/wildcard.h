@@ -40,7 +40,8 @@ inline bool AreEqual(const char *a, const char *b, size_t size)
 }
 
 // The next `avail` places with the first and the last byte of the piece at their distance.
-inline blocks::Block Places(const char *at, size_t avail, const char *piece, size_t size)
+[[gnu::always_inline]] inline blocks::Block Places(const char *at, size_t avail, const char *piece,
+                                                   size_t size)
 {
     return blocks::Equal(blocks::Load(at, avail), piece[0]) &
            blocks::Equal(blocks::Load(at + size - 1, avail), piece[size - 1]);
