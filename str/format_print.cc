@@ -75,6 +75,8 @@ void Fetch(Arguments *arguments, int k, int type, va_list *list)
 struct Built {
     const char *text; // null when nothing was built
     unsigned int length;
+    unsigned int omission = 0; // as in Build
+    Bytes omitted = {nullptr, 0};
 };
 
 // As the table of the format says.
@@ -177,7 +179,8 @@ bool IsSimple(const char *at, const char *end)
     return true;
 }
 
-Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list)
+Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list,
+                bool isCopied = false)
 {
     Arguments all;
     const size_t size = std::strlen(format);
@@ -187,14 +190,16 @@ Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_lis
         return BuildByTable(&all, cs, format, list);
     const Values values = {all.shorts,  all.ints,        all.longs,   all.floats,
                            all.doubles, all.longDoubles, all.pointers};
-    Print print = {{cs, set, values, 0}, &all, list, 0, format, !BeginText(size)};
+    Print print = {{cs, set, &values, isCopied}, &all, list, 0, format, false};
+    print.isOver = !BeginText(&print.build, size);
     if (isSimple)
         PrintSegment(&print, format, format + size);
     else
         PrintSegments(&print, &walk, format + size);
     if (!print.isOver)
         AppendText(&print.build, {print.text, static_cast<size_t>(format + size - print.text)});
-    return {EndText(&print.build), print.build.length};
+    const Build &build = print.build;
+    return {EndText(&print.build), build.length, build.omission, build.omitted};
 }
 
 int Write(const Built &built, FILE *stream)
@@ -208,7 +213,12 @@ int Copy(const Built &built, char *dest)
 {
     if (built.text == nullptr)
         return -1;
-    std::memcpy(dest, built.text, built.length + 1);
+    const size_t end = built.omission + built.omitted.size;
+    if (built.omitted.size != 0) { // copied first, since it may be in `dest`
+        std::memmove(dest + built.omission, built.omitted.at, built.omitted.size);
+        std::memcpy(dest, built.text, built.omission);
+    }
+    std::memcpy(dest + end, built.text + end, built.length + 1 - end);
     return static_cast<int>(built.length);
 }
 
@@ -247,7 +257,7 @@ int str_simplesprintf(const CSDescriptor *cs, char *dest, const char *format, ..
     va_list list;
     va_start(list, format);
     const int result = HasByteCharacters(set) ? std::vsprintf(dest, format, list)
-                                              : Copy(BuildText(cs, set, format, &list), dest);
+                                              : Copy(BuildText(cs, set, format, &list, true), dest);
     va_end(list);
     frame::TraceExit();
     return result;

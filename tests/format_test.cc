@@ -194,6 +194,25 @@ TEST(Print, WritesToStreams)
     std::fclose(full);
 }
 
+// The format and the strings may be where the text is written, long ones too.
+TEST(Print, TakesTextFromItsDestination)
+{
+    for (int round = 0; round < 2000; ++round) {
+        std::string room(8000, '\0'), expected(8000, '\0');
+        for (size_t i = 0; i < 2000; ++i)
+            room[i] = Below(400) == 0 ? '\0' : static_cast<char>('a' + Below(26));
+        const char format[] = "<%s,%4s,%s>";
+        char *const dest = room.data(), *const at = dest + Below(3000);
+        std::copy(std::begin(format), std::end(format), at);
+        const char *const strings[] = {dest + Below(1000), dest + Below(1000), dest + Below(1000)};
+        const int length = std::snprintf(expected.data(), expected.size(), format, strings[0],
+                                         strings[1], strings[2]);
+        const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
+        ASSERT_EQ(str_simplesprintf(&cs, dest, at, strings[0], strings[1], strings[2]), length);
+        ASSERT_STREQ(dest, expected.c_str());
+    }
+}
+
 // ---- Arguments in other sets -----------------------------------------------------------------
 
 bool HoldsAscii(uint16_t kind)
