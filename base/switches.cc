@@ -42,13 +42,14 @@ STR_AVX2 bool HasSwitchesInWindows(const char *at, size_t size)
         const Window low =
             _mm256_cmpeq_epi8(_mm256_min_epu8(least, _mm256_set1_epi8('\x1B')), least);
         if (_mm256_movemask_epi8(low) != 0)
-            for (const Window window : {a, b, c, d})
-                switches = _mm256_or_si256(switches, SwitchesIn(window));
+            switches = _mm256_or_si256(_mm256_or_si256(SwitchesIn(a), SwitchesIn(b)),
+                                       _mm256_or_si256(SwitchesIn(c), SwitchesIn(d)));
         if (_mm256_testz_si256(switches, switches) == 0)
             return true;
     }
-    for (; at < end; at += kWindow)
-        switches = _mm256_or_si256(switches, SwitchesIn(LoadWindow(std::min(at, end - kWindow))));
+    for (size_t i = 0; i < 4; ++i) // not as many as are left, which no branch could predict
+        switches = _mm256_or_si256(
+            switches, SwitchesIn(LoadWindow(std::min(at + i * kWindow, end - kWindow))));
     return _mm256_testz_si256(switches, switches) == 0;
 }
 

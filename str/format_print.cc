@@ -170,10 +170,9 @@ bool IsSimple(const char *at, const char *end)
 {
     for (; at < end; at += blocks::kSize) {
         const blocks::Block block = blocks::Load(at, static_cast<size_t>(end - at));
-        blocks::Block others = block;
-        for (const char byte : {'$', '\x1B', '\x0E', '\x0F'})
-            others |= blocks::Equal(block, byte);
-        if (blocks::Mask(others) != 0)
+        const blocks::Block shifts = blocks::Equal(block, '\x0E') | blocks::Equal(block, '\x0F');
+        const blocks::Block others = blocks::Equal(block, '$') | blocks::Equal(block, '\x1B');
+        if (blocks::Mask(block | shifts | others) != 0)
             return false;
     }
     return true;
@@ -190,7 +189,7 @@ Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_lis
         return BuildByTable(&all, cs, format, list);
     const Values values = {all.shorts,  all.ints,        all.longs,   all.floats,
                            all.doubles, all.longDoubles, all.pointers};
-    Print print = {{cs, set, &values, isCopied}, &all, list, 0, format, false};
+    Print print = {Build(cs, set, &values, isCopied), &all, list, 0, format, false};
     print.isOver = !BeginText(&print.build, size);
     if (isSimple)
         PrintSegment(&print, format, format + size);

@@ -93,7 +93,7 @@ void PutOrOmit(Build *build, Bytes bytes)
 
 // Appends the bytes, padded with spaces to the width, and then `suffix`.  Where there are many,
 // they are the caller's.
-bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes suffix = kNothing)
+bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes suffix)
 {
     const auto width = static_cast<size_t>(directive.width);
     const size_t padding = width > bytes.size ? width - bytes.size : 0;
@@ -108,6 +108,14 @@ bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes s
     if (suffix.size != 0)
         Put(build, suffix);
     return true;
+}
+
+// The same without a suffix.  Most bytes are few, and not padded.
+inline bool AppendBytes(Build *build, const Directive &directive, Bytes bytes)
+{
+    if (bytes.size < kLong && static_cast<size_t>(directive.width) <= bytes.size)
+        return AppendText(build, bytes);
+    return AppendPadded(build, directive, bytes, kNothing);
 }
 
 // Whether the next text reads as ASCII, if the last segment is of that kind.
@@ -210,25 +218,31 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
     return 0;
 }
 
+// Appends a string that is cut after `size` bytes, or that may switch sets.
+[[gnu::noinline]] bool AppendLookedAt(Build *build, const Directive &directive, Bytes string,
+                                      bool isCut, bool switches)
+{
+    char room[kMostEscapes];
+    Bytes escapes = kNothing;
+    auto look = [&] {
+        if (isCut)
+            string.size = KeptBytes(build, string.at, static_cast<unsigned int>(string.size));
+        if (switches && string.size != 0)
+            escapes = EscapesAfter(string, isCut, build->cs, room);
+    };
+    return Protect(look) && AppendPadded(build, directive, string, escapes);
+}
+
 bool AppendString(Build *build, const char *string, const Directive &directive)
 {
     const auto limit = static_cast<unsigned int>(directive.precision);
     if (string == nullptr)
         string = directive.precision < 0 || directive.precision >= 6 ? "(null)" : "";
-    size_t size = directive.precision < 0 ? std::strlen(string) : strnlen(string, limit);
+    const size_t size = directive.precision < 0 ? std::strlen(string) : strnlen(string, limit);
     const bool isCut = directive.precision >= 0 && size == limit;
     const bool switches = SwitchesSets(build->set) && HasSwitches(string, size);
-    if (!isCut && !switches)
-        return AppendPadded(build, directive, {string, size});
-    char room[kMostEscapes];
-    Bytes escapes = kNothing;
-    auto look = [&] {
-        if (isCut)
-            size = KeptBytes(build, string, limit);
-        if (switches && size != 0)
-            escapes = EscapesAfter({string, size}, isCut, build->cs, room);
-    };
-    return Protect(look) && AppendPadded(build, directive, {string, size}, escapes);
+    return isCut || switches ? AppendLookedAt(build, directive, {string, size}, isCut, switches)
+                             : AppendBytes(build, directive, {string, size});
 }
 
 // ---- Values of the C library ---------------------------------------------------------------
@@ -314,7 +328,7 @@ bool AppendInteger(Build *build, const Directive &directive, size_t bytes, long 
     char *const end = digits + sizeof digits;
     const auto written = isSigned ? std::to_chars(digits, end, value)
                                   : std::to_chars(digits, end, positive, BaseOf(conversion));
-    return AppendPadded(build, directive, {digits, static_cast<size_t>(written.ptr - digits)});
+    return AppendBytes(build, directive, {digits, static_cast<size_t>(written.ptr - digits)});
 }
 
 // A NUL is left to the C library, which pads it too.
@@ -323,7 +337,7 @@ bool AppendByte(Build *build, const Directive &directive, int value)
     const char byte = static_cast<char>(value);
     if (byte == '\0')
         return AppendValue(build, directive, "", 'c', value);
-    return AppendPadded(build, directive, {&byte, 1});
+    return AppendBytes(build, directive, {&byte, 1});
 }
 
 // ---- Tables --------------------------------------------------------------------------------
@@ -430,6 +444,8 @@ bool libstr::BeginText(Build *build, size_t formatSize)
 {
     const uint64_t need = uint64_t{formatSize} * 2;
     build->buffer = &theBuffer;
+    build->length = build->omission = 0;
+    build->omitted = kNothing;
     return (theBuffer.capacity != 0 && need <= theBuffer.capacity) ||
            EnlargeProtected(&theBuffer, need);
 }
@@ -484,7 +500,7 @@ char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char
                         void *const *pointers)
 {
     const Values values = {shorts, ints, longs, floats, doubles, longDoubles, pointers};
-    Build build = {cs, cs, &values, false};
+    Build build(cs, cs, &values, false);
     BuildText(&build, {table, maxParam}, format);
     *outLen = build.length;
     return EndText(&build);

@@ -39,10 +39,17 @@ struct Build {
     SetFlags set;
     const Values *values;
     bool isCopied; // the text will be copied from the buffer, so a long string need not be in it
-    unsigned int length = 0;        // of the text so far; less than the buffer's capacity
-    unsigned int omission = 0;      // where the buffer has a gap
-    Bytes omitted = {nullptr, 0};   // for this string of the caller's; size 0 for none
-    Buffer<char> *buffer = nullptr; // see BeginText
+
+    // See BeginText.
+    Buffer<char> *buffer;
+    unsigned int length;   // of the text so far; less than the buffer's capacity
+    unsigned int omission; // where the buffer has a gap
+    Bytes omitted;         // for this string of the caller's; size 0 for none
+
+    Build(const CSDescriptor *ofFormat, SetFlags flags, const Values *all, bool copied)
+        : cs(ofFormat), set(flags), values(all), isCopied(copied)
+    {
+    }
 };
 
 // Sets a width that is an argument.
