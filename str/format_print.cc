@@ -164,15 +164,27 @@ bool HasNumbers(const char *format, const char *end)
     return false;
 }
 
-// Whether the format has no numbers, and is one segment of any set that holds ASCII: it has no
-// bytes of 0x80 and above, and none that switches sets.
-bool IsSimple(const char *at, const char *end)
+template <char... bytes>
+blocks::Block AnyOf(blocks::Block block)
 {
+    return (blocks::Equal(block, bytes) | ...);
+}
+
+// Whether the format has no numbers, and is one segment that holds ASCII: it has no bytes of 0x80
+// and above, and none that switches sets.  A text of a set with CS_FLAG_ESCAPES begins in ASCII,
+// except that the bytes which ISO 646 leaves to its national variants may not be.
+bool IsSimple(const char *at, const char *end, SetFlags set)
+{
+    const bool varies = !HoldsAscii(set);
+    if (varies && !SwitchesSets(set))
+        return false;
     for (; at < end; at += blocks::kSize) {
         const blocks::Block block = blocks::Load(at, static_cast<size_t>(end - at));
-        const blocks::Block shifts = blocks::Equal(block, '\x0E') | blocks::Equal(block, '\x0F');
-        const blocks::Block others = blocks::Equal(block, '$') | blocks::Equal(block, '\x1B');
-        if (blocks::Mask(block | shifts | others) != 0)
+        const blocks::Block others = AnyOf<'$', '\x1B', '\x0E', '\x0F'>(block);
+        if (blocks::Mask(block | others) != 0)
+            return false;
+        if (varies &&
+            blocks::Mask(AnyOf<'#', '@', '[', '\\', ']', '^', '`', '{', '|', '}', '~'>(block)) != 0)
             return false;
     }
     return true;
@@ -183,7 +195,7 @@ Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_lis
 {
     Arguments all;
     const size_t size = std::strlen(format);
-    const bool isSimple = HoldsAscii(set) && IsSimple(format, format + size);
+    const bool isSimple = IsSimple(format, format + size, set);
     CSWalk walk;
     if (!isSimple && (HasNumbers(format, format + size) || !BeginOwnWalk(&walk, format, cs)))
         return BuildByTable(&all, cs, format, list);

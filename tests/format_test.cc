@@ -213,6 +213,19 @@ TEST(Print, TakesTextFromItsDestination)
     }
 }
 
+// So such a format is not divided.  What varies is, and then it may cut a directive.
+TEST(Print, FormatsOfSetsWithEscapesBeginInAscii)
+{
+    std::string format;
+    for (char byte = 1; byte < 0x7F; ++byte)
+        if (std::strchr("\x0E\x0F\x1B#$@[\\]^`{|}~", byte) == nullptr)
+            format += byte;
+    for (const char *const set : {"ISO-2022-JP", "ISO-2022-KR", "T.61"})
+        EXPECT_EQ(ReadSlowly(set, format), "6x" + std::to_string(format.size()));
+    EXPECT_EQ(Printed("T.61", "%x%#x", 10, 11), "a%#x!");
+    EXPECT_EQ(Printed("ISO-2022-JP", "%x%#x", 10, 11), "a0xb");
+}
+
 // ---- Arguments in other sets -----------------------------------------------------------------
 
 bool HoldsAscii(uint16_t kind)
