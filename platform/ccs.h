@@ -57,6 +57,10 @@ extern "C" {
  * - CS_SEG_RAW: bytes that cannot be characters.  A lead byte without its trail, a mark without its
  *   base, bytes of an unknown or empty designation; everything, when the text's own set is unknown.
  *
+ * A string of a set with CS_FLAG_ESCAPES begins in ASCII.  Before its first ESC, SO or SI, and before
+ * a byte of 0x80 and above, only the bytes that ISO 646 leaves to its national variants may be of
+ * another set.
+ *
  * A single shift (SS2, SS3) switches for one character only.  It is in the same segment as the
  * character that it shifts, as a control of its own, and is never separated from it.
  *

@@ -75,6 +75,8 @@ void Fetch(Arguments *arguments, int k, int type, va_list *list)
 struct Built {
     const char *text; // null when nothing was built
     unsigned int length;
+    unsigned int omission = 0; // as in Build
+    Bytes omitted = {nullptr, 0};
 };
 
 // As the table of the format says.
@@ -162,39 +164,53 @@ bool HasNumbers(const char *format, const char *end)
     return false;
 }
 
-// Whether the format has no numbers, and is one segment of any set that holds ASCII: it has no
-// bytes of 0x80 and above, and none that switches sets.
-bool IsSimple(const char *at, const char *end)
+template <char... bytes>
+blocks::Block AnyOf(blocks::Block block)
 {
+    return (blocks::Equal(block, bytes) | ...);
+}
+
+// Whether the format has no numbers, and is one segment that holds ASCII: it has no bytes of 0x80
+// and above, and none that switches sets.  A text of a set with CS_FLAG_ESCAPES begins in ASCII,
+// except that the bytes which ISO 646 leaves to its national variants may not be.
+bool IsSimple(const char *at, const char *end, SetFlags set)
+{
+    const bool varies = !HoldsAscii(set);
+    if (varies && !SwitchesSets(set))
+        return false;
     for (; at < end; at += blocks::kSize) {
         const blocks::Block block = blocks::Load(at, static_cast<size_t>(end - at));
-        blocks::Block others = block;
-        for (const char byte : {'$', '\x1B', '\x0E', '\x0F'})
-            others |= blocks::Equal(block, byte);
-        if (blocks::Mask(others) != 0)
+        const blocks::Block others = AnyOf<'$', '\x1B', '\x0E', '\x0F'>(block);
+        if (blocks::Mask(block | others) != 0)
+            return false;
+        if (varies &&
+            blocks::Mask(AnyOf<'#', '@', '[', '\\', ']', '^', '`', '{', '|', '}', '~'>(block)) != 0)
             return false;
     }
     return true;
 }
 
-Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list)
+Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list,
+                bool isCopied = false)
 {
     Arguments all;
     const size_t size = std::strlen(format);
-    const bool isSimple = HoldsAscii(set) && IsSimple(format, format + size);
+    const bool isSimple = IsSimple(format, format + size, set);
     CSWalk walk;
     if (!isSimple && (HasNumbers(format, format + size) || !BeginOwnWalk(&walk, format, cs)))
         return BuildByTable(&all, cs, format, list);
     const Values values = {all.shorts,  all.ints,        all.longs,   all.floats,
                            all.doubles, all.longDoubles, all.pointers};
-    Print print = {{cs, set, values, 0}, &all, list, 0, format, !BeginText(size)};
+    Print print = {Build(cs, set, &values, isCopied), &all, list, 0, format, false};
+    print.isOver = !BeginText(&print.build, size);
     if (isSimple)
         PrintSegment(&print, format, format + size);
     else
         PrintSegments(&print, &walk, format + size);
     if (!print.isOver)
         AppendText(&print.build, {print.text, static_cast<size_t>(format + size - print.text)});
-    return {EndText(&print.build), print.build.length};
+    const Build &build = print.build;
+    return {EndText(&print.build), build.length, build.omission, build.omitted};
 }
 
 int Write(const Built &built, FILE *stream)
@@ -208,7 +224,12 @@ int Copy(const Built &built, char *dest)
 {
     if (built.text == nullptr)
         return -1;
-    std::memcpy(dest, built.text, built.length + 1);
+    const size_t end = built.omission + built.omitted.size;
+    if (built.omitted.size != 0) { // copied first, since it may be in `dest`
+        std::memmove(dest + built.omission, built.omitted.at, built.omitted.size);
+        std::memcpy(dest, built.text, built.omission);
+    }
+    std::memcpy(dest + end, built.text + end, built.length + 1 - end);
     return static_cast<int>(built.length);
 }
 
@@ -247,7 +268,7 @@ int str_simplesprintf(const CSDescriptor *cs, char *dest, const char *format, ..
     va_list list;
     va_start(list, format);
     const int result = HasByteCharacters(set) ? std::vsprintf(dest, format, list)
-                                              : Copy(BuildText(cs, set, format, &list), dest);
+                                              : Copy(BuildText(cs, set, format, &list, true), dest);
     va_end(list);
     frame::TraceExit();
     return result;

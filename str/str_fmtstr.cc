@@ -8,7 +8,7 @@
 // it read an argument that is not there.
 #include <str/format.h>
 
-#include "base/blocks.h"
+#include "base/switches.h"
 #include "str/core/buffer.h"
 #include "str/core/build.h"
 #include "str/core/frame.h"
@@ -22,7 +22,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
-#include <type_traits>
+#include <functional>
 
 using namespace libstr;
 
@@ -37,11 +37,11 @@ Buffer<char> theBuffer;
 constexpr size_t kLeastGrowth = 128;
 constexpr size_t kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
 
-void Enlarge(uint64_t need)
+void EnlargeTo(Buffer<char> *buffer, uint64_t need)
 {
     if (need > kMostCapacity)
         frame::Raise(kSource, OS_ESC_MEMORY);
-    Grow(&theBuffer, std::max(static_cast<size_t>(need), theBuffer.capacity + kLeastGrowth));
+    Grow(buffer, std::max(static_cast<size_t>(need), buffer->capacity + kLeastGrowth));
 }
 
 // ---- Escapes -------------------------------------------------------------------------------
@@ -55,40 +55,45 @@ bool Protect(Body &&body)
     return frame::Protect(kSource, frame::Accept(ER_CLASS_LIBRARY), body, [] {});
 }
 
-[[gnu::noinline]] bool EnlargeProtected(uint64_t need)
+[[gnu::noinline]] bool EnlargeProtected(Buffer<char> *buffer, uint64_t need)
 {
-    return Protect([need] { Enlarge(need); });
-}
-
-// ---- Room ----------------------------------------------------------------------------------
-
-bool HasRoom(const Build &build, size_t bytes) { return theBuffer.capacity - build.length > bytes; }
-
-// Makes room for so many more bytes and the NUL.
-bool MakeRoom(const Build &build, size_t bytes)
-{
-    return HasRoom(build, bytes) || EnlargeProtected(uint64_t{theBuffer.capacity} + bytes);
+    return Protect([=] { EnlargeTo(buffer, need); });
 }
 
 constexpr Bytes kNothing = {"", 0};
 
-// Put and PutSpaces write where MakeRoom has made room.
-void Put(Build *build, Bytes bytes)
-{
-    std::memcpy(theBuffer.at + build->length, bytes.at, bytes.size);
-    build->length += static_cast<unsigned int>(bytes.size);
-}
-
 void PutSpaces(Build *build, size_t count)
 {
-    std::memset(theBuffer.at + build->length, ' ', count);
+    std::memset(build->buffer->at + build->length, ' ', count);
     build->length += static_cast<unsigned int>(count);
 }
 
 // ---- Strings and bytes ---------------------------------------------------------------------
 
-// Appends the bytes, padded with spaces to the width, and then `suffix`.
-bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes suffix = kNothing)
+constexpr size_t kLong = 128; // bytes of a string that is not worth a second copy
+
+bool IsInBuffer(const Build &build, const char *at)
+{
+    const std::less<> before;
+    return !before(at, build.buffer->at) && before(at, build.buffer->at + build.buffer->capacity);
+}
+
+// Puts bytes of the caller's, or leaves a gap for them.
+void PutOrOmit(Build *build, Bytes bytes)
+{
+    if (!build->isCopied || bytes.size < kLong || build->omitted.size != 0 ||
+        IsInBuffer(*build, bytes.at)) {
+        Put(build, bytes);
+        return;
+    }
+    build->omission = build->length;
+    build->omitted = bytes;
+    build->length += static_cast<unsigned int>(bytes.size);
+}
+
+// Appends the bytes, padded with spaces to the width, and then `suffix`.  Where there are many,
+// they are the caller's.
+bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes suffix)
 {
     const auto width = static_cast<size_t>(directive.width);
     const size_t padding = width > bytes.size ? width - bytes.size : 0;
@@ -97,7 +102,7 @@ bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes s
         return false;
     if (padding != 0 && !left)
         PutSpaces(build, padding);
-    Put(build, bytes);
+    PutOrOmit(build, bytes);
     if (padding != 0 && left)
         PutSpaces(build, padding);
     if (suffix.size != 0)
@@ -105,37 +110,59 @@ bool AppendPadded(Build *build, const Directive &directive, Bytes bytes, Bytes s
     return true;
 }
 
-// The kind of the last segment, which may be none.  `length` as in a walk.
-uint16_t LastKind(const char *string, int length, const CSDescriptor *cs)
+// The same without a suffix.  Most bytes are few, and not padded.
+inline bool AppendBytes(Build *build, const Directive &directive, Bytes bytes)
+{
+    if (bytes.size < kLong && static_cast<size_t>(directive.width) <= bytes.size)
+        return AppendText(build, bytes);
+    return AppendPadded(build, directive, bytes, kNothing);
+}
+
+// Whether the next text reads as ASCII, if the last segment is of that kind.
+bool EndsInAscii(uint16_t lastKind)
+{
+    uint32_t unused;
+    const bool isKnown = IsText(lastKind) || lastKind == CS_SEG_RAW;
+    return HoldsAscii(FlagsOf(isKnown ? lastKind : ccs_GetCP(0, &unused)));
+}
+
+// As EscapesAfter, by the service's walk.
+Bytes EscapesOfService(const char *string, int length, const CSDescriptor *cs)
 {
     uint16_t last = CS_SEG_END;
     SegmentWalk walk;
     WalkSegments(&walk, string, cs, length);
     while (NextSegment(&walk))
         last = walk.kind;
-    uint32_t unused;
-    return IsText(last) || last == CS_SEG_RAW ? last : ccs_GetCP(0, &unused);
-}
-
-// The escapes that must follow a string so that the format's text after it reads as ASCII.
-// `length` as in a walk; `room` has room for kMostEscapes.
-Bytes EscapesAfter(const char *string, int length, const CSDescriptor *cs, char *room)
-{
-    CSWalk walk;
-    if (BeginOwnWalk(&walk, string, cs, length)) {
-        CSMeasure unused;
-        ccs_MeasureText(&walk, SIZE_MAX, SIZE_MAX, &unused);
-        const auto size = static_cast<size_t>(ccs_GetWalkEscapes(&walk, 1, room));
-        return size == 0 || HoldsAscii(FlagsOf(LastKind(string, length, cs))) ? kNothing
-                                                                              : Bytes{room, size};
-    }
-    if (HoldsAscii(FlagsOf(LastKind(string, length, cs))))
+    if (EndsInAscii(last))
         return kNothing;
     int escLen = 0;
     const char *escapes = ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &escLen);
     if (escapes == nullptr || escLen < 0)
         return kNothing;
     return {escapes, static_cast<size_t>(escLen)};
+}
+
+// The escapes that must follow the string, which is not empty, so that the format's text after it
+// reads as ASCII.  `room` has room for kMostEscapes.
+Bytes EscapesAfter(Bytes string, bool isCut, const CSDescriptor *cs, char *room)
+{
+    const int length = isCut ? static_cast<int>(string.size) : -1;
+    CSWalk walk;
+    if (!BeginOwnWalk(&walk, string.at, cs, length))
+        return EscapesOfService(string.at, length, cs);
+    const CSWalk beginning = walk;
+    CSMeasure unused;
+    ccs_MeasureText(&walk, SIZE_MAX, SIZE_MAX, &unused);
+    const auto size = static_cast<size_t>(ccs_GetWalkEscapes(&walk, 1, room));
+    if (size == 0)
+        return kNothing;
+    walk = beginning;
+    ccs_MeasureText(&walk, string.size - 1, SIZE_MAX, &unused); // all but the last unit
+    uint16_t last = CS_SEG_END;
+    for (CSSegment segment; ccs_NextSegments(&walk, &segment, 1) != 0;)
+        last = segment.kind;
+    return EndsInAscii(last) ? kNothing : Bytes{room, size};
 }
 
 constexpr int kMostRounds = 8; // only badly malformed texts need more; nothing of them is kept
@@ -148,9 +175,10 @@ constexpr char kSequels[][5] = {"~~~~", "\xBF\xBF\xBF\xBF", "\x80\x80\x80\x80"};
 // Nothing after them may be read, so a copy in the print buffer is walked.
 unsigned int WholeBytes(Build *build, const char *string, unsigned int n)
 {
-    if (!HasRoom(*build, n + sizeof *kSequels))
-        Enlarge(uint64_t{theBuffer.capacity} + n + sizeof *kSequels);
-    char *const copy = theBuffer.at + build->length;
+    const size_t need = n + sizeof *kSequels;
+    if (!HasRoom(*build, need))
+        EnlargeTo(build->buffer, uint64_t{build->buffer->capacity} + need);
+    char *const copy = build->buffer->at + build->length;
     std::memcpy(copy, string, n);
     unsigned int whole = n;
     for (const auto &sequel : kSequels) {
@@ -190,14 +218,19 @@ unsigned int BytesToLastCharacter(const char *string, unsigned int n, const CSDe
     return 0;
 }
 
-// Whether the text has controls.  Nothing else switches sets.
-bool HasControls(const char *at, size_t size)
+// Appends a string that is cut after `size` bytes, or that may switch sets.
+[[gnu::noinline]] bool AppendLookedAt(Build *build, const Directive &directive, Bytes string,
+                                      bool isCut, bool switches)
 {
-    for (; size >= blocks::kSize; at += blocks::kSize, size -= blocks::kSize)
-        if (blocks::Mask(blocks::Controls(blocks::Load(at, blocks::kSize))) != 0)
-            return true;
-    const uint32_t text = (uint32_t{1} << size) - 1; // zeros follow it
-    return (blocks::Mask(blocks::Controls(blocks::Load(at, size))) & text) != 0;
+    char room[kMostEscapes];
+    Bytes escapes = kNothing;
+    auto look = [&] {
+        if (isCut)
+            string.size = KeptBytes(build, string.at, static_cast<unsigned int>(string.size));
+        if (switches && string.size != 0)
+            escapes = EscapesAfter(string, isCut, build->cs, room);
+    };
+    return Protect(look) && AppendPadded(build, directive, string, escapes);
 }
 
 bool AppendString(Build *build, const char *string, const Directive &directive)
@@ -205,20 +238,11 @@ bool AppendString(Build *build, const char *string, const Directive &directive)
     const auto limit = static_cast<unsigned int>(directive.precision);
     if (string == nullptr)
         string = directive.precision < 0 || directive.precision >= 6 ? "(null)" : "";
-    size_t size = directive.precision < 0 ? std::strlen(string) : strnlen(string, limit);
+    const size_t size = directive.precision < 0 ? std::strlen(string) : strnlen(string, limit);
     const bool isCut = directive.precision >= 0 && size == limit;
-    const bool switches = SwitchesSets(build->set) && HasControls(string, size);
-    if (!isCut && !switches)
-        return AppendPadded(build, directive, {string, size});
-    char room[kMostEscapes];
-    Bytes escapes = kNothing;
-    auto look = [&] {
-        if (isCut)
-            size = KeptBytes(build, string, limit);
-        if (switches)
-            escapes = EscapesAfter(string, isCut ? static_cast<int>(size) : -1, build->cs, room);
-    };
-    return Protect(look) && AppendPadded(build, directive, {string, size}, escapes);
+    const bool switches = SwitchesSets(build->set) && HasSwitches(string, size);
+    return isCut || switches ? AppendLookedAt(build, directive, {string, size}, isCut, switches)
+                             : AppendBytes(build, directive, {string, size});
 }
 
 // ---- Values of the C library ---------------------------------------------------------------
@@ -250,7 +274,7 @@ CDirective WriteDirective(unsigned int flags, const char *size, char conversion)
 template <class Value>
 int Print(const Build &build, const CDirective &written, const Directive &directive, Value value)
 {
-    return std::snprintf(theBuffer.at + build.length, theBuffer.capacity - build.length,
+    return std::snprintf(build.buffer->at + build.length, build.buffer->capacity - build.length,
                          written.text, directive.width, directive.precision, value);
 }
 
@@ -265,7 +289,7 @@ bool AppendValue(Build *build, const Directive &directive, const char *size, cha
         return false;
     const CDirective written = WriteDirective(directive.flags, size, conversion);
     int printed = Print(*build, written, directive, value);
-    if (printed >= 0 && static_cast<size_t>(printed) >= theBuffer.capacity - build->length) {
+    if (printed >= 0 && static_cast<size_t>(printed) >= build->buffer->capacity - build->length) {
         if (!MakeRoom(*build, static_cast<size_t>(printed)))
             return false;
         printed = Print(*build, written, directive, value);
@@ -273,7 +297,7 @@ bool AppendValue(Build *build, const Directive &directive, const char *size, cha
     if (printed < 0)
         return Protect([] { frame::Raise(kSource, OS_ESC_MEMORY); });
     build->length += static_cast<unsigned int>( // a 'c' may print a NUL
-        strnlen(theBuffer.at + build->length, static_cast<size_t>(printed)));
+        strnlen(build->buffer->at + build->length, static_cast<size_t>(printed)));
     return true;
 }
 
@@ -284,20 +308,27 @@ constexpr int BaseOf(char conversion)
     return conversion == 'x' || conversion == 'X' ? 16 : conversion == 'o' ? 8 : 10;
 }
 
-// Most integers need only digits and spaces, which cost a fraction of a call of the C library.
-template <class Value>
-bool AppendInteger(Build *build, const Directive &directive, const char *size, Value value)
+// The value as an unsigned number of so many bytes.
+unsigned long WithoutSign(long value, size_t bytes)
+{
+    return static_cast<unsigned long>(value) & ULONG_MAX >> (sizeof value - bytes) * CHAR_BIT;
+}
+
+// A value of so many bytes.  Most integers need only digits and spaces, which cost a fraction of a
+// call of the C library.
+bool AppendInteger(Build *build, const Directive &directive, size_t bytes, long value)
 {
     const char conversion = directive.conversion;
+    const bool isSigned = conversion == 'd' || conversion == 'i';
+    const unsigned long positive = WithoutSign(value, bytes);
     if ((directive.flags & ~kLeftFlag) != 0 || directive.precision >= 0 || conversion == 'X')
-        return AppendValue(build, directive, size, conversion, value);
+        return AppendValue(build, directive, "l", conversion,
+                           isSigned ? value : static_cast<long>(positive));
     char digits[3 * sizeof value + 2];
     char *const end = digits + sizeof digits;
-    const bool isSigned = conversion == 'd' || conversion == 'i';
-    const auto unsignedValue = static_cast<std::make_unsigned_t<Value>>(value);
     const auto written = isSigned ? std::to_chars(digits, end, value)
-                                  : std::to_chars(digits, end, unsignedValue, BaseOf(conversion));
-    return AppendPadded(build, directive, {digits, static_cast<size_t>(written.ptr - digits)});
+                                  : std::to_chars(digits, end, positive, BaseOf(conversion));
+    return AppendBytes(build, directive, {digits, static_cast<size_t>(written.ptr - digits)});
 }
 
 // A NUL is left to the C library, which pads it too.
@@ -306,7 +337,7 @@ bool AppendByte(Build *build, const Directive &directive, int value)
     const char byte = static_cast<char>(value);
     if (byte == '\0')
         return AppendValue(build, directive, "", 'c', value);
-    return AppendPadded(build, directive, {&byte, 1});
+    return AppendBytes(build, directive, {&byte, 1});
 }
 
 // ---- Tables --------------------------------------------------------------------------------
@@ -322,7 +353,7 @@ bool FetchInt(const Build &build, const Table &table, int number, int *value)
 {
     if (number < 1 || number > table.maxParam || table.records[number].type != STR_ARG_INT)
         return false;
-    *value = build.values.ints[number];
+    *value = build.values->ints[number];
     return true;
 }
 
@@ -389,7 +420,7 @@ void Arrange(const Table &table, Sequence *sequence)
 bool BuildText(Build *build, const Table &table, const char *format)
 {
     const char *const end = format + std::strlen(format);
-    if (!BeginText(static_cast<size_t>(end - format)))
+    if (!BeginText(build, static_cast<size_t>(end - format)))
         return false;
     Sequence sequence;
     Arrange(table, &sequence);
@@ -409,38 +440,37 @@ bool BuildText(Build *build, const Table &table, const char *format)
 
 } // namespace
 
-bool libstr::BeginText(size_t formatSize)
+bool libstr::BeginText(Build *build, size_t formatSize)
 {
     const uint64_t need = uint64_t{formatSize} * 2;
-    return (theBuffer.capacity != 0 && need <= theBuffer.capacity) || EnlargeProtected(need);
+    build->buffer = &theBuffer;
+    build->length = build->omission = 0;
+    build->omitted = kNothing;
+    return (theBuffer.capacity != 0 && need <= theBuffer.capacity) ||
+           EnlargeProtected(&theBuffer, need);
 }
 
-bool libstr::AppendText(Build *build, Bytes text)
+bool libstr::Enlarge(const Build &build, size_t bytes)
 {
-    if (text.size == 0)
-        return true;
-    if (!MakeRoom(*build, text.size))
-        return false;
-    Put(build, text);
-    return true;
+    return EnlargeProtected(build.buffer, uint64_t{build.buffer->capacity} + bytes);
 }
 
 bool libstr::AppendArgument(Build *build, int number, int type, const Directive &directive)
 {
-    const Values &values = build->values;
+    const Values &values = *build->values;
     const char conversion = directive.conversion;
     switch (type) {
     case STR_ARG_SHORT:
         if (directive.halved)
-            return AppendInteger(build, directive, "hh",
+            return AppendInteger(build, directive, sizeof(char),
                                  static_cast<signed char>(values.shorts[number]));
-        return AppendInteger(build, directive, "h", values.shorts[number]);
+        return AppendInteger(build, directive, sizeof(short), values.shorts[number]);
     case STR_ARG_INT:
         if (conversion == 'c')
             return AppendByte(build, directive, values.ints[number]);
-        return AppendInteger(build, directive, "", values.ints[number]);
+        return AppendInteger(build, directive, sizeof(int), values.ints[number]);
     case STR_ARG_LONG:
-        return AppendInteger(build, directive, "l", values.longs[number]);
+        return AppendInteger(build, directive, sizeof(long), values.longs[number]);
     case STR_ARG_FLOAT:
         return AppendValue(build, directive, "", conversion,
                            static_cast<double>(values.floats[number]));
@@ -459,8 +489,8 @@ char *libstr::EndText(Build *build)
 {
     if (build->length == 0)
         return nullptr;
-    theBuffer.at[build->length] = '\0';
-    return theBuffer.at;
+    build->buffer->at[build->length] = '\0';
+    return build->buffer->at;
 }
 
 char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char *format,
@@ -469,7 +499,8 @@ char *str_buildpfstring(const CSDescriptor *cs, unsigned int *outLen, const char
                         const double *doubles, const long double *longDoubles,
                         void *const *pointers)
 {
-    Build build = {cs, cs, {shorts, ints, longs, floats, doubles, longDoubles, pointers}, 0};
+    const Values values = {shorts, ints, longs, floats, doubles, longDoubles, pointers};
+    Build build(cs, cs, &values, false);
     BuildText(&build, {table, maxParam}, format);
     *outLen = build.length;
     return EndText(&build);

@@ -194,6 +194,38 @@ TEST(Print, WritesToStreams)
     std::fclose(full);
 }
 
+// The format and the strings may be where the text is written, long ones too.
+TEST(Print, TakesTextFromItsDestination)
+{
+    for (int round = 0; round < 2000; ++round) {
+        std::string room(8000, '\0'), expected(8000, '\0');
+        for (size_t i = 0; i < 2000; ++i)
+            room[i] = Below(400) == 0 ? '\0' : static_cast<char>('a' + Below(26));
+        const char format[] = "<%s,%4s,%s>";
+        char *const dest = room.data(), *const at = dest + Below(3000);
+        std::copy(std::begin(format), std::end(format), at);
+        const char *const strings[] = {dest + Below(1000), dest + Below(1000), dest + Below(1000)};
+        const int length = std::snprintf(expected.data(), expected.size(), format, strings[0],
+                                         strings[1], strings[2]);
+        const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
+        ASSERT_EQ(str_simplesprintf(&cs, dest, at, strings[0], strings[1], strings[2]), length);
+        ASSERT_STREQ(dest, expected.c_str());
+    }
+}
+
+// So such a format is not divided.  What varies is, and then it may cut a directive.
+TEST(Print, FormatsOfSetsWithEscapesBeginInAscii)
+{
+    std::string format;
+    for (char byte = 1; byte < 0x7F; ++byte)
+        if (std::strchr("\x0E\x0F\x1B#$@[\\]^`{|}~", byte) == nullptr)
+            format += byte;
+    for (const char *const set : {"ISO-2022-JP", "ISO-2022-KR", "T.61"})
+        EXPECT_EQ(ReadSlowly(set, format), "6x" + std::to_string(format.size()));
+    EXPECT_EQ(Printed("T.61", "%x%#x", 10, 11), "a%#x!");
+    EXPECT_EQ(Printed("ISO-2022-JP", "%x%#x", 10, 11), "a0xb");
+}
+
 // ---- Arguments in other sets -----------------------------------------------------------------
 
 bool HoldsAscii(uint16_t kind)
