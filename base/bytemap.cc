@@ -3,7 +3,7 @@
 // Byte maps: one look-up for each byte or, on x86-64 with AVX2, some shuffles for 32 bytes.
 //
 // A row is 16 entries of the map.  Rows that change no byte are left out, so a case table takes as
-// many shuffles as it has rows with fold.  A fold takes two, however many rows it has.
+// many shuffles as it has rows with letters.  A fold takes two, however many rows it has.
 #include "base/bytemap.h"
 
 #include "base/blocks.h"

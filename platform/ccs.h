@@ -57,10 +57,6 @@ extern "C" {
  * - CS_SEG_RAW: bytes that cannot be characters.  A lead byte without its trail, a mark without its
  *   base, bytes of an unknown or empty designation; everything, when the text's own set is unknown.
  *
- * A string of a set with CS_FLAG_ESCAPES begins in ASCII.  Before its first ESC, SO or SI, and before
- * a byte of 0x80 and above, only the bytes that ISO 646 leaves to its national variants may be of
- * another set.
- *
  * A single shift (SS2, SS3) switches for one character only.  It is in the same segment as the
  * character that it shifts, as a control of its own, and is never separated from it.
  *
@@ -125,7 +121,9 @@ typedef struct CSReaders {
  * does not say what `readers` say; the caller then reads with them.  The default service refuses
  * all readers but its own, so a host that replaces one of them is asked wherever it would be.
  * A service that returns 1 divides a text whose escMode is not 0 in the same way when an ASCII
- * letter of a segment of text, other than one right after ESC, is replaced by another. */
+ * letter of a segment of text, other than one right after ESC, is replaced by another.  In its sets
+ * with CS_FLAG_ESCAPES a text of bytes below 0x80 without ESC, SO and SI is one segment of ASCII, if
+ * it has none of the bytes that ISO 646 leaves to national variants. */
 int ccs_BeginWalk(CSWalk *walk, const CSDescriptor *cs, const char *text, int length,
                   const CSReaders *readers);
 

@@ -170,24 +170,29 @@ blocks::Block AnyOf(blocks::Block block)
     return (blocks::Equal(block, bytes) | ...);
 }
 
-// Whether the format has no numbers, and is one segment that holds ASCII: it has no bytes of 0x80
-// and above, and none that switches sets.  A text of a set with CS_FLAG_ESCAPES begins in ASCII,
-// except that the bytes which ISO 646 leaves to its national variants may not be.
-bool IsSimple(const char *at, const char *end, SetFlags set)
+// Whether the format has no numbers, no bytes of 0x80 and above, and none that switches sets.  With
+// `invariant`, also none of the bytes that ISO 646 leaves to national variants.
+bool IsSimple(const char *at, const char *end, bool invariant)
 {
-    const bool varies = !HoldsAscii(set);
-    if (varies && !SwitchesSets(set))
-        return false;
     for (; at < end; at += blocks::kSize) {
         const blocks::Block block = blocks::Load(at, static_cast<size_t>(end - at));
         const blocks::Block others = AnyOf<'$', '\x1B', '\x0E', '\x0F'>(block);
         if (blocks::Mask(block | others) != 0)
             return false;
-        if (varies &&
+        if (invariant &&
             blocks::Mask(AnyOf<'#', '@', '[', '\\', ']', '^', '`', '{', '|', '}', '~'>(block)) != 0)
             return false;
     }
     return true;
+}
+
+// Whether the format has no numbers, and is one segment that holds ASCII.
+bool IsAscii(const CSDescriptor *cs, SetFlags set, const char *format, const char *end)
+{
+    if (HoldsAscii(set))
+        return IsSimple(format, end, false);
+    CSWalk walk; // says that the service is one that begins in ASCII
+    return SwitchesSets(set) && IsSimple(format, end, true) && BeginOwnWalk(&walk, format, cs);
 }
 
 Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_list *list,
@@ -195,7 +200,7 @@ Built BuildText(const CSDescriptor *cs, SetFlags set, const char *format, va_lis
 {
     Arguments all;
     const size_t size = std::strlen(format);
-    const bool isSimple = IsSimple(format, format + size, set);
+    const bool isSimple = IsAscii(cs, set, format, format + size);
     CSWalk walk;
     if (!isSimple && (HasNumbers(format, format + size) || !BeginOwnWalk(&walk, format, cs)))
         return BuildByTable(&all, cs, format, list);
