@@ -84,13 +84,13 @@ unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n, cons
 {
     frame::TraceEntry();
     ClosedTruncation cut;
+    cut.escapes = 0;
     if (cs->escMode != 0)
         TruncateClosed(src, n, cs, &cut);
+    else if (IsPlainByteSet(cs))
+        cut.kept = static_cast<unsigned int>(strnlen(src, n));
     else
-        cut = {IsPlainByteSet(cs) ? static_cast<unsigned int>(strnlen(src, n))
-                                  : str_truncstrlen(src, n, cs),
-               0,
-               {}};
+        cut.kept = str_truncstrlen(src, n, cs);
     const auto escapes = static_cast<unsigned int>(cut.escapes);
     std::memcpy(dst, src, cut.kept);
     std::memcpy(dst + cut.kept, cut.closing, escapes);

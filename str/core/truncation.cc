@@ -57,6 +57,13 @@ unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescripto
 namespace
 {
 
+// Begins a cut that keeps nothing.  Its escapes are not set: there are none.
+void Clear(ClosedTruncation *cut)
+{
+    cut->kept = 0;
+    cut->escapes = 0;
+}
+
 bool Fits(const ClosedTruncation &cut, unsigned int n)
 {
     return uint64_t{cut.kept} + static_cast<unsigned int>(cut.escapes) <= n;
@@ -81,9 +88,15 @@ bool MaySwitch(const char *at, size_t bytes)
     });
 }
 
-// Goes on from a cut that fits to the last one that does.
-void PassMore(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
+// Goes on from the last cut within `n - reserve` bytes to the last one that fits.  The text goes on
+// for `left` bytes.
+void PassMore(CSWalk *walk, unsigned int n, unsigned int reserve, size_t left,
+              ClosedTruncation *cut)
 {
+    if (!MaySwitch(walk->at, left)) {
+        Pass(walk, n - cut->kept - static_cast<unsigned int>(cut->escapes), cut);
+        return;
+    }
     CSWalk far = *walk;
     ClosedTruncation next = *cut;
     Pass(&far, n - next.kept, &next);
@@ -92,7 +105,7 @@ void PassMore(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
         return;
     }
     next = *cut; // the last one is somewhere between the two
-    for (unsigned int end = next.kept + 1; end < n; ++end) {
+    for (unsigned int end = n - reserve + 1; end < n; ++end) {
         Pass(walk, end - next.kept, &next);
         if (Fits(next, n))
             *cut = next;
@@ -103,7 +116,8 @@ void PassMore(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
 void TruncateClosedByService(const char *src, unsigned int n, const CSDescriptor *cs,
                              ClosedTruncation *out)
 {
-    *out = {WalkedTruncation(src, n, cs), 0, {}};
+    Clear(out);
+    out->kept = WalkedTruncation(src, n, cs);
     for (; out->kept > 0; out->kept = WalkedTruncation(src, out->kept - 1, cs)) {
         WalkToEnd(src, cs, static_cast<int>(std::min<unsigned int>(out->kept, INT_MAX)));
         const char *const escapes =
@@ -125,17 +139,13 @@ void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, Clo
         CSWalk walk;
         if (!BeginOwnWalk(&walk, src, cs))
             return TruncateClosedByService(src, n, cs, out);
-        *out = {0, 0, {}};
+        Clear(out);
         Pass(&walk, n - reserve, out);
-        const auto escapes = static_cast<unsigned int>(out->escapes);
-        if (!Fits(*out, n)) {
-            reserve = std::min(n, escapes);
-            continue;
+        if (Fits(*out, n)) {
+            const size_t left = strnlen(walk.at, n - out->kept);
+            return left == 0 ? void() : PassMore(&walk, n, reserve, left, out);
         }
-        const size_t left = strnlen(src + out->kept, n - out->kept);
-        if (left != 0 && (escapes != reserve || MaySwitch(src + out->kept, left)))
-            PassMore(&walk, n, out);
-        return;
+        reserve = std::min(n, static_cast<unsigned int>(out->escapes));
     }
 }
 
