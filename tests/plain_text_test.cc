@@ -19,16 +19,17 @@ size_t Below(size_t limit) { return theRandom() % limit; }
 std::string PlainText(size_t size)
 {
     const std::vector<std::string> groups[] = {
-        {"\x1B(B", "\x1B$B", "\x1B$@", "\x1B(J", "\x1B(I", "0!", "abcdefghij", "%6%5%3", "a"},
+        {"\x1B(B", "\x1B$B", "\x1B$@", "\x1B(J", "\x1B(I", "0!", "abcdefghij", "%6%5%3", "a b"},
         {"\xB0\xB1", "\xA4\xA2\xA4\xA4\xA4\xA6", "\x8E\xB6", "abcdefghij", "\n", "a"},
         {"\xC1"
          "a",
          "\xC8u", "\xE1", "#", "a~b", "abcdefghij", "\x85", "\x7F", " "},
         {"\x0E", "\x1B", "\x9B", "\x8F", "\xA0", "\xFF", "\xC1\xC2", "\xE4", "\x7F", "\n"}};
     const auto &group = groups[Below(3)];
+    const size_t between = Below(2) == 0 ? 20 : 500; // pieces of the last group are rare
     std::string text;
     while (text.size() < size) {
-        const auto &from = Below(20) == 0 ? groups[3] : group;
+        const auto &from = Below(between) == 0 ? groups[3] : group;
         text += from[Below(from.size())];
     }
     return text.substr(0, size);
@@ -49,9 +50,10 @@ TEST(PlainText, IsPassedInWindowsAsByteByByte)
             std::memcpy(room.data() + 1, bytes.data(), size);
             const char *const text = room.data() + 1;
             const bool limited = Below(2) == 0;
-            const size_t most = limited ? Below(size + 2) : SIZE_MAX,
+            const size_t passed = Below(3) == 0 ? Below(size + 1) : 0;
+            const size_t most = limited ? passed + Below(size - passed + 2) : SIZE_MAX,
                          columns = Below(2) == 0 ? Below(size + 2) : SIZE_MAX;
-            const Passage begin = {text, size, most, columns, 0, 0, 0, 0};
+            const Passage begin = {text, size, most, columns, passed, 0, 0, 0};
             Passage windows = begin, slow = begin;
             const SevenBit start = {Below(2) == 0, Below(8) != 0, nullptr};
             SevenBit state = start, slowState = start;
