@@ -75,6 +75,11 @@ size_t RightUnit(Right right, const unsigned char *at, size_t left, size_t *show
     return IsShift(*at & 0x7F) || (edge && right != Right::single96) ? 0 : 1;
 }
 
+bool Has(const Others &others, unsigned char byte)
+{
+    return (others.highs[byte & 0xF] >> (byte >> 4) & 1U) != 0;
+}
+
 // Pass one unit; false where it is not known or does not fit.
 bool PassSevenBitUnit(Passage *passage, SevenBit *state)
 {
@@ -135,7 +140,7 @@ bool PassEightBitUnit(Passage *passage, Right right)
         continue;
 }
 
-[[gnu::noinline]] Parts FindPartsByByte(const char *text, size_t known, const char *others)
+[[gnu::noinline]] Parts FindPartsByByte(const char *text, size_t known, const Others &others)
 {
     Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
     Parts parts = {0, 0, 0};
@@ -146,7 +151,7 @@ bool PassEightBitUnit(Passage *passage, Right right)
             break;
         const uint64_t unit = (passage.bytes - begin == 2 ? uint64_t{3} : uint64_t{1}) << begin;
         parts.right |= byte >= 0xA0 ? unit : 0;
-        parts.other |= byte < 0x80 && std::strchr(others, byte) != nullptr ? unit : 0;
+        parts.other |= Has(others, byte) ? unit : 0;
     }
     parts.bytes = passage.bytes;
     return parts;
@@ -264,21 +269,26 @@ struct Classified {
     unsigned int second;
 };
 
-STR_AVX2 inline __m256i Classify(__m256i block, const Halves &halves)
+STR_AVX2 inline __m256i Classify(__m256i block, const uint8_t *lows, const uint8_t *highs)
 {
     const __m256i nibble = _mm256_set1_epi8(0xF);
     const __m256i low =
-        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.low)));
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(lows)));
     const __m256i high =
-        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.high)));
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(highs)));
     return _mm256_shuffle_epi8(low, block & nibble) &
            _mm256_shuffle_epi8(high, _mm256_srli_epi16(block, 4) & nibble);
 }
 
+STR_AVX2 inline Classified Classify(const Window &window, const uint8_t *lows, const uint8_t *highs)
+{
+    return {{Classify(window.blocks[0], lows, highs), Classify(window.blocks[1], lows, highs)},
+            window.second};
+}
+
 STR_AVX2 inline Classified Classify(const Window &window, const Halves &halves)
 {
-    return {{Classify(window.blocks[0], halves), Classify(window.blocks[1], halves)},
-            window.second};
+    return Classify(window, halves.low, halves.high);
 }
 
 // The highest bits of two blocks.
@@ -417,13 +427,12 @@ STR_AVX2 inline size_t WholeUnits(const SevenBitMasks &masks, size_t size)
 }
 
 // Takes the state after the last of the sequences, which begin at `switches` in the text at `at`.
-STR_AVX2 inline void Switch(SevenBit *state, const SevenBitMasks &masks, uint64_t switches,
-                            const char *at)
+STR_AVX2 inline void Switch(SevenBit *state, uint64_t toPairs, uint64_t switches, const char *at)
 {
     if (switches == 0)
         return;
     const size_t place = kWindow - 1 - _lzcnt_u64(switches);
-    state->pairs = (masks.toPairs >> place & 1) != 0;
+    state->pairs = (toPairs >> place & 1) != 0;
     state->designation = at + place;
 }
 
@@ -473,8 +482,48 @@ struct Carried {
     uint64_t spill; // the bytes there of a sequence
 };
 
-// Full windows of text that has only graphic characters, whole pairs, spaces between single bytes,
-// and the sequences.  Where the next window begins does not depend on what is in this one, so the
+// What a full window of text in seven bits has, if it has only graphic characters, whole pairs,
+// spaces between single bytes, and the sequences.
+struct FullMasks {
+    bool isKnown; // it has nothing else
+    uint64_t toPairs;
+    uint64_t switches;
+    uint64_t sequences; // their bytes
+    uint64_t pairs;
+    Carried next;
+};
+
+[[gnu::always_inline]] STR_AVX2 inline FullMasks LookAtFull(const char *at, const Carried &carried)
+{
+    const Full first = LoadFull(at), second = LoadFull(at + 1), third = LoadFull(at + 2);
+    const uint64_t toPairs = Where([&](int i) STR_AVX2 {
+        return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '$') &
+               EqualBut(third.blocks[i], '@' ^ 'B', '@');
+    });
+    const uint64_t toSingle = Where([&](int i) STR_AVX2 {
+        return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '(') &
+               (EqualBut(third.blocks[i], 'B' ^ 'J', 'B') | Equal(third.blocks[i], 'I'));
+    });
+    const uint64_t spaces = Where([&](int i) STR_AVX2 { return Equal(first.blocks[i], ' '); });
+    const uint64_t graphic = Where([&](int i) STR_AVX2 {
+        return _mm256_cmpgt_epi8(first.blocks[i] + _mm256_set1_epi8(1), _mm256_set1_epi8(0x21));
+    });
+    const uint64_t switches = toPairs | toSingle;
+    const uint64_t sequences = switches | switches << 1 | switches << 2 | carried.spill;
+    unsigned long long sum; // as in Spans, and it carries into the next window
+    const bool goesOn = _addcarry_u64(carried.pairs, ~switches, toPairs << 1, &sum) != 0;
+    const uint64_t half = carried.half ? 1 : 0, pairs = ~switches & ~sum & ~sequences;
+    const size_t size = WholePairs(pairs & ~half, kWindow);
+    const uint64_t foreign = (~graphic & ~switches & ~(spaces & ~pairs)) | (half & ~pairs);
+    return {foreign == 0 && size + 1 >= kWindow,
+            toPairs,
+            switches,
+            sequences,
+            pairs,
+            {goesOn || toPairs >> 63 != 0, size != kWindow, switches >> 63 | switches >> 62}};
+}
+
+// Passes such windows.  Where the next one begins does not depend on what is in this one, so the
 // processor works at several at a time.
 [[gnu::noinline]] STR_AVX2 void PassFullSevenBit(Passage *passage, SevenBit *state, size_t count)
 {
@@ -483,35 +532,14 @@ struct Carried {
     const char *const begin = passage->text + passage->bytes;
     const char *at = begin;
     for (; count != 0; --count, at += kWindow) {
-        const Full first = LoadFull(at), second = LoadFull(at + 1), third = LoadFull(at + 2);
-        const uint64_t toPairs = Where([&](int i) STR_AVX2 {
-            return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '$') &
-                   EqualBut(third.blocks[i], '@' ^ 'B', '@');
-        });
-        const uint64_t toSingle = Where([&](int i) STR_AVX2 {
-            return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '(') &
-                   (EqualBut(third.blocks[i], 'B' ^ 'J', 'B') | Equal(third.blocks[i], 'I'));
-        });
-        const uint64_t spaces = Where([&](int i) STR_AVX2 { return Equal(first.blocks[i], ' '); });
-        const uint64_t graphic = Where([&](int i) STR_AVX2 {
-            return _mm256_cmpgt_epi8(first.blocks[i] + _mm256_set1_epi8(1), _mm256_set1_epi8(0x21));
-        });
-        const uint64_t switches = toPairs | toSingle;
-        unsigned long long sum;
-        const bool pairs =
-            _addcarry_u64(carried.pairs, ~switches, toPairs << 1, &sum) != 0 || toPairs >> 63 != 0;
-        const uint64_t sequences = switches | switches << 1 | switches << 2 | carried.spill;
-        const uint64_t inPairs = ~switches & ~sum & ~sequences;
-        const uint64_t half = carried.half ? 1 : 0, whole = inPairs & ~half;
-        const size_t size = WholePairs(whole, kWindow);
-        if (((~graphic & ~switches & ~(spaces & ~inPairs)) | (half & ~inPairs)) != 0 ||
-            size + 1 < kWindow)
+        const FullMasks masks = LookAtFull(at, carried);
+        if (!masks.isKnown)
             break;
-        if (switches != 0)
-            state->designation = at + (kWindow - 1 - _lzcnt_u64(switches));
-        carried = {pairs, size != kWindow, switches >> 63 | switches >> 62};
-        paired += CountOf(inPairs);
-        shown += kWindow - CountOf(sequences);
+        if (masks.switches != 0)
+            state->designation = at + (kWindow - 1 - _lzcnt_u64(masks.switches));
+        carried = masks.next;
+        paired += CountOf(masks.pairs);
+        shown += kWindow - CountOf(masks.sequences);
     }
     const size_t half = carried.half ? 1 : 0;
     state->pairs = carried.pairs;
@@ -520,45 +548,60 @@ struct Carried {
     passage->shown += shown - half;
 }
 
-// Passes a window; false where nothing more is known or wanted.
+// Passes a window; false where nothing more is known or wanted.  Where `places` are asked for,
+// nothing is counted.
 [[gnu::noinline]] STR_AVX2 bool PassSevenBitWindow(Passage *passage, SevenBit *state,
-                                                   uint64_t *switches)
+                                                   uint64_t *places)
 {
     Window window;
     Load(&window, *passage);
     const SevenBitMasks masks = Look(window, *state);
     size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
-    const uint64_t lines = LinesIn(window, masks.controls & First(size));
-    if (window.columns < kWindow)
-        size = std::min(
-            size, AfterCounted(masks.shown | lines | SecondOfPairs(masks.pairs), window.columns));
-    const uint64_t taken = First(size);
-    const size_t single = CountOf(masks.shown & taken), paired = CountOf(masks.pairs & taken);
-    *switches = masks.switches & taken;
-    Switch(state, masks, *switches, passage->text + passage->bytes);
+    if (places == nullptr) {
+        const uint64_t lines = LinesIn(window, masks.controls & First(size));
+        if (window.columns < kWindow)
+            size = std::min(size, AfterCounted(masks.shown | lines | SecondOfPairs(masks.pairs),
+                                               window.columns));
+        const uint64_t taken = First(size);
+        const size_t single = CountOf(masks.shown & taken), paired = CountOf(masks.pairs & taken);
+        passage->columns += single + paired / 2;
+        passage->shown += single + paired;
+        passage->lines += CountOf(lines & taken);
+    }
+    const uint64_t switches = masks.switches & First(size);
+    Switch(state, masks.toPairs, switches, passage->text + passage->bytes);
     passage->bytes += size;
-    passage->columns += single + paired / 2;
-    passage->shown += single + paired;
-    passage->lines += CountOf(lines & taken);
+    if (places != nullptr)
+        *places = switches;
     return MayGoOn(window, size);
 }
 
 STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
 {
-    uint64_t switches;
     do
         if (const size_t count = FullWindows(*passage, kSequence - 1);
             count != 0 && state->switches)
             PassFullSevenBit(passage, state, count);
-    while (Left(*passage) != 0 && PassSevenBitWindow(passage, state, &switches));
+    while (Left(*passage) != 0 && PassSevenBitWindow(passage, state, nullptr));
 }
 
 STR_AVX2 Switches FindSwitchesInWindow(const char *text, size_t known, SevenBit *state)
 {
+    if (known >= kWindow + kSequence - 1 && state->switches) {
+        const FullMasks masks = LookAtFull(text, {state->pairs, false, 0});
+        const size_t spill = CountOf(masks.next.spill); // the sequence begins so many bytes on
+        const size_t size = spill != 0 ? kWindow - kSequence + spill
+                                       : kWindow - static_cast<size_t>(masks.next.half);
+        if (masks.isKnown) {
+            const uint64_t places = masks.switches & First(size);
+            Switch(state, masks.toPairs, places, text);
+            return {size, places};
+        }
+    }
     Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
-    uint64_t switches;
-    PassSevenBitWindow(&passage, state, &switches);
-    return {passage.bytes, switches};
+    uint64_t places;
+    PassSevenBitWindow(&passage, state, &places);
+    return {passage.bytes, places};
 }
 
 // ---- Eight bits ----------------------------------------------------------------------------
@@ -605,7 +648,7 @@ STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, const Classified
     return {shown, shown & ~leads, leads, foreign | (leads & ~(seconds >> 1))};
 }
 
-STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const char *others)
+STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const Others &others)
 {
     Window window;
     Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0});
@@ -615,9 +658,8 @@ STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const char *oth
     if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
         --size;
     const uint64_t bases = masks.leads << 1;
-    uint64_t other = 0;
-    for (; *others != '\0'; ++others)
-        other |= Equal(window, *others);
+    alignas(16) static constexpr uint8_t kHighs[16] = {1, 2, 4, 8, 16, 32, 64, 128};
+    const uint64_t other = OfAny(Classify(window, others.highs, kHighs), 0xFF);
     return {size, (Of<7>(bytes) | bases) & First(size), other & ~bases & First(size)};
 }
 
@@ -726,7 +768,7 @@ Switches FindSwitches(const char *text, size_t known, SevenBit *state)
                                 : FindSwitchesByByte(text, known, state);
 }
 
-Parts FindParts(const char *text, size_t known, const char *others)
+Parts FindParts(const char *text, size_t known, const Others &others)
 {
     return AreForWindows(known) ? FindPartsInWindow(text, known, others)
                                 : FindPartsByByte(text, known, others);
@@ -747,7 +789,7 @@ Switches FindSwitches(const char *text, size_t known, SevenBit *state)
     return FindSwitchesByByte(text, known, state);
 }
 
-Parts FindParts(const char *text, size_t known, const char *others)
+Parts FindParts(const char *text, size_t known, const Others &others)
 {
     return FindPartsByByte(text, known, others);
 }
