@@ -75,6 +75,11 @@ size_t RightUnit(Right right, const unsigned char *at, size_t left, size_t *show
     return IsShift(*at & 0x7F) || (edge && right != Right::single96) ? 0 : 1;
 }
 
+bool Has(const Others &others, unsigned char byte)
+{
+    return (others.highs[byte & 0xF] >> (byte >> 4) & 1U) != 0;
+}
+
 // Pass one unit; false where it is not known or does not fit.
 bool PassSevenBitUnit(Passage *passage, SevenBit *state)
 {
@@ -112,13 +117,13 @@ bool PassEightBitUnit(Passage *passage, Right right)
 
 } // namespace
 
-void PassSevenBitByByte(Passage *passage, SevenBit *state)
+[[gnu::noinline]] void PassSevenBitByByte(Passage *passage, SevenBit *state)
 {
     while (GoesOn(*passage) && PassSevenBitUnit(passage, state))
         continue;
 }
 
-Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state)
+[[gnu::noinline]] Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state)
 {
     Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
     uint64_t places = 0;
@@ -129,13 +134,13 @@ Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state)
     return {passage.bytes, places};
 }
 
-void PassEightBitByByte(Passage *passage, Right right)
+[[gnu::noinline]] void PassEightBitByByte(Passage *passage, Right right)
 {
     while (GoesOn(*passage) && PassEightBitUnit(passage, right))
         continue;
 }
 
-Parts FindPartsByByte(const char *text, size_t known, const char *others)
+[[gnu::noinline]] Parts FindPartsByByte(const char *text, size_t known, const Others &others)
 {
     Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
     Parts parts = {0, 0, 0};
@@ -146,7 +151,7 @@ Parts FindPartsByByte(const char *text, size_t known, const char *others)
             break;
         const uint64_t unit = (passage.bytes - begin == 2 ? uint64_t{3} : uint64_t{1}) << begin;
         parts.right |= byte >= 0xA0 ? unit : 0;
-        parts.other |= byte < 0x80 && std::strchr(others, byte) != nullptr ? unit : 0;
+        parts.other |= Has(others, byte) ? unit : 0;
     }
     parts.bytes = passage.bytes;
     return parts;
@@ -173,32 +178,65 @@ STR_AVX2 inline uint64_t First(size_t count)
 struct Window {
     __m256i blocks[2];
     unsigned int second; // where the second block begins
+    bool isLast;         // no byte after it is known
     size_t most;         // the bytes of it that may be passed
     size_t columns;      // the columns that may be passed
 };
 
-// Loads the next window; false where there is none.
-STR_AVX2 inline bool Load(Window *window, const Passage &passage)
+STR_AVX2 inline __m256i LoadBlock(const char *at)
 {
-    const size_t known = passage.known - passage.bytes;
-    if (Left(passage) < kLeast || IsOver(passage))
-        return false;
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at));
+}
+
+// The bytes from `skip` on of the sixteen at `at`.
+STR_AVX2 inline __m128i LoadAfter(const char *at, size_t skip)
+{
+    alignas(16) static constexpr int8_t kPlaces[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
+                                                       11, 12, 13, 14, 15, -1, -1, -1, -1, -1, -1,
+                                                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    return _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(at)),
+                            _mm_loadu_si128(reinterpret_cast<const __m128i *>(kPlaces + skip)));
+}
+
+// The next bytes, fewer than a block.  Bytes that were passed over may be read once more.
+STR_AVX2 inline __m256i LoadRest(const Passage &passage)
+{
     const char *const at = passage.text + passage.bytes;
-    const size_t size = std::min(known, kWindow);
+    const size_t size = passage.known - passage.bytes;
+    if (size > blocks::kSize)
+        return _mm256_set_m128i(LoadAfter(at + size - blocks::kSize, kBlock - size),
+                                _mm_loadu_si128(reinterpret_cast<const __m128i *>(at)));
+    if (passage.known >= blocks::kSize)
+        return _mm256_zextsi128_si256(LoadAfter(at + size - blocks::kSize, blocks::kSize - size));
+    return _mm256_zextsi128_si256(blocks::Load(at, size));
+}
+
+// Whether windows are faster than single bytes.
+bool AreForWindows(size_t left) { return left >= kLeast && HasAvx2(); }
+
+// Loads the next window.
+STR_AVX2 inline void Load(Window *window, const Passage &passage)
+{
+    const char *const at = passage.text + passage.bytes;
+    const size_t known = passage.known - passage.bytes, size = std::min(known, kWindow);
+    window->second = kBlock;
     if (size >= kBlock) {
         window->second = static_cast<unsigned int>(size - kBlock);
-        std::memcpy(&window->blocks[0], at, kBlock);
-        std::memcpy(&window->blocks[1], at + window->second, kBlock);
+        window->blocks[0] = LoadBlock(at);
+        window->blocks[1] = LoadBlock(at + window->second);
     } else {
-        const size_t low = std::min<size_t>(size, blocks::kSize);
-        window->second = kBlock;
-        window->blocks[0] =
-            _mm256_set_m128i(blocks::Load(at + low, size - low), blocks::Load(at, low));
+        window->blocks[0] = LoadRest(passage);
         window->blocks[1] = _mm256_setzero_si256();
     }
+    window->isLast = known <= kWindow;
     window->most = std::min(size, passage.mostBytes - passage.bytes);
     window->columns = passage.mostColumns - passage.columns - passage.lines;
-    return true;
+}
+
+// Whether more may be passed after the first `size` bytes.  A unit that the window cuts may be.
+STR_AVX2 inline bool MayGoOn(const Window &window, size_t size)
+{
+    return !window.isLast && size + kSequence > kWindow;
 }
 
 // A class of bytes has all whose high half is one of some, and whose low half is one of others: a
@@ -231,21 +269,26 @@ struct Classified {
     unsigned int second;
 };
 
-STR_AVX2 inline __m256i Classify(__m256i block, const Halves &halves)
+STR_AVX2 inline __m256i Classify(__m256i block, const uint8_t *lows, const uint8_t *highs)
 {
     const __m256i nibble = _mm256_set1_epi8(0xF);
     const __m256i low =
-        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.low)));
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(lows)));
     const __m256i high =
-        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(halves.high)));
+        _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i *>(highs)));
     return _mm256_shuffle_epi8(low, block & nibble) &
            _mm256_shuffle_epi8(high, _mm256_srli_epi16(block, 4) & nibble);
 }
 
+STR_AVX2 inline Classified Classify(const Window &window, const uint8_t *lows, const uint8_t *highs)
+{
+    return {{Classify(window.blocks[0], lows, highs), Classify(window.blocks[1], lows, highs)},
+            window.second};
+}
+
 STR_AVX2 inline Classified Classify(const Window &window, const Halves &halves)
 {
-    return {{Classify(window.blocks[0], halves), Classify(window.blocks[1], halves)},
-            window.second};
+    return Classify(window, halves.low, halves.high);
 }
 
 // The highest bits of two blocks.
@@ -384,26 +427,13 @@ STR_AVX2 inline size_t WholeUnits(const SevenBitMasks &masks, size_t size)
 }
 
 // Takes the state after the last of the sequences, which begin at `switches` in the text at `at`.
-STR_AVX2 inline void Switch(SevenBit *state, const SevenBitMasks &masks, uint64_t switches,
-                            const char *at)
+STR_AVX2 inline void Switch(SevenBit *state, uint64_t toPairs, uint64_t switches, const char *at)
 {
     if (switches == 0)
         return;
     const size_t place = kWindow - 1 - _lzcnt_u64(switches);
-    state->pairs = (masks.toPairs >> place & 1) != 0;
+    state->pairs = (toPairs >> place & 1) != 0;
     state->designation = at + place;
-}
-
-STR_AVX2 Switches FindSwitchesInWindow(const char *text, size_t known, SevenBit *state)
-{
-    Window window;
-    if (!Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0}))
-        return {0, 0};
-    const SevenBitMasks masks = Look(window, *state);
-    const size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
-    const uint64_t places = masks.switches & First(size);
-    Switch(state, masks, places, text);
-    return {size, places};
 }
 
 // The line feeds among the control functions, of which there are few.
@@ -412,26 +442,166 @@ STR_AVX2 inline uint64_t LinesIn(const Window &window, uint64_t controls)
     return controls == 0 ? 0 : controls & Equal(window, '\n');
 }
 
-STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
+// Two blocks of a window, without a limit within reach.
+struct Full {
+    __m256i blocks[2];
+};
+
+STR_AVX2 inline Full LoadFull(const char *at) { return {{LoadBlock(at), LoadBlock(at + kBlock)}}; }
+
+// The flags that a function makes of each of the blocks.
+template <class Flags>
+STR_AVX2 inline uint64_t Where(Flags flags)
+{
+    return Mask(flags(0), flags(1), kBlock);
+}
+
+// The full windows that no limit ends, if each of their bytes were a character.
+size_t FullWindows(const Passage &passage, size_t beyond)
+{
+    const size_t left = Left(passage);
+    return left < kWindow + beyond
+               ? 0
+               : std::min(left - beyond, passage.mostColumns - passage.columns - passage.lines) /
+                     kWindow;
+}
+
+STR_AVX2 inline __m256i Equal(__m256i block, char byte)
+{
+    return _mm256_cmpeq_epi8(block, _mm256_set1_epi8(byte));
+}
+STR_AVX2 inline __m256i EqualBut(__m256i block, char bit, char byte)
+{
+    return Equal(block & _mm256_set1_epi8(static_cast<char>(~bit)), byte);
+}
+
+// What is carried from one full window into the next.
+struct Carried {
+    bool pairs;
+    bool half;      // the first byte is the second one of a pair
+    uint64_t spill; // the bytes there of a sequence
+};
+
+// What a full window of text in seven bits has, if it has only graphic characters, whole pairs,
+// spaces between single bytes, and the sequences.
+struct FullMasks {
+    bool isKnown; // it has nothing else
+    uint64_t toPairs;
+    uint64_t switches;
+    uint64_t sequences; // their bytes
+    uint64_t pairs;
+    Carried next;
+};
+
+[[gnu::always_inline]] STR_AVX2 inline FullMasks LookAtFull(const char *at, const Carried &carried)
+{
+    const Full first = LoadFull(at), second = LoadFull(at + 1), third = LoadFull(at + 2);
+    const uint64_t toPairs = Where([&](int i) STR_AVX2 {
+        return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '$') &
+               EqualBut(third.blocks[i], '@' ^ 'B', '@');
+    });
+    const uint64_t toSingle = Where([&](int i) STR_AVX2 {
+        return Equal(first.blocks[i], kEsc) & Equal(second.blocks[i], '(') &
+               (EqualBut(third.blocks[i], 'B' ^ 'J', 'B') | Equal(third.blocks[i], 'I'));
+    });
+    const uint64_t spaces = Where([&](int i) STR_AVX2 { return Equal(first.blocks[i], ' '); });
+    const uint64_t graphic = Where([&](int i) STR_AVX2 {
+        return _mm256_cmpgt_epi8(first.blocks[i] + _mm256_set1_epi8(1), _mm256_set1_epi8(0x21));
+    });
+    const uint64_t switches = toPairs | toSingle;
+    const uint64_t sequences = switches | switches << 1 | switches << 2 | carried.spill;
+    unsigned long long sum; // as in Spans, and it carries into the next window
+    const bool goesOn = _addcarry_u64(carried.pairs, ~switches, toPairs << 1, &sum) != 0;
+    const uint64_t half = carried.half ? 1 : 0, pairs = ~switches & ~sum & ~sequences;
+    const size_t size = WholePairs(pairs & ~half, kWindow);
+    const uint64_t foreign = (~graphic & ~switches & ~(spaces & ~pairs)) | (half & ~pairs);
+    return {foreign == 0 && size + 1 >= kWindow,
+            toPairs,
+            switches,
+            sequences,
+            pairs,
+            {goesOn || toPairs >> 63 != 0, size != kWindow, switches >> 63 | switches >> 62}};
+}
+
+// Passes such windows.  Where the next one begins does not depend on what is in this one, so the
+// processor works at several at a time.
+[[gnu::noinline]] STR_AVX2 void PassFullSevenBit(Passage *passage, SevenBit *state, size_t count)
+{
+    Carried carried = {state->pairs, false, 0};
+    size_t paired = 0, shown = 0;
+    const char *const begin = passage->text + passage->bytes;
+    const char *at = begin;
+    for (; count != 0; --count, at += kWindow) {
+        const FullMasks masks = LookAtFull(at, carried);
+        if (!masks.isKnown)
+            break;
+        if (masks.switches != 0)
+            state->designation = at + (kWindow - 1 - _lzcnt_u64(masks.switches));
+        carried = masks.next;
+        paired += CountOf(masks.pairs);
+        shown += kWindow - CountOf(masks.sequences);
+    }
+    const size_t half = carried.half ? 1 : 0;
+    state->pairs = carried.pairs;
+    passage->bytes += static_cast<size_t>(at - begin) + CountOf(carried.spill) - half;
+    passage->columns += shown - (paired + half) / 2;
+    passage->shown += shown - half;
+}
+
+// Passes a window; false where nothing more is known or wanted.  Where `places` are asked for,
+// nothing is counted.
+[[gnu::noinline]] STR_AVX2 bool PassSevenBitWindow(Passage *passage, SevenBit *state,
+                                                   uint64_t *places)
 {
     Window window;
-    while (Load(&window, *passage)) {
-        const SevenBitMasks masks = Look(window, *state);
-        size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
+    Load(&window, *passage);
+    const SevenBitMasks masks = Look(window, *state);
+    size_t size = WholeUnits(masks, std::min(window.most, FirstOf(masks.unknown)));
+    if (places == nullptr) {
         const uint64_t lines = LinesIn(window, masks.controls & First(size));
         if (window.columns < kWindow)
             size = std::min(size, AfterCounted(masks.shown | lines | SecondOfPairs(masks.pairs),
                                                window.columns));
-        if (size == 0)
-            return;
         const uint64_t taken = First(size);
         const size_t single = CountOf(masks.shown & taken), paired = CountOf(masks.pairs & taken);
-        Switch(state, masks, masks.switches & taken, passage->text + passage->bytes);
-        passage->bytes += size;
         passage->columns += single + paired / 2;
         passage->shown += single + paired;
         passage->lines += CountOf(lines & taken);
     }
+    const uint64_t switches = masks.switches & First(size);
+    Switch(state, masks.toPairs, switches, passage->text + passage->bytes);
+    passage->bytes += size;
+    if (places != nullptr)
+        *places = switches;
+    return MayGoOn(window, size);
+}
+
+STR_AVX2 void PassSevenBitInWindows(Passage *passage, SevenBit *state)
+{
+    do
+        if (const size_t count = FullWindows(*passage, kSequence - 1);
+            count != 0 && state->switches)
+            PassFullSevenBit(passage, state, count);
+    while (Left(*passage) != 0 && PassSevenBitWindow(passage, state, nullptr));
+}
+
+STR_AVX2 Switches FindSwitchesInWindow(const char *text, size_t known, SevenBit *state)
+{
+    if (known >= kWindow + kSequence - 1 && state->switches) {
+        const FullMasks masks = LookAtFull(text, {state->pairs, false, 0});
+        const size_t spill = CountOf(masks.next.spill); // the sequence begins so many bytes on
+        const size_t size = spill != 0 ? kWindow - kSequence + spill
+                                       : kWindow - static_cast<size_t>(masks.next.half);
+        if (masks.isKnown) {
+            const uint64_t places = masks.switches & First(size);
+            Switch(state, masks.toPairs, places, text);
+            return {size, places};
+        }
+    }
+    Passage passage = {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0};
+    uint64_t places;
+    PassSevenBitWindow(&passage, state, &places);
+    return {passage.bytes, places};
 }
 
 // ---- Eight bits ----------------------------------------------------------------------------
@@ -478,73 +648,136 @@ STR_AVX2 inline EightBitMasks LookAtPairs(const Window &window, const Classified
     return {shown, shown & ~leads, leads, foreign | (leads & ~(seconds >> 1))};
 }
 
-STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const char *others)
+STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const Others &others)
 {
     Window window;
-    if (!Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0}))
-        return {0, 0, 0};
+    Load(&window, {text, known, kWindow, SIZE_MAX, 0, 0, 0, 0});
     const Classified bytes = Classify(window, kEightBit);
     const EightBitMasks masks = LookAtSingles(bytes, Right::marked);
     size_t size = std::min(window.most, FirstOf(masks.unknown));
     if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
         --size;
     const uint64_t bases = masks.leads << 1;
-    uint64_t other = 0;
-    for (; *others != '\0'; ++others)
-        other |= Equal(window, *others);
+    alignas(16) static constexpr uint8_t kHighs[16] = {1, 2, 4, 8, 16, 32, 64, 128};
+    const uint64_t other = OfAny(Classify(window, others.highs, kHighs), 0xFF);
     return {size, (Of<7>(bytes) | bases) & First(size), other & ~bases & First(size)};
+}
+
+// Flags the bytes of a block that are not graphic, except spaces.
+STR_AVX2 inline __m256i NotShown(__m256i block)
+{
+    const __m256i low = block & _mm256_set1_epi8(0x7F);
+    return _mm256_cmpgt_epi8(_mm256_set1_epi8(0x21), low + _mm256_set1_epi8(1)) |
+           Equal(block, '\xA0');
+}
+
+STR_AVX2 inline __m256i Marks(__m256i block)
+{
+    return _mm256_cmpgt_epi8(block, _mm256_set1_epi8('\xC0')) &
+           _mm256_cmpgt_epi8(_mm256_set1_epi8('\xD0'), block);
+}
+
+// Full windows of graphic characters and spaces, likewise.
+STR_AVX2 inline void PassFullSingles(Passage *passage, bool marked)
+{
+    uint64_t cut = 0; // the first byte ends a character
+    size_t size = 0, leading = 0;
+    for (size_t count = FullWindows(*passage, 0); count != 0; --count, size += kWindow) {
+        const Full bytes = LoadFull(passage->text + passage->bytes + size);
+        const __m256i foreign = NotShown(bytes.blocks[0]) | NotShown(bytes.blocks[1]);
+        uint64_t leads = Where([&](int i) STR_AVX2 { return Marks(bytes.blocks[i]); });
+        leads = marked ? leads : 0;
+        const uint64_t high = Where([&](int i) STR_AVX2 { return bytes.blocks[i]; });
+        if (!_mm256_testz_si256(foreign, foreign) || ((leads << 1 | cut) & high) != 0)
+            break;
+        cut = leads >> 63;
+        leading += CountOf(leads);
+    }
+    passage->bytes += size - cut;
+    passage->columns += size - leading;
+    passage->shown += size - cut;
+}
+
+// The same with pairs.  A single shift is not shown.
+STR_AVX2 inline void PassFullPairs(Passage *passage, bool shifted)
+{
+    uint64_t cut = 0, cutShift = 0; // the first byte ends a character, which is shifted
+    size_t size = 0, leading = 0, shifting = 0;
+    for (size_t count = FullWindows(*passage, 0); count != 0; --count, size += kWindow) {
+        const Full bytes = LoadFull(passage->text + passage->bytes + size);
+        const uint64_t high = Where([&](int i) STR_AVX2 { return bytes.blocks[i]; });
+        const uint64_t foreign = Where([&](int i) STR_AVX2 { return NotShown(bytes.blocks[i]); });
+        const uint64_t pairs = high & ~cut, seconds = SecondOfPairs(pairs),
+                       leads = pairs & ~seconds;
+        uint64_t shifts = 0;
+        if (shifted && foreign != 0)
+            shifts = leads & Where([&](int i) STR_AVX2 { return Equal(bytes.blocks[i], '\x8E'); });
+        if ((foreign ^ shifts) != 0 || (leads << 1 | cut) != (seconds | (cut & high)))
+            break;
+        cut = leads >> 63;
+        cutShift = shifts >> 63;
+        leading += CountOf(leads);
+        shifting += CountOf(shifts);
+    }
+    passage->bytes += size - cut;
+    passage->columns += size - leading;
+    passage->shown += size - cut - (shifting - cutShift);
 }
 
 STR_AVX2 void PassEightBitInWindows(Passage *passage, Right right)
 {
     const bool arePairs = right == Right::pairs || right == Right::shifted;
     Window window;
-    while (Load(&window, *passage)) {
+    size_t size;
+    do {
+        if (arePairs)
+            PassFullPairs(passage, right == Right::shifted);
+        else
+            PassFullSingles(passage, right == Right::marked);
+        if (Left(*passage) == 0)
+            return;
+        Load(&window, *passage);
         const Classified bytes = Classify(window, kEightBit);
         const EightBitMasks masks =
             arePairs ? LookAtPairs(window, bytes, right) : LookAtSingles(bytes, right);
-        size_t size = std::min(window.most, FirstOf(masks.unknown));
+        size = std::min(window.most, FirstOf(masks.unknown));
         if (size != 0 && (masks.leads >> (size - 1) & 1) != 0)
             --size; // the character ends in the next window, or is not known
         const uint64_t lines = LinesIn(window, ~masks.shown & First(size));
         if (window.columns < kWindow)
             size = std::min(size, AfterCounted(masks.counted | lines, window.columns));
-        if (size == 0)
-            return;
         const uint64_t taken = First(size);
         passage->bytes += size;
         passage->columns += CountOf(masks.counted & taken);
         passage->shown += CountOf(masks.shown & taken);
         passage->lines += CountOf(lines & taken);
-    }
+    } while (MayGoOn(window, size));
 }
 
 } // namespace
 
 void PassSevenBit(Passage *passage, SevenBit *state)
 {
-    if (Left(*passage) >= kLeast && HasAvx2())
-        PassSevenBitInWindows(passage, state);
-    PassSevenBitByByte(passage, state);
+    AreForWindows(Left(*passage)) ? PassSevenBitInWindows(passage, state)
+                                  : PassSevenBitByByte(passage, state);
 }
 
 Switches FindSwitches(const char *text, size_t known, SevenBit *state)
 {
-    return known >= kLeast && HasAvx2() ? FindSwitchesInWindow(text, known, state)
-                                        : FindSwitchesByByte(text, known, state);
+    return AreForWindows(known) ? FindSwitchesInWindow(text, known, state)
+                                : FindSwitchesByByte(text, known, state);
 }
 
-Parts FindParts(const char *text, size_t known, const char *others)
+Parts FindParts(const char *text, size_t known, const Others &others)
 {
-    return known >= kLeast && HasAvx2() ? FindPartsInWindow(text, known, others)
-                                        : FindPartsByByte(text, known, others);
+    return AreForWindows(known) ? FindPartsInWindow(text, known, others)
+                                : FindPartsByByte(text, known, others);
 }
 
 void PassEightBit(Passage *passage, Right right)
 {
-    if (Left(*passage) >= kLeast && HasAvx2())
-        PassEightBitInWindows(passage, right);
-    PassEightBitByByte(passage, right);
+    AreForWindows(Left(*passage)) ? PassEightBitInWindows(passage, right)
+                                  : PassEightBitByByte(passage, right);
 }
 
 #else
@@ -556,7 +789,7 @@ Switches FindSwitches(const char *text, size_t known, SevenBit *state)
     return FindSwitchesByByte(text, known, state);
 }
 
-Parts FindParts(const char *text, size_t known, const char *others)
+Parts FindParts(const char *text, size_t known, const Others &others)
 {
     return FindPartsByByte(text, known, others);
 }

@@ -69,19 +69,32 @@ enum class Right : uint8_t {
 // After a mark it knows only bytes of the left half.
 void PassEightBit(Passage *passage, Right right);
 
+// Some of the bytes below 0x80: for each low half, a bit for each high half.
+struct Others {
+    alignas(16) uint8_t highs[16];
+};
+
+constexpr Others OthersOf(const char *bytes)
+{
+    Others others = {};
+    for (; *bytes != '\0'; ++bytes)
+        others.highs[*bytes & 0xF] |= static_cast<uint8_t>(1U << (*bytes >> 4));
+    return others;
+}
+
 // The sets of the next bytes of a text in eight bits whose right half is marked.
 struct Parts {
     size_t bytes;   // how many were looked at, at most 64: whole units that PassEightBit knows
     uint64_t right; // a bit for each byte of a character of the right half, its base included
     uint64_t other; // a bit for each character of `others` in the left half
 };
-Parts FindParts(const char *text, size_t known, const char *others);
+Parts FindParts(const char *text, size_t known, const Others &others);
 
 // The plain forms.
 void PassSevenBitByByte(Passage *passage, SevenBit *state);
 void PassEightBitByByte(Passage *passage, Right right);
 Switches FindSwitchesByByte(const char *text, size_t known, SevenBit *state);
-Parts FindPartsByByte(const char *text, size_t known, const char *others);
+Parts FindPartsByByte(const char *text, size_t known, const Others &others);
 
 } // namespace libstr::plain
 

@@ -15,21 +15,28 @@ std::mt19937 theRandom;
 
 size_t Below(size_t limit) { return theRandom() % limit; }
 
-// So many bytes, most of them from one of these groups of pieces.
+// So many bytes, most of them from one of these groups of pieces.  Some texts cut a piece where the
+// first window ends.
 std::string PlainText(size_t size)
 {
     const std::vector<std::string> groups[] = {
-        {"\x1B(B", "\x1B$B", "\x1B$@", "\x1B(J", "\x1B(I", "0!", "abcdefghij", "%6%5%3", "a"},
-        {"\xB0\xB1", "\xA4\xA2\xA4\xA4\xA4\xA6", "\x8E\xB6", "abcdefghij", "\n", "a"},
+        {"\x1B(B", "\x1B$B", "\x1B$@", "\x1B(J", "\x1B(I", "0!", "abcdefghij", "%6%5%3", "a b"},
+        {"\xB0\xB1", "\xA4\xA2\xA4\xA4\xA4\xA6", "\x8E\xB6", "abcdefghij", "a"},
         {"\xC1"
          "a",
-         "\xC8u", "\xE1", "#", "a~b", "abcdefghij", "\x85", "\x7F", " "},
-        {"\x0E", "\x1B", "\x9B", "\x8F", "\xA0", "\xFF", "\xC1\xC2", "\xE4", "\x7F", "\n"}};
+         "\xC8u", "\xE1", "#", "a~b", "abcdefghij", " "},
+        {"\x0E", "\x1B", "\x9B", "\x8F", "\xA0", "\xFF", "\xC1\xC2", "\xE4", "\x7F", "\n", "a",
+         "\x85"}};
     const auto &group = groups[Below(3)];
+    const size_t between = Below(2) == 0 ? 20 : 500;
+    const size_t cut = Below(2) == 0 ? 63 + Below(3) : SIZE_MAX;
     std::string text;
     while (text.size() < size) {
-        const auto &from = Below(20) == 0 ? groups[3] : group;
+        const auto &from = Below(between) == 0 ? groups[3] : group;
+        const bool isBefore = text.size() < cut;
         text += from[Below(from.size())];
+        if (isBefore && text.size() > cut)
+            text.resize(cut);
     }
     return text.substr(0, size);
 }
@@ -49,9 +56,10 @@ TEST(PlainText, IsPassedInWindowsAsByteByByte)
             std::memcpy(room.data() + 1, bytes.data(), size);
             const char *const text = room.data() + 1;
             const bool limited = Below(2) == 0;
-            const size_t most = limited ? Below(size + 2) : SIZE_MAX,
+            const size_t passed = Below(3) == 0 ? Below(size + 1) : 0;
+            const size_t most = limited ? passed + Below(size - passed + 2) : SIZE_MAX,
                          columns = Below(2) == 0 ? Below(size + 2) : SIZE_MAX;
-            const Passage begin = {text, size, most, columns, 0, 0, 0, 0};
+            const Passage begin = {text, size, most, columns, passed, 0, 0, 0};
             Passage windows = begin, slow = begin;
             const SevenBit start = {Below(2) == 0, Below(8) != 0, nullptr};
             SevenBit state = start, slowState = start;
@@ -72,8 +80,9 @@ TEST(PlainText, IsPassedInWindowsAsByteByByte)
                 PassEightBitByByte(&slow, right);
                 ASSERT_EQ(Fields(windows), Fields(slow));
             }
-            const Parts parts = FindParts(text, size, "#$~"),
-                        slowParts = FindPartsByByte(text, size, "#$~");
+            constexpr Others others = OthersOf("#$~");
+            const Parts parts = FindParts(text, size, others),
+                        slowParts = FindPartsByByte(text, size, others);
             ASSERT_EQ(std::tuple(parts.bytes, parts.right, parts.other),
                       std::tuple(slowParts.bytes, slowParts.right, slowParts.other));
         }

@@ -3,7 +3,9 @@
 
 #include "base/plain_text.h"
 
+#include <algorithm>
 #include <bit>
+#include <string_view>
 
 namespace libstr::ccs
 {
@@ -43,7 +45,8 @@ void Add(Found *found, Rest *rest, uint16_t kind, size_t length)
         *segment = {rest->at, kind, 0, static_cast<uint32_t>(length)};
         ++found->count;
     }
-    found->fits = total <= UINT32_MAX;
+    if (total > UINT32_MAX)
+        found->fits = false;
     rest->isOpen = kind != CS_SEG_IGNORE;
     rest->at += length;
     rest->size -= length;
@@ -57,34 +60,69 @@ bool IsSevenBit(const Walk &walk)
            walk.next == Walk::Next::any && *kSets[view.left.row].differs == '\0';
 }
 
+// Adds text up to `end`, if there is any.
+void AddText(Found *found, Rest *rest, uint16_t kind, const char *end)
+{
+    if (rest->at != end)
+        Add(found, rest, kind, static_cast<size_t>(end - rest->at));
+}
+
+CSSegment SegmentOf(const char *at, uint16_t kind, const char *end)
+{
+    return {at, kind, 0, static_cast<uint32_t>(end - at)};
+}
+
+// The segments before `out` have been written, up to `at`.
+void MoveTo(Found *found, const CSSegment *out, Rest *rest, const char *at)
+{
+    found->count = static_cast<int>(out - found->segments);
+    rest->size -= static_cast<size_t>(at - rest->at);
+    rest->isOpen = found->count != 0 && out[-1].kind != CS_SEG_IGNORE;
+    rest->at = at;
+}
+
+// Adds the sequences at `places` after `begin` as far as there is room, and the text between them.
+// Returns the places that are left.
+uint64_t AddSwitches(Found *found, Rest *rest, const char *begin, uint64_t places, uint16_t *kind)
+{
+    constexpr int kRoom = 4; // text, a sequence, text, and the rest of the text
+    CSSegment *out = found->segments + found->count;
+    const CSSegment *const last = found->segments + found->most - kRoom;
+    const char *at = rest->at;
+    for (; places != 0 && out <= last; places &= places - 1) {
+        const char *const sequence = begin + std::countr_zero(places);
+        if (sequence != at)
+            *out++ = SegmentOf(at, *kind, sequence);
+        at = sequence + kSequence;
+        *out++ = SegmentOf(sequence, CS_SEG_IGNORE, at);
+        *kind = KindAfter(sequence);
+    }
+    MoveTo(found, out, rest, at);
+    return places;
+}
+
 // Finds segments as long as FindSwitches knows the text.  Leaves room for a segment after an open
 // one.
 void DivideSevenBit(Walk *walk, Rest *rest, Found *found)
 {
-    constexpr int kRoom = 4; // text, a sequence, text, and the rest of the text
     plain::SevenBit state = {walk->Current().view.left.bytes == 2, true, nullptr};
     uint16_t kind = walk->Current().left.kind;
     const char *last = nullptr; // sequence that has been added
-    bool goesOn = true;
-    while (goesOn && rest->size != 0 && found->fits) {
+    uint64_t left = 0;
+    while (left == 0 && rest->size != 0 && found->fits) {
         const plain::Switches switches = plain::FindSwitches(rest->at, rest->size, &state);
-        const char *const end = rest->at + switches.bytes;
-        const char *const begin = rest->at;
-        goesOn = switches.bytes != 0;
-        for (uint64_t places = switches.places; places != 0; places &= places - 1) {
-            if (found->most - found->count < kRoom) {
-                goesOn = false;
-                break;
-            }
-            const char *const sequence = begin + std::countr_zero(places);
-            if (sequence != rest->at)
-                Add(found, rest, kind, static_cast<size_t>(sequence - rest->at));
-            Add(found, rest, CS_SEG_IGNORE, kSequence);
-            kind = KindAfter(sequence);
-            last = sequence;
-        }
-        if (goesOn && rest->at != end)
-            Add(found, rest, kind, static_cast<size_t>(end - rest->at));
+        const char *const begin = rest->at, *const end = begin + switches.bytes;
+        const uint64_t places = switches.places;
+        if (switches.bytes == 0)
+            break;
+        AddText(found, rest, kind, places == 0 ? end : begin + std::countr_zero(places));
+        if (places == 0)
+            continue;
+        left = AddSwitches(found, rest, begin, places, &kind);
+        if (left != places)
+            last = found->segments[found->count - 1].text;
+        if (left == 0)
+            AddText(found, rest, kind, end);
     }
     if (last != nullptr)
         Follow(walk, last, kSequence);
@@ -98,30 +136,50 @@ bool IsMarkedText(const Walk &walk)
            walk.next == Walk::Next::any;
 }
 
+// The characters of the left half that are not of ASCII are the same in each set that has any.
+constexpr plain::Others kOthers = plain::OthersOf(kSets[FindRow(102)].differs);
+static_assert(std::all_of(std::begin(kSets), std::end(kSets), [](const SetRow &set) {
+    return *set.differs == '\0' || std::string_view(set.differs).size() == kDifferent.size();
+}));
+
+// Adds the parts of a window after its first `begin` bytes, as far as there is room.  `kinds` are
+// those of neither, of the right half, and of others.
+bool AddParts(Found *found, Rest *rest, const plain::Parts &parts, const uint16_t (&kinds)[3])
+{
+    const char *const begin = rest->at;
+    const size_t size = parts.bytes;
+    const auto kindAt = [&](size_t at) {
+        return kinds[(parts.right >> at & 1) | (parts.other >> at & 1) << 1];
+    };
+    uint64_t ends = (parts.right ^ parts.right << 1) | (parts.other ^ parts.other << 1);
+    if (size < 64)
+        ends |= uint64_t{1} << size;
+    ends &= ~uint64_t{1};
+    size_t at = static_cast<size_t>(std::countr_zero(ends)); // 64 where there is none
+    Add(found, rest, kindAt(0), at);
+    CSSegment *out = found->segments + found->count;
+    const CSSegment *const last = found->segments + found->most - 2;
+    while (at != size && out <= last) {
+        ends &= ends - 1;
+        const auto end = static_cast<size_t>(std::countr_zero(ends));
+        *out++ = SegmentOf(begin + at, kindAt(at), begin + end);
+        at = end;
+    }
+    MoveTo(found, out, rest, begin + at);
+    return at == size;
+}
+
 // Finds segments as long as FindParts knows the text, likewise.
 void DivideMarkedText(const Walk &walk, Rest *rest, Found *found)
 {
     const View &view = walk.Current().view;
     const SetRow &left = kSets[view.left.row];
-    while (rest->size != 0) {
-        const plain::Parts parts = plain::FindParts(rest->at, rest->size, left.differs);
-        if (parts.bytes == 0)
+    const uint16_t kinds[] = {view.left.kind, view.right.kind, left.number};
+    const plain::Others others = *left.differs == '\0' ? plain::Others{} : kOthers;
+    while (rest->size != 0 && found->most - found->count >= 2 && found->fits) {
+        const plain::Parts parts = plain::FindParts(rest->at, rest->size, others);
+        if (parts.bytes == 0 || !AddParts(found, rest, parts, kinds))
             return;
-        uint64_t ends = (parts.right ^ parts.right << 1) | (parts.other ^ parts.other << 1);
-        for (size_t at = 0; at < parts.bytes;) {
-            if (found->most - found->count < 2 || !found->fits)
-                return;
-            ends &= ~uint64_t{1} << at;
-            const size_t end = std::min(parts.bytes, static_cast<size_t>(std::countr_zero(ends)));
-            const bool isRight = (parts.right >> at & 1) != 0;
-            const bool isOther = (parts.other >> at & 1) != 0;
-            Add(found, rest,
-                isRight   ? view.right.kind
-                : isOther ? left.number
-                          : view.left.kind,
-                end - at);
-            at = end;
-        }
     }
 }
 
