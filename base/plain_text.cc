@@ -506,7 +506,8 @@ struct FullMasks {
     });
     const uint64_t spaces = Where([&](int i) STR_AVX2 { return Equal(first.blocks[i], ' '); });
     const uint64_t graphic = Where([&](int i) STR_AVX2 {
-        return _mm256_cmpgt_epi8(first.blocks[i] + _mm256_set1_epi8(1), _mm256_set1_epi8(0x21));
+        return _mm256_cmpgt_epi8(_mm256_add_epi8(first.blocks[i], _mm256_set1_epi8(1)),
+                                 _mm256_set1_epi8(0x21));
     });
     const uint64_t switches = toPairs | toSingle;
     const uint64_t sequences = switches | switches << 1 | switches << 2 | carried.spill;
@@ -667,7 +668,7 @@ STR_AVX2 Parts FindPartsInWindow(const char *text, size_t known, const Others &o
 STR_AVX2 inline __m256i NotShown(__m256i block)
 {
     const __m256i low = block & _mm256_set1_epi8(0x7F);
-    return _mm256_cmpgt_epi8(_mm256_set1_epi8(0x21), low + _mm256_set1_epi8(1)) |
+    return _mm256_cmpgt_epi8(_mm256_set1_epi8(0x21), _mm256_add_epi8(low, _mm256_set1_epi8(1))) |
            Equal(block, '\xA0');
 }
 
