@@ -142,8 +142,8 @@ static_assert(std::all_of(std::begin(kSets), std::end(kSets), [](const SetRow &s
     return *set.differs == '\0' || std::string_view(set.differs).size() == kDifferent.size();
 }));
 
-// Adds the parts of a window after its first `begin` bytes, as far as there is room.  `kinds` are
-// those of neither, of the right half, and of others.
+// Adds the parts of a window as far as there is room; false when there is none for the rest.
+// `kinds` are those of neither, of the right half, and of others.
 bool AddParts(Found *found, Rest *rest, const plain::Parts &parts, const uint16_t (&kinds)[3])
 {
     const char *const begin = rest->at;
