@@ -50,13 +50,13 @@ inline bool AreEqual(const char *a, const char *b, size_t size)
 // Passes over four blocks at a time, while they have no such place.
 inline const char *PassBlocks(const char *at, const char *end, const char *piece, size_t size)
 {
-    constexpr ptrdiff_t kFour = 4 * blocks::kSize;
+    constexpr ptrdiff_t kBlock = blocks::kSize, kFour = 4 * kBlock;
     const auto places = [=](const char *block) {
         return Places(block, blocks::kSize, piece, size);
     };
     while (end - at >= kFour &&
-           blocks::Mask(places(at) | places(at + blocks::kSize) | places(at + 2 * blocks::kSize) |
-                        places(at + 3 * blocks::kSize)) == 0)
+           blocks::Mask(places(at) | places(at + kBlock) | places(at + 2 * kBlock) |
+                        places(at + 3 * kBlock)) == 0)
         at += kFour;
     return at;
 }
@@ -83,8 +83,8 @@ inline const char *PassBlocks(const char *at, const char *end, const char *piece
         const bool isWhole = end - begin >= ptrdiff_t{blocks::kSize};
         const size_t passed = isWhole ? blocks::kSize - avail : 0; // a whole block is faster
         const char *const block = at - passed;
-        uint32_t found = blocks::Mask(Places(block, avail + passed, piece, size)) >> passed
-                                                                                         << passed;
+        uint32_t found = blocks::Mask(Places(block, avail + passed, piece, size));
+        found &= ~uint32_t{0} << passed;
         for (; found != 0; found &= found - 1) {
             const char *const place = block + std::countr_zero(found);
             if (AreEqual(place, piece, size))
