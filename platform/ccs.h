@@ -23,8 +23,10 @@
  * depend only on a set last as long as the process; each other function says how long its text
  * lasts.
  *
- * Threads: the walk state is the calling thread's in the default service.  Segment lists, case
- * table registration and initialisation are process-wide, without a lock.
+ * Threads: any number at once in the default service, where the walk state and the segment list are
+ * the calling thread's.  The library calls ccs_DoInitTables and ccs_PutToUpperByCSNum in one thread
+ * at a time, while others read what is registered.  A replacement that cannot be called by several
+ * threads at once limits the functions of the library that call it.
  *
  * Escapes: in the default service the list functions raise OS_ESC_MEMORY of class ER_CLASS_LIBRARY
  * when memory runs out or there would be more than INT_MAX records.  They and the walks also raise
@@ -79,7 +81,7 @@ uint16_t ccs_GetNextStr(const CSDescriptor *cs, const char *text, int length,
 
 /* The segments that a walk would return, as a contiguous list that ends with a record of kind
  * CS_SEG_END; `count` receives the number of records, that one included.  Never null.  The next
- * call of this function or the next, in any thread, overwrites the list; a caller that needs two
+ * call of this function or the next in the same thread overwrites the list; a caller that needs two
  * lists copies the first.  The thread's walk stays as it is. */
 CSSegment *ccs_GetAllStrs(const CSDescriptor *cs, const char *text, int length, int *count);
 

@@ -5,32 +5,36 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
+#include "base/thread_memory.h"
+
 #include <glib.h>
 
 #include <cstring>
-#include <pthread.h>
+
+using namespace libstr;
 
 namespace
 {
 
 constexpr char kSource[] = "services/enc";
 
-// The thread's decoded bytes.  Not a GPrivate: it ends the process when it cannot create its key.
-pthread_once_t theStart = PTHREAD_ONCE_INIT;
-pthread_key_t theBytes;
-bool theKeyIsMade;
+// The thread's decoded bytes.
+struct Decoded : KeptByThread {
+    unsigned char *at;
+};
+thread_local Decoded theBytes;
+
+void ReleaseBytes(KeptByThread *)
+{
+    os_free(theBytes.at);
+    theBytes.at = nullptr;
+}
 
 unsigned char *RoomFor(size_t size)
 {
-    pthread_once(&theStart, [] { theKeyIsMade = pthread_key_create(&theBytes, os_free) == 0; });
-    if (!theKeyIsMade)
+    if (!KeepByThread(&theBytes, ReleaseBytes))
         er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
-    void *const bytes = os_realloc(pthread_getspecific(theBytes), size);
-    if (pthread_setspecific(theBytes, bytes) != 0) { // only for the thread's first bytes
-        os_free(bytes);
-        er_TracedEscape(ER_CLASS_LIBRARY, OS_ESC_MEMORY, kSource, __LINE__);
-    }
-    return static_cast<unsigned char *>(bytes);
+    return theBytes.at = static_cast<unsigned char *>(os_realloc(theBytes.at, size));
 }
 
 constexpr int kMalformed = -1;

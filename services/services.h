@@ -98,7 +98,8 @@ int ccs_GetSetInfo(int index, ccs_SetInfo *out);
 /* Makes `csTable` the table of registrations of the process; it stays the caller's and must last.
  * Null brings the process's own table back.  So does a wrong length, but that also empties the
  * process's own table, whose registrations are for other case tables than those that come with
- * `csTable`.  No other thread may use the service meanwhile. */
+ * `csTable`.  Other threads may go on: until str_AttachSMem has attached the case tables that come
+ * with it, a set may have none for them, or another's. */
 void ccs_SetCSTable(int32_t companion, void *csTable);
 
 #pragma GCC visibility pop

@@ -6,12 +6,14 @@
 #include <platform/er.h>
 #include <platform/os.h>
 
+#include "base/thread_memory.h"
 #include "services/ccs/divide.h"
 #include "services/ccs/measure.h"
 #include "services/services.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <climits>
 #include <cstdint>
@@ -27,18 +29,21 @@ constexpr char kSource[] = "services/ccs";
 
 // The walk of ccs_Get1stStr and ccs_GetNextStr, the end of its text, which is looked for once, and
 // the escapes returned last.
-__attribute__((tls_model("initial-exec"))) thread_local ccs::Walk theWalk;
-__attribute__((tls_model("initial-exec"))) thread_local const char *theEnd;
+thread_local ccs::Walk theWalk;
+thread_local const char *theEnd;
 thread_local char theModelEscapes[ccs::kMostEscapes + 1];
 thread_local char theAsciiEscapes[ccs::kMostEscapes + 1];
 
-// The segment list returned last.  It grows to the longest and is never released.
-CSSegment *theList;
-size_t theListCapacity;
+// The segment list that this thread got last.  It grows to the longest, until the thread ends.
+struct SegmentList : KeptByThread {
+    CSSegment *at;
+    size_t capacity;
+};
+thread_local SegmentList theList;
 
 // The record numbers of the case tables, by row: the process's own table and the one in use.
 uint16_t theOwnRecords[std::size(ccs::kSets)];
-uint16_t *theRecords = theOwnRecords;
+std::atomic<uint16_t *> theRecords = theOwnRecords;
 
 // Where the text ends: at its NUL or after `length` bytes.
 const char *EndOf(const char *text, int length)
@@ -62,16 +67,23 @@ uint32_t LengthOf(const ccs::Unit &segment)
     return length;
 }
 
-void PutIntoList(const CSSegment &segment, size_t index)
+void ReleaseList(KeptByThread *)
+{
+    os_free(theList.at);
+    theList = {};
+}
+
+void Put(SegmentList *list, const CSSegment &segment, size_t index)
 {
     constexpr size_t most = std::min<size_t>(INT_MAX, SIZE_MAX / 2 / sizeof segment);
     EscapeUnless(index < most);
-    if (index == theListCapacity) {
-        const size_t capacity = theListCapacity == 0 ? 32 : theListCapacity * 2;
-        theList = static_cast<CSSegment *>(os_realloc(theList, capacity * sizeof *theList));
-        theListCapacity = capacity;
+    if (index == list->capacity) {
+        EscapeUnless(KeepByThread(list, ReleaseList));
+        const size_t capacity = index == 0 ? 32 : index * 2;
+        list->at = static_cast<CSSegment *>(os_realloc(list->at, capacity * sizeof *list->at));
+        list->capacity = capacity;
     }
-    theList[index] = segment;
+    list->at[index] = segment;
 }
 
 // ---- Walks of the caller's -----------------------------------------------------------------
@@ -119,16 +131,17 @@ CSSegment *List(const CSDescriptor *cs, const char *text, int length, bool withI
     ccs::Walk walk;
     ccs::Begin(&walk, *cs);
     const char *const end = EndOf(text, length);
+    SegmentList *const list = &theList;
     size_t used = 0;
     for (uint16_t kind = CS_SEG_NONE; kind != CS_SEG_END;) {
         const ccs::Unit segment = ccs::NextSegment(&walk, text, static_cast<size_t>(end - text));
         kind = segment.kind;
         if (withIgnored || kind != CS_SEG_IGNORE)
-            PutIntoList({text, kind, 0, LengthOf(segment)}, used++);
+            Put(list, {text, kind, 0, LengthOf(segment)}, used++);
         text += segment.length;
     }
     *count = static_cast<int>(used);
-    return theList;
+    return list->at;
 }
 
 // Whether the two values are a table for the sets of this service.
@@ -343,7 +356,8 @@ void ccs_SetCSTable(int32_t companion, void *csTable)
     if (IsTableOfRecords(companion, csTable))
         theRecords = static_cast<uint16_t *>(csTable);
     else if (csTable != nullptr)
-        std::fill(std::begin(theOwnRecords), std::end(theOwnRecords), uint16_t{0});
+        for (uint16_t &record : theOwnRecords)
+            std::atomic_ref(record).store(0, std::memory_order_relaxed);
 }
 
 void ccs_PutToUpperByCSNum(int setNumber, uint16_t recordNumber, int32_t companion, void *csTable)
@@ -355,13 +369,16 @@ void ccs_PutToUpperByCSNum(int setNumber, uint16_t recordNumber, int32_t compani
         return;
     uint16_t *const records =
         IsTableOfRecords(companion, csTable) ? static_cast<uint16_t *>(csTable) : theOwnRecords;
-    records[row] = recordNumber;
+    // Whoever reads the number reads what the caller stored before.
+    std::atomic_ref(records[row]).store(recordNumber, std::memory_order_release);
 }
 
 uint16_t ccs_GetToUpperTable(const CSDescriptor *cs)
 {
     const uint8_t row = ccs::FindRow(cs->csNum);
-    return row == ccs::kNoRow ? uint16_t{0} : theRecords[row];
+    return row == ccs::kNoRow ? uint16_t{0}
+                              : std::atomic_ref(theRecords.load(std::memory_order_acquire)[row])
+                                    .load(std::memory_order_acquire);
 }
 
 int ccs_GetSetCount(void) { return static_cast<int>(std::size(ccs::kSets)); }
