@@ -23,9 +23,9 @@ constexpr size_t kMost = 128 * 1024; // bytes of a text
 
 // What the ways write to.
 inline wchar_t theWide[kMost];
-inline char theCopy[kMost];
-inline char theHalves[2][kMost];
-inline std::string_view theParts[2];
+inline thread_local char theCopy[kMost];
+inline thread_local char theHalves[2][kMost];
+inline thread_local std::string_view theParts[2];
 
 // A result is wiped out once it is read, so that it does not pass for that of the next way.
 inline std::string Taken(std::string outcome)

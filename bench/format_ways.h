@@ -16,7 +16,7 @@
 namespace bench::format
 {
 
-inline char thePrint[128 * 1024];
+inline thread_local char thePrint[128 * 1024];
 
 // ---- The library ---------------------------------------------------------------------------
 

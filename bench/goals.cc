@@ -20,6 +20,7 @@
 #include <random>
 #include <stdexcept>
 #include <string_view>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -233,11 +234,12 @@ volatile size_t theSink; // results are used
         theSink = way.call(text);
 }
 
+// Of the calling thread.
 double SecondsOf(size_t passes, const Way &way, const std::vector<Text> &texts)
 {
     const auto now = [] {
         timespec time;
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
         return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
     };
     const double start = now();
@@ -396,6 +398,35 @@ void PrintPoints(const Selection &workloads)
     }
 }
 
+// ---- Threads -------------------------------------------------------------------------------
+
+// The time of a call in two threads at once, divided by its time in one alone.
+double MeasureThreads(const Workload &workload, size_t mean)
+{
+    constexpr size_t kTurns = 31, kSlices = 20; // of a turn: longer than a thread takes to begin
+    const std::vector<Text> texts = CheckedTexts(workload, mean);
+    const Way ours = {"libstr", workload.job.ours};
+    const size_t passes = kSlices * PassesOfASlice(ours, texts);
+    std::vector<double> ratios;
+    for (size_t turn = 0; turn < kTurns; ++turn) {
+        const double alone = SecondsOf(passes, ours, texts);
+        double together[2];
+        std::thread other([&] { together[0] = SecondsOf(passes, ours, texts); });
+        together[1] = SecondsOf(passes, ours, texts);
+        other.join();
+        ratios.push_back((together[0] + together[1]) / 2 / alone);
+    }
+    return Median(ratios);
+}
+
+void PrintThreads(const Selection &workloads)
+{
+    std::printf("%-30s%10s%10s\n", "two threads to one", "64 B", "4096 B");
+    for (const Workload *each : workloads)
+        std::printf("%-30s%10.2f%10.2f\n", each->name, MeasureThreads(*each, 64),
+                    MeasureThreads(*each, 4096));
+}
+
 // ---- Instructions --------------------------------------------------------------------------
 
 } // namespace
@@ -434,6 +465,8 @@ try {
     for (const std::string_view argument : std::vector<std::string_view>(argv + 1, argv + argc))
         if (argument == "--peers")
             action = PrintPeers;
+        else if (argument == "--threads")
+            action = PrintThreads;
         else if (argument == "--points")
             action = PrintPoints;
         else if (argument == "--counted")

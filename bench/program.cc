@@ -22,7 +22,7 @@ void *__libc_malloc(size_t size);
 void *__libc_calloc(size_t count, size_t size);
 void *__libc_realloc(void *block, size_t size);
 
-static size_t theAllocations; // the program has one thread
+static size_t theAllocations; // what allocates is measured in one thread
 
 void *malloc(size_t size)
 {

@@ -28,7 +28,7 @@ constexpr size_t kMost = 8 * 65536; // of anything
 inline wchar_t theWide[kMost];
 
 // The upper case that a way made; the way returns its bytes.
-inline const char *theUpper;
+inline thread_local const char *theUpper;
 inline gchar *theAllocated;
 inline char theResult[kMost];
 
