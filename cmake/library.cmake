@@ -38,8 +38,9 @@ function(str_library name)
 
     add_library(${name}_shared SHARED $<TARGET_OBJECTS:${name}_objects>)
     target_link_libraries(${name}_shared PUBLIC str_headers PkgConfig::GLIB)
+    # It stays loaded: a thread that ends after dlclose still releases its memory with it.
     target_link_options(${name}_shared PRIVATE
-        -Wl,--as-needed -Wl,--version-script=${arg_MAP})
+        -Wl,--as-needed -Wl,-z,nodelete -Wl,--version-script=${arg_MAP})
     set_target_properties(${name}_shared PROPERTIES
         OUTPUT_NAME ${name}
         LINKER_LANGUAGE C

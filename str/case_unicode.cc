@@ -18,7 +18,7 @@ namespace
 {
 
 // A comparison's first text: the service may reuse its own storage for the second.
-Buffer<char> theCopy;
+thread_local ThreadBuffer<char> theCopy;
 
 constexpr size_t kSpare = 50; // bytes more than needed
 
@@ -42,11 +42,12 @@ Form FormOf(int variant)
 
 const char *Copy(const char *text, size_t length)
 {
-    if (theCopy.capacity <= length)
-        Resize(&theCopy, length + kSpare);
-    std::memcpy(theCopy.at, text, length);
-    theCopy.at[length] = '\0';
-    return theCopy.at;
+    ThreadBuffer<char> *const copy = &theCopy;
+    if (copy->capacity <= length)
+        Grow(copy, length + kSpare);
+    std::memcpy(copy->at, text, length);
+    copy->at[length] = '\0';
+    return copy->at;
 }
 
 bool IsEmpty(const char *text) { return text == nullptr || *text == '\0'; }

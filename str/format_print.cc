@@ -116,7 +116,7 @@ void PrintDirective(Print *print, const char *at, Directive *directive)
     if (isText)
         return;
     if (print->number == STR_PARAMETERS)
-        PrintfError = 1;
+        ReportDirective();
     if (print->number == STR_PARAMETERS || print->isOver)
         return;
     if (width)
@@ -135,7 +135,7 @@ void PrintSegment(Print *print, const char *at, const char *end)
     while ((at = blocks::Find(at, end, '%')) != end) {
         Directive directive = ReadDirective(at, end);
         if (directive.end == nullptr) {
-            PrintfError = 1;
+            ReportDirective();
             return;
         }
         PrintDirective(print, at, &directive);

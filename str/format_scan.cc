@@ -7,6 +7,8 @@
 #include "str/core/directive.h"
 
 #include <algorithm>
+#include <atomic>
+#include <utility>
 
 using namespace libstr;
 
@@ -14,6 +16,8 @@ char PrintfError;
 
 namespace
 {
+
+thread_local bool theDirectiveIsWrong;
 
 constexpr int kAlwaysWritten = 9; // the records up to this number are written even when unused
 
@@ -75,7 +79,7 @@ void RecordDirective(Scan *scan, const char *text, const Directive &directive)
     if (directive.type == STR_ARG_NONE)
         return;
     if (directive.misnumbered || !AllInTable(numbers)) {
-        PrintfError = 1;
+        ReportDirective();
         return;
     }
     RecordMeasure(scan, numbers.width);
@@ -93,7 +97,7 @@ void ScanSegment(Scan *scan, const char *at, const char *end)
     while ((at = blocks::Find(at, end, '%')) != end) {
         const Directive directive = ReadDirective(at, end);
         if (directive.end == nullptr) {
-            PrintfError = 1;
+            ReportDirective();
             return;
         }
         RecordDirective(scan, at, directive);
@@ -102,6 +106,14 @@ void ScanSegment(Scan *scan, const char *at, const char *end)
 }
 
 } // namespace
+
+void libstr::ReportDirective()
+{
+    std::atomic_ref(PrintfError).store(1, std::memory_order_relaxed);
+    theDirectiveIsWrong = true;
+}
+
+int str_GetPrintfError(void) { return std::exchange(theDirectiveIsWrong, false) ? 1 : 0; }
 
 uint16_t str_GetParams(const CSDescriptor *, const char *format, const CSSegment *segments,
                        int count, ParameterRecord *table)

@@ -3,6 +3,7 @@
 // The case table compiler: from a source file to a record, and to the compiled file.  Also the two
 // operations on a record's arrays, which loader, registry and work area use too.
 #include "str/core/case_record.h"
+#include "str/core/exclusive.h"
 #include "str/core/frame.h"
 #include "str/core/prepared.h"
 
@@ -25,7 +26,8 @@ namespace
 
 constexpr char kSource[] = "str/str_CompCT";
 
-// The scanner: one line, the place in it, and the number of lines read so far.
+// The scanner, under the lock of the case tables: one line, the place in it, and the number of
+// lines read so far.
 constexpr int kLineSize = 81;
 char theLine[kLineSize];
 char *theScan = theLine;
@@ -344,6 +346,28 @@ void ReleaseArray(CaseTableRef *array, int32_t *capacity, int32_t *used)
     *capacity = *used = 0;
 }
 
+bool Compile(const char *sourceName, const char *compiledName, CaseTableRecord *record)
+{
+    FILE *source = nullptr;
+    return frame::Protect(
+        kSource, frame::Accept(ER_CLASS_LIBRARY),
+        [&] {
+            theLineNumber = 0;
+            source = os_fopen(sourceName, "r");
+            ReadCaseHeader(source, record);
+            ReadRules(source, record);
+            frame::Disregard([&] { os_fclose(source); });
+            source = nullptr;
+            WriteCompiledTable(compiledName, record);
+        },
+        [&] {
+            str_FreeCTEntry(record); // before the close, which may escape
+            if (source != nullptr)
+                os_fclose(source);
+            er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", sourceName, theLineNumber, 0);
+        });
+}
+
 } // namespace
 
 void *str_AllocEntry(void *block, int32_t *capacity, int32_t *used, uint32_t elementSize,
@@ -366,6 +390,7 @@ void *str_AllocEntry(void *block, int32_t *capacity, int32_t *used, uint32_t ele
 
 void str_FreeCTEntry(CaseTableRecord *record)
 {
+    exclusive::Enter();
     prepared::Release(*record);
     if (record->pByteMap != 0)
         reference::Release(&record->pByteMap);
@@ -378,30 +403,15 @@ void str_FreeCTEntry(CaseTableRecord *record)
                 ReleaseArray(&leads[i].pTrails, &leads[i].MaxTrails, &leads[i].NumTrails);
         ReleaseArray(&record->pLeads, &record->MaxLeads, &record->NumLeads);
     }
+    exclusive::Leave();
     std::memset(record, 0, sizeof *record);
 }
 
 int str_CompileCaseTable(const char *sourceName, const char *compiledName, CaseTableRecord *record)
 {
     frame::TraceEntry();
-    FILE *source = nullptr;
-    const bool compiled = frame::Protect(
-        kSource, frame::Accept(ER_CLASS_LIBRARY),
-        [&] {
-            theLineNumber = 0;
-            source = os_fopen(sourceName, "r");
-            ReadCaseHeader(source, record);
-            ReadRules(source, record);
-            frame::Disregard([&] { os_fclose(source); });
-            source = nullptr;
-            WriteCompiledTable(compiledName, record);
-        },
-        [&] {
-            str_FreeCTEntry(record); // before the close, which may escape
-            if (source != nullptr)
-                os_fclose(source);
-            er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", sourceName, theLineNumber, 0);
-        });
+    bool compiled = false;
+    exclusive::Run(kSource, [&] { compiled = Compile(sourceName, compiledName, record); });
     frame::TraceExit();
     return compiled ? 1 : 0;
 }

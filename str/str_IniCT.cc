@@ -2,8 +2,10 @@
 //
 // The registry of case tables: each set's table is compiled or loaded on its first use.
 #include "str/core/case_record.h"
+#include "str/core/exclusive.h"
 #include "str/core/frame.h"
 #include "str/core/prepared.h"
+#include "str/core/registry.h"
 
 #include <platform/ccs.h>
 #include <platform/lkf.h>
@@ -12,9 +14,6 @@
 #include <cstdio>
 
 using namespace libstr;
-
-CaseTableRecord *pCaseTabs;
-int32_t NumCaseTabs;
 
 namespace
 {
@@ -101,20 +100,13 @@ void PrepareIfRegistered(CaseTableRecord *const *tables, int16_t index)
         prepared::Add(static_cast<size_t>(index), pCaseTabs[index]);
 }
 
-} // namespace
+struct Request {
+    uint32_t setNumber;
+    CaseTableRecord **tables;
+    int32_t *count;
+};
 
-CaseTableRecord *str_InitControlTable(int16_t *index, CaseTableRecord **tables, int32_t *count)
-{
-    int32_t used = *count;
-    *tables = static_cast<CaseTableRecord *>(
-        str_AllocEntry(*tables, count, &used, sizeof(CaseTableRecord), 1, index));
-    CaseTableRecord *const record = *tables + *index;
-    std::memset(record, 0, sizeof *record);
-    return record;
-}
-
-CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables, int32_t *count,
-                                   int32_t companion, void *csTable)
+CaseTableRecord *Read(const Request &request, int32_t companion, void *csTable)
 {
     CaseTableRecord *table = nullptr, *unprepared = nullptr;
     Lock lock = {0, false};
@@ -123,19 +115,20 @@ CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables,
         [&] {
             char source[kPathSize];
             char compiled[kPathSize];
-            BuildCaseTableNames(setNumber, source, compiled);
+            BuildCaseTableNames(request.setNumber, source, compiled);
             const bool compile = LockToCompile(&lock, compiled);
             int16_t index = 0;
-            CaseTableRecord *const slot = str_InitControlTable(&index, tables, count);
+            CaseTableRecord *const slot =
+                str_InitControlTable(&index, request.tables, request.count);
             if (ReadInto(slot, compile, source, compiled)) {
                 unprepared = slot;
-                PrepareIfRegistered(tables, index);
+                PrepareIfRegistered(request.tables, index);
                 unprepared = nullptr;
-                ccs_PutToUpperByCSNum(static_cast<int>(setNumber), static_cast<uint16_t>(index + 1),
-                                      companion, csTable);
+                ccs_PutToUpperByCSNum(static_cast<int>(request.setNumber),
+                                      static_cast<uint16_t>(index + 1), companion, csTable);
                 table = slot;
             } else {
-                DropSlot(tables, count);
+                DropSlot(request.tables, request.count);
             }
             GiveBack(&lock);
         },
@@ -143,16 +136,16 @@ CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables,
             table = nullptr;
             if (unprepared != nullptr) {
                 str_FreeCTEntry(unprepared);
-                DropSlot(tables, count);
+                DropSlot(request.tables, request.count);
             }
             GiveBack(&lock);
         });
     return table;
 }
 
-CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
+CaseTableRecord *Init(const CSDescriptor *cs)
 {
-    er_RealLogProc(ER_TRACE_STARTUP, __func__, 1);
+    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 1);
     if (FirstInit && str_ba == nullptr) {
         NumCaseTabs = 0;
         pCaseTabs = nullptr;
@@ -168,6 +161,47 @@ CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
         table = str_ReadCaseTable(static_cast<uint32_t>(setNumber), &pCaseTabs, &NumCaseTabs,
                                   companion, csTable);
     }
-    er_RealLogProc(ER_TRACE_STARTUP, __func__, 0);
+    er_RealLogProc(ER_TRACE_STARTUP, "str_InitCaseTables", 0);
+    return table;
+}
+
+} // namespace
+
+CaseTableRecord *libstr::FirstTable(const CSDescriptor *cs)
+{
+    CaseTableRecord *table = nullptr;
+    exclusive::Run(kSource, [&] {
+        const uint16_t number = ccs_GetToUpperTable(cs);
+        table = number != 0 ? registry::RecordOf(number) : str_InitCaseTables(cs);
+    });
+    return table;
+}
+
+CaseTableRecord *str_InitControlTable(int16_t *index, CaseTableRecord **tables, int32_t *count)
+{
+    if (tables == &pCaseTabs) {
+        exclusive::Run(kSource, [&] { *index = registry::Add(); });
+    } else {
+        int32_t used = *count;
+        *tables = static_cast<CaseTableRecord *>(
+            str_AllocEntry(*tables, count, &used, sizeof(CaseTableRecord), 1, index));
+    }
+    CaseTableRecord *const record = *tables + *index;
+    std::memset(record, 0, sizeof *record);
+    return record;
+}
+
+CaseTableRecord *str_ReadCaseTable(uint32_t setNumber, CaseTableRecord **tables, int32_t *count,
+                                   int32_t companion, void *csTable)
+{
+    CaseTableRecord *table = nullptr;
+    exclusive::Run(kSource, [&] { table = Read({setNumber, tables, count}, companion, csTable); });
+    return table;
+}
+
+CaseTableRecord *str_InitCaseTables(const CSDescriptor *cs)
+{
+    CaseTableRecord *table = nullptr;
+    exclusive::Run(kSource, [&] { table = Init(cs); });
     return table;
 }

@@ -5,6 +5,7 @@
 // The file may be damaged.  So counts are checked before anything is allocated, the references in
 // the file are never used, and at every moment the record refers only to blocks of this load.
 #include "str/core/case_record.h"
+#include "str/core/exclusive.h"
 #include "str/core/frame.h"
 
 #include <platform/mdc.h>
@@ -91,13 +92,10 @@ void ReadCaseTableArrays(FILE *stream, CaseTableRecord *record)
         [&] { str_FreeCTEntry(record); });
 }
 
-} // namespace
-
-int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
+bool Load(const char *compiledName, CaseTableRecord *record)
 {
-    frame::TraceEntry();
     FILE *stream = nullptr;
-    const bool loaded = frame::Protect(
+    return frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
         [&] {
             stream = os_fopen(compiledName, "r");
@@ -113,6 +111,15 @@ int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
                 os_fclose(stream);
             er_LogInfo(1, compiledName, 0);
         });
+}
+
+} // namespace
+
+int str_LoadCaseTable(const char *compiledName, CaseTableRecord *record)
+{
+    frame::TraceEntry();
+    bool loaded = false;
+    exclusive::Run(kSource, [&] { loaded = Load(compiledName, record); });
     frame::TraceExit();
     return loaded ? 1 : 0;
 }

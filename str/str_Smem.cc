@@ -3,8 +3,9 @@
 // The work area, where a server gathers the tables of all sets, and its image in shared memory,
 // from which every other process reads them.
 #include "str/core/case_record.h"
+#include "str/core/exclusive.h"
 #include "str/core/frame.h"
-#include "str/core/prepared.h"
+#include "str/core/registry.h"
 
 #include <platform/os.h>
 
@@ -12,8 +13,6 @@
 #include <cstdio>
 
 using namespace libstr;
-
-char *str_ba;
 
 namespace
 {
@@ -112,13 +111,10 @@ bool PlaceArrays(const Segment &segment, CaseTableRecord *copy)
     return true;
 }
 
-} // namespace
-
-int str_ReadStrToWkArea(int32_t companion, void *csTable)
+bool Scan(int32_t companion, void *csTable)
 {
-    er_RealLogProc(ER_TRACE_STARTUP, __func__, 1);
     void *directory = nullptr;
-    const bool scanned = frame::Protect(
+    return frame::Protect(
         kSource, frame::Accept(ER_CLASS_LIBRARY),
         [&] {
             directory = os_opendir("~/toupper");
@@ -130,6 +126,28 @@ int str_ReadStrToWkArea(int32_t companion, void *csTable)
             if (directory != nullptr)
                 os_closedir(directory);
         });
+}
+
+bool Copy(const Segment &shared, uint32_t *recordsOffset, int32_t *recordCount)
+{
+    uint32_t records = 0;
+    if (!Place(shared, pWkAreaTabs, ArraySize<CaseTableRecord>(NumWkAreaTabs), &records))
+        return false;
+    *recordsOffset = records;
+    *recordCount = NumWkAreaTabs;
+    for (int32_t i = 0; i < NumWkAreaTabs; ++i)
+        if (!PlaceArrays(shared, At<CaseTableRecord>(shared, records) + i))
+            return false;
+    return true;
+}
+
+} // namespace
+
+int str_ReadStrToWkArea(int32_t companion, void *csTable)
+{
+    er_RealLogProc(ER_TRACE_STARTUP, __func__, 1);
+    bool scanned = false;
+    exclusive::Run(kSource, [&] { scanned = Scan(companion, csTable); });
     er_RealLogProc(ER_TRACE_STARTUP, __func__, 0);
     return scanned ? 1 : 0;
 }
@@ -137,41 +155,39 @@ int str_ReadStrToWkArea(int32_t companion, void *csTable)
 uint32_t str_TotalWorkArea(void)
 {
     uint32_t total = 0;
+    exclusive::Enter();
     for (int32_t i = 0; i < NumWkAreaTabs; ++i)
         total += Budget(pWkAreaTabs[i]);
+    exclusive::Leave();
     return total;
 }
 
 int str_CopyWorkAreaToSMem(SegmentAlloc alloc, char *segment, uint32_t *recordsOffset,
                            int32_t *recordCount)
 {
-    const Segment shared = {alloc, segment};
-    uint32_t records = 0;
-    if (!Place(shared, pWkAreaTabs, ArraySize<CaseTableRecord>(NumWkAreaTabs), &records))
-        return 0;
-    *recordsOffset = records;
-    *recordCount = NumWkAreaTabs;
-    for (int32_t i = 0; i < NumWkAreaTabs; ++i)
-        if (!PlaceArrays(shared, At<CaseTableRecord>(shared, records) + i))
-            return 0;
-    return 1;
+    exclusive::Enter();
+    const bool copied = Copy({alloc, segment}, recordsOffset, recordCount);
+    exclusive::Leave();
+    return copied ? 1 : 0;
 }
 
 void str_FreeWkArea(void)
 {
+    exclusive::Enter();
     for (int32_t i = 0; i < NumWkAreaTabs; ++i)
         str_FreeCTEntry(&pWkAreaTabs[i]);
     os_free(pWkAreaTabs);
     pWkAreaTabs = nullptr;
     NumWkAreaTabs = 0;
+    exclusive::Leave();
 }
 
 int str_IsDataStale(void) { return 0; }
 
 void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment)
 {
-    str_ba = segment;
-    pCaseTabs = static_cast<CaseTableRecord *>(static_cast<void *>(segment + recordsOffset));
-    NumCaseTabs = recordCount;
-    prepared::Attach(static_cast<size_t>(std::max(recordCount, 0)));
+    void *const records = segment + recordsOffset;
+    exclusive::Enter();
+    registry::Attach(segment, static_cast<CaseTableRecord *>(records), recordCount);
+    exclusive::Leave();
 }

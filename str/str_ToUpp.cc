@@ -19,20 +19,21 @@ namespace
 constexpr char kSource[] = "str/str_ToUpp";
 
 // The upper-case buffer.
-Buffer<unsigned char> theBuffer;
+thread_local ThreadBuffer<unsigned char> theBuffer;
 
 constexpr unsigned int kStep = 128; // the buffer grows by at least so many bytes
 constexpr unsigned int kRoom = 3;   // for a character in two bytes and the NUL
 
 [[gnu::noinline]] unsigned char *GrowUpperBuffer(uint64_t need, unsigned int *capacity)
 {
-    const uint64_t old = theBuffer.capacity;
+    ThreadBuffer<unsigned char> *const buffer = &theBuffer;
+    const uint64_t old = buffer->capacity;
     if (old == 0 || old < need) {
         const uint64_t size = need < old + kStep ? old + kStep : need;
-        Grow(&theBuffer, Fit<unsigned int>(kSource, size + 1));
+        Grow(buffer, Fit<unsigned int>(kSource, size + 1));
     }
-    *capacity = static_cast<unsigned int>(theBuffer.capacity);
-    return theBuffer.at;
+    *capacity = static_cast<unsigned int>(buffer->capacity);
+    return buffer->at;
 }
 
 // ---- Runs of a text ------------------------------------------------------------------------
@@ -217,11 +218,12 @@ const UpShiftTable *ByteTableOf(const CSDescriptor *cs)
 // Raises no escape.
 char *UpperCaseByteByByte(const char *str, size_t bytes, const UpShiftTable &table)
 {
-    if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > theBuffer.capacity)
+    const ThreadBuffer<unsigned char> &buffer = theBuffer;
+    if (bytes > INT32_MAX || bytes + std::max<size_t>(bytes / 4, kRoom) > buffer.capacity)
         return nullptr;
-    MapBytes(table.map, reinterpret_cast<const unsigned char *>(str), bytes, theBuffer.at);
-    theBuffer.at[bytes] = '\0';
-    return reinterpret_cast<char *>(theBuffer.at);
+    MapBytes(table.map, reinterpret_cast<const unsigned char *>(str), bytes, buffer.at);
+    buffer.at[bytes] = '\0';
+    return reinterpret_cast<char *>(buffer.at);
 }
 
 char *UpperCaseByTables(const char *str, int length, int *outLen, const CSDescriptor *cs)

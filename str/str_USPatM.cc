@@ -25,12 +25,13 @@ using wildcard::kUs;
 constexpr char kSource[] = "str/str_USPatM";
 
 // The segments of texts that have many.
-Buffer<CSSegment> thePatternRecords;
-Buffer<CSSegment> theStringRecords;
+using Records = ThreadBuffer<CSSegment>;
+thread_local Records thePatternRecords;
+thread_local Records theStringRecords;
 
 constexpr size_t kSpare = 20; // records more than needed
 
-bool MakeRoom(Buffer<CSSegment> *buffer, size_t capacity)
+bool MakeRoom(Records *buffer, size_t capacity)
 {
     if (capacity <= buffer->capacity)
         return true;
@@ -373,7 +374,7 @@ bool IsUsable(const List &list) { return list.records != nullptr && list.count >
 
 // Room for segments, with the records that the walk finds while they are few.
 struct Room {
-    Buffer<CSSegment> *buffer;
+    Records *buffer;
     CSSegment few[32];
 };
 
@@ -407,7 +408,7 @@ List OwnSegments(CSWalk *walk, Room *room)
 }
 
 // The same, copied from the service's list.
-List ServiceSegments(const CSDescriptor *cs, const char *text, Buffer<CSSegment> *buffer)
+List ServiceSegments(const CSDescriptor *cs, const char *text, Records *buffer)
 {
     int count = 0;
     const CSSegment *const records = ccs_GetRealStrs(cs, text, -1, &count);

@@ -32,12 +32,12 @@ namespace
 constexpr char kSource[] = "str/str_fmtstr";
 
 // The print buffer: the text built last, and a NUL.
-Buffer<char> theBuffer;
+thread_local ThreadBuffer<char> theBuffer;
 
 constexpr size_t kLeastGrowth = 128;
 constexpr size_t kMostCapacity = INT_MAX - kLeastGrowth; // results are counted in ints
 
-void EnlargeTo(Buffer<char> *buffer, uint64_t need)
+void EnlargeTo(ThreadBuffer<char> *buffer, uint64_t need)
 {
     if (need > kMostCapacity)
         frame::Raise(kSource, OS_ESC_MEMORY);
@@ -55,7 +55,7 @@ bool Protect(Body &&body)
     return frame::Protect(kSource, frame::Accept(ER_CLASS_LIBRARY), body, [] {});
 }
 
-[[gnu::noinline]] bool EnlargeProtected(Buffer<char> *buffer, uint64_t need)
+[[gnu::noinline]] bool EnlargeProtected(ThreadBuffer<char> *buffer, uint64_t need)
 {
     return Protect([=] { EnlargeTo(buffer, need); });
 }
@@ -443,11 +443,11 @@ bool BuildText(Build *build, const Table &table, const char *format)
 bool libstr::BeginText(Build *build, size_t formatSize)
 {
     const uint64_t need = uint64_t{formatSize} * 2;
-    build->buffer = &theBuffer;
+    ThreadBuffer<char> *const buffer = &theBuffer;
+    build->buffer = buffer;
     build->length = build->omission = 0;
     build->omitted = kNothing;
-    return (theBuffer.capacity != 0 && need <= theBuffer.capacity) ||
-           EnlargeProtected(&theBuffer, need);
+    return (buffer->capacity != 0 && need <= buffer->capacity) || EnlargeProtected(buffer, need);
 }
 
 bool libstr::Enlarge(const Build &build, size_t bytes)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Splitting at a budget of displayed characters or of their bytes.  Both parts of every split share
-// one buffer, so only a text longer than all before it costs an allocation.
+// Splitting at a budget of displayed characters or of their bytes.  Both parts of every split of a
+// thread share one buffer, so only a text longer than all before it costs an allocation.
 #include <str/split.h>
 
 #include "str/core/buffer.h"
@@ -21,7 +21,7 @@ namespace
 constexpr char kSource[] = "str/str_split";
 
 // The split buffer: the first part, a NUL, the escapes of the second part, that part, a NUL.
-Buffer<char> theBuffer;
+thread_local ThreadBuffer<char> theBuffer;
 
 constexpr int kByBytes = 1; // mode; all others count characters
 

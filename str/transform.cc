@@ -4,11 +4,13 @@
 // malformed bytes.
 #include <str/transform.h>
 
+#include "base/thread_memory.h"
 #include "base/utf8.h"
-#include "str/core/frame.h"
+#include "str/core/exclusive.h"
 
 #include <platform/dstring.h>
 #include <platform/er.h>
+#include <platform/os.h>
 
 #include <glib.h>
 
@@ -21,11 +23,18 @@ using namespace libstr;
 namespace
 {
 
+constexpr char kSource[] = "str/transform";
 constexpr char kInvalidText[] = "str_TransformUTF8InputStr(), Invalid UTF8 in input string: ";
 
-// The transform buffer; the first call initialises it.
-dstring theBuffer;
-bool theBufferIsNew = true;
+// A transform buffer.  The service cannot release the string in it, so when its thread ends, the
+// next thread that needs one takes it over.
+struct TransformBuffer : KeptByThread {
+    dstring string;
+    TransformBuffer *nextFree;
+};
+
+thread_local TransformBuffer *theBuffer;
+TransformBuffer *theFirstFree;
 
 constexpr char kEsc = 0x1B;
 constexpr gunichar kNone = 0; // no character of the input is a NUL
@@ -34,13 +43,48 @@ constexpr int kMostControl = 31; // numbers up to this one mean control function
 constexpr int kControlShift = 64;
 constexpr int kMostGroups = 4; // in the prefix
 
-void EmptyBuffer()
+void GiveBack(KeptByThread *kept)
 {
-    if (theBufferIsNew)
-        dstring_init(&theBuffer);
-    else
-        dstring_setLength(&theBuffer, 0);
-    theBufferIsNew = false;
+    auto *const buffer = static_cast<TransformBuffer *>(kept);
+    theBuffer = nullptr;
+    exclusive::Enter();
+    buffer->nextFree = theFirstFree;
+    theFirstFree = buffer;
+    exclusive::Leave();
+}
+
+TransformBuffer *MakeBuffer()
+{
+    auto *const buffer = static_cast<TransformBuffer *>(os_malloc(sizeof(TransformBuffer)));
+    *buffer = {};
+    dstring_init(&buffer->string);
+    return buffer;
+}
+
+TransformBuffer *TakeBuffer()
+{
+    exclusive::Enter();
+    TransformBuffer *const buffer = theFirstFree;
+    if (buffer != nullptr)
+        theFirstFree = buffer->nextFree;
+    exclusive::Leave();
+    return buffer;
+}
+
+// The thread's buffer, without a text.
+dstring *EmptyBuffer()
+{
+    if (theBuffer == nullptr) {
+        TransformBuffer *const taken = TakeBuffer();
+        TransformBuffer *const buffer = taken != nullptr ? taken : MakeBuffer();
+        if (!KeepByThread(buffer, GiveBack)) {
+            GiveBack(buffer);
+            frame::Raise(kSource, OS_ESC_MEMORY);
+        }
+        theBuffer = buffer;
+    }
+    dstring_setLength(&theBuffer->string, 0);
+    return &theBuffer->string;
 }
 
 // ---- Characters ----------------------------------------------------------------------------
@@ -96,32 +140,32 @@ struct Rules {
 };
 
 // The service refuses more bytes than a string can hold; UINT_MAX is more.
-void Append(const char *from, const char *to)
+void Append(dstring *text, const char *from, const char *to)
 {
     if (from != to)
         dstring_appendN(
-            &theBuffer, from,
+            text, from,
             static_cast<unsigned int>(std::min(static_cast<size_t>(to - from), size_t{UINT_MAX})));
 }
 
-void AppendText(const char *text)
+void AppendReplacement(dstring *text, const char *replacement)
 {
-    if (text != nullptr)
-        Append(text, text + std::strlen(text));
+    if (replacement != nullptr)
+        Append(text, replacement, replacement + std::strlen(replacement));
 }
 
-void AppendNumber(int number)
+void AppendNumber(dstring *text, int number)
 {
     if (number > kMostControl) {
-        dstring_appendChar(&theBuffer, static_cast<char>(number));
+        dstring_appendChar(text, static_cast<char>(number));
     } else {
-        dstring_appendChar(&theBuffer, kEsc);
-        dstring_appendChar(&theBuffer, static_cast<char>(number + kControlShift));
+        dstring_appendChar(text, kEsc);
+        dstring_appendChar(text, static_cast<char>(number + kControlShift));
     }
 }
 
 // Appends what the escape character before `at` makes of the input there.  Returns where that ends.
-const char *AppendEscaped(const char *at)
+const char *AppendEscaped(dstring *text, const char *at)
 {
     Char c = CharAt(at);
     int digits = 0, number = 0;
@@ -131,15 +175,15 @@ const char *AppendEscaped(const char *at)
         c = CharAt(at);
     }
     if (digits > 0) {
-        AppendNumber(number);
+        AppendNumber(text, number);
         return at;
     }
-    Append(at, at + c.length); // even a NUL
+    Append(text, at, at + c.length); // even a NUL
     return After(at);
 }
 
 // Appends the input, changed by the rules.
-void Rewrite(const char *at, const Rules &rules, Prefix prefix)
+void Rewrite(dstring *text, const char *at, const Rules &rules, Prefix prefix)
 {
     const char *pending = at; // the input from here on is still to be copied
     while (*at != '\0') {
@@ -150,31 +194,31 @@ void Rewrite(const char *at, const Rules &rules, Prefix prefix)
             continue;
         }
         if (const char *special = FindIn(rules.specials, c); special != nullptr) {
-            Append(pending, at);
-            AppendText(rules.replacements[special - rules.specials]);
+            Append(text, pending, at);
+            AppendReplacement(text, rules.replacements[special - rules.specials]);
             pending = at = next;
         } else if (c.code == rules.escape) {
-            Append(pending, at);
-            pending = at = AppendEscaped(next);
+            Append(text, pending, at);
+            pending = at = AppendEscaped(text, next);
         } else if (FindIn(rules.dropChars, c) != nullptr) {
-            Append(pending, at);
+            Append(text, pending, at);
             pending = at = After(next);
         } else {
             at = next;
         }
     }
-    Append(pending, at);
+    Append(text, pending, at);
 }
 
-// The buffer's text.  When that is empty: an empty text for an empty input, else null.
-char *Result(const char *input, int maxLen)
+// The result.  When the text is empty: an empty text for an empty input, else null.
+char *Result(dstring *text, const char *input, int maxLen)
 {
-    if (theBuffer.length > 0)
-        return theBuffer.text;
+    if (text->length > 0)
+        return text->text;
     if (maxLen > 0 || (maxLen < 0 && *input != '\0'))
         return nullptr;
-    dstring_set(&theBuffer, "", 0);
-    return theBuffer.text;
+    dstring_set(text, "", 0);
+    return text->text;
 }
 
 } // namespace
@@ -184,16 +228,17 @@ char *str_TransformUTF8InputStr(const char *input, int maxLen, const char *speci
                                 char escChar, int prefixMode, unsigned int *outLen)
 {
     frame::TraceEntry();
-    EmptyBuffer();
+    dstring *const text = EmptyBuffer();
     const auto escape = static_cast<guchar>(escChar);
     const Prefix prefix = {prefixMode == 0, false, 0};
     const char *bad;
     if (g_utf8_validate(input, maxLen, &bad))
-        Rewrite(input, {specials, replacements, dropChars, escape < 0x80 ? escape : kNone}, prefix);
+        Rewrite(text, input, {specials, replacements, dropChars, escape < 0x80 ? escape : kNone},
+                prefix);
     else
         er_LogMsg(11, 100, STR_LOG_INVALID_UTF8, kInvalidText, bad, 0);
-    *outLen = theBuffer.length;
-    char *const result = Result(input, maxLen);
+    *outLen = text->length;
+    char *const result = Result(text, input, maxLen);
     frame::TraceExit();
     return result;
 }

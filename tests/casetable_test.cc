@@ -241,4 +241,47 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     EXPECT_EQ(str_ReadStrToWkArea(0, nullptr), 0) << "no directory";
 }
 
+// Looks up every byte of every table, with a trail that no lead has and so all are compared with.
+void LookUpAll()
+{
+    for (const CaseTableRecord *record = pCaseTabs; record != pCaseTabs + NumCaseTabs; ++record)
+        for (unsigned int byte = 0; byte < 256; ++byte) {
+            const uint8_t in[] = {static_cast<uint8_t>(byte), 0x1F};
+            uint8_t out[2];
+            int written = 0;
+            str_UpShiftChar(in, 2, record, out, &written);
+        }
+}
+
+TEST_F(CaseTables, AnImageThatIsHeldRightCanBeReadWhateverItSays)
+{
+    home.Write("toupper/100.s", kRich);
+    home.Write("toupper/126.s", "T C x\na=A");
+    ASSERT_EQ(str_ReadStrToWkArea(companion, csTable), 1);
+    const uint32_t size = 4 + str_TotalWorkArea();
+    const Guarded segment(size);
+    char *const at = segment.data();
+    ASSERT_EQ(Publish(at, 99), 1);
+    const std::string good(at, size);
+    EXPECT_EQ(str_CheckSMem(records, recordCount, at, size), 1);
+    EXPECT_EQ(str_CheckSMem(records, recordCount + 1, at, records + 2 * 112), 0);
+    EXPECT_EQ(str_CheckSMem(records + 2, recordCount, at, size), 0);
+    EXPECT_EQ(str_CheckSMem(records, recordCount, at + 1, size - 1), 0);
+    for (uint32_t cut = 0; cut + 2 < firstFree; ++cut)
+        EXPECT_EQ(str_CheckSMem(records, recordCount, at, cut), 0) << cut;
+    int held = 0;
+    for (uint32_t place = 0; place + 4 <= size; place += 4)
+        for (const uint32_t word : {0U, 1U, 4U, size - 256, size - 255, size - 3, size - 2, size,
+                                    0x7FFFU, 0x8000U, 0x7FFFFFFFU, 0x80000000U, UINT32_MAX}) {
+            std::memcpy(at, good.data(), size);
+            std::memcpy(at + place, &word, sizeof word);
+            if (str_CheckSMem(records, recordCount, at, size) == 0)
+                continue;
+            ++held;
+            str_AttachSMem(records, recordCount, at);
+            LookUpAll();
+        }
+    EXPECT_GT(held, 100);
+}
+
 } // namespace

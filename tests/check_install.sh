@@ -91,6 +91,13 @@ for mode in "${modes[@]::2}"; do
         done
     done
 done
+
+# A host that loads the libraries late, and often.
+# shellcheck disable=SC2086
+$CC $CFLAGS "$source/tests/late.c" -I"$prefix/include" $LDFLAGS -ldl -pthread -o "$prefix/late"
+shown=$("$prefix/late" "$libdir"/lib{strservices,str}.so.0)
+[[ $shown == "50 of 50" ]] || fail "late: $shown"
+
 mv "$prefix" "$prefix-moved"
 cd "$prefix-moved/${libdir#"$prefix/"}"
 for kind in shared static; do # compares without regard to case, by a table

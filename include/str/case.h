@@ -27,9 +27,8 @@ extern "C" {
  * sequences and raw bytes stay as they are.  The result may be longer than the text.  GLib converts
  * UTF-8 (g_utf8_strup, in the locale of the process); bytes after `len` have no influence.
  *
- * The result belongs to the library and is valid until the next call of str_ToUpper or str_UpShift.
- * The caller does not release it, and `str` must not be in it.  Run one call at a time in a
- * process.
+ * The result belongs to the library and is valid until the same thread calls str_ToUpper or
+ * str_UpShift again, or ends.  The caller does not release it, and `str` must not be in it.
  *
  * Returns null, and leaves `*outLen` as it is, for malformed UTF-8, and when an escape of class
  * ER_CLASS_CONVERSION ends the conversion of other text.  Every other escape, such as
@@ -50,7 +49,7 @@ int str_GetTouTable(const CSDescriptor *cs, CaseTableRecord **table);
 int str_UpShiftChar(const unsigned char *in, int avail, const CaseTableRecord *table,
                     unsigned char *out, int *outLen);
 
-/* Appends the upper case of the `len` bytes at `in`, which are one run, to the library's upper-case
+/* Appends the upper case of the `len` bytes at `in`, which are one run, to the thread's upper-case
  * buffer: `buf`, of `*capacity` bytes, of which `*used` are in use.  Begin with null, 0 and 0.
  * Returns the buffer, which may have moved, and updates both counts.  No NUL is written.
  * str_ToUpper uses the same buffer, so each overwrites the result of the other.  Raises
@@ -85,8 +84,7 @@ char *str_ToUpperUni(const char *in, int inLen, int *outLen, int variant);
  * Use it for UTF-7 and UTF-8.  Two-byte text is compared only up to its first zero byte, which may
  * be half a character.
  *
- * The upper case of `s1` is copied to a buffer of the library, which grows to the longest one and
- * is never released.  Run one call at a time in a process. */
+ * The upper case of `s1` is copied to a buffer of the thread, which grows to the longest one. */
 int str_strcasecmpUni(const char *s1, const char *s2, int variant);
 
 #pragma GCC visibility pop

@@ -32,7 +32,8 @@
  * A fault in a file raises an escape with a code STR_ESC_... (str/codes.h) and class
  * ER_CLASS_LIBRARY.  The function that compiles or loads ends it.
  *
- * Threads: run one call of any of these functions at a time in a process.
+ * Threads: any number at once.  A lock of the process lets one thread at a time change case tables;
+ * those that only use them never wait for it.
  */
 #ifndef STR_CASETABLE_H
 #define STR_CASETABLE_H
@@ -114,7 +115,8 @@ static_assert(offsetof(CaseTableHeader, magic) == 0 && offsetof(CaseTableHeader,
                   offsetof(CaseTableHeader, reserved) == 12 && sizeof(CaseTableHeader) == 52,
               "the header of a compiled file has 52 bytes");
 
-/* The registry: its first record, and the number of records.  Records move when one is added. */
+/* The registry: its first record, and the number of records.  When a record is added, all of them
+ * may move; the old ones stay as they are until the process ends. */
 extern CaseTableRecord *pCaseTabs;
 extern int32_t NumCaseTabs;
 
@@ -215,14 +217,22 @@ void str_FreeWkArea(void);
 /* Whether the image is out of date: always returns 0. */
 int str_IsDataStale(void);
 
+/* Whether the image in the `size` bytes at `segment` may be attached: all its records, and all the
+ * arrays to which they refer, lie in these bytes, and every record has a byte map.  What the tables
+ * say is not looked at.  Takes the values that str_AttachSMem takes.  Returns 1 or 0; a segment
+ * that does not begin at a multiple of 4 bytes gives 0. */
+int str_CheckSMem(uint32_t recordsOffset, int32_t recordCount, const char *segment, size_t size);
+
 /* Makes the image at `segment`, where this process has mapped it, the registry.  An earlier
  * registry of the process is not released.  From now on no table is added.
  *
- * The library keeps what it works out from an image until the next call.  So call this for every
- * image, even if you map it where another one was.
+ * The library keeps what it works out from an image until the process ends.  So call this for every
+ * image, even if you map it where another one was.  Other threads may go on meanwhile (see
+ * ccs_SetCSTable in services/services.h).  The segment of an image that was attached before has to
+ * stay as long as a call that began before may use it.
  *
- * The image is trusted: its offsets and counts are not checked.  Whoever can write to the segment
- * can make every process that attached it read anywhere. */
+ * The image is trusted: its offsets and counts are not checked (see str_CheckSMem).  Whoever can
+ * write to the segment later can make every process that attached it read anywhere. */
 void str_AttachSMem(uint32_t recordsOffset, int32_t recordCount, char *segment);
 
 #pragma GCC visibility pop

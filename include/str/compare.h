@@ -40,8 +40,8 @@
  * The library raises no escape here; an escape of a service passes through.  GLib folds the case of
  * UTF-8, and ends the process when it has no memory for that.  Nothing is kept for the caller.
  *
- * Comparisons may run in several threads at once, except the first that needs a set's case table.
- * Where a host replaces what texts are read with (CSReaders in platform/ccs.h), run one at a time.
+ * Any number of threads may compare at once.  Where a host replaces what texts are read with
+ * (CSReaders in platform/ccs.h), its functions say how many may.
  */
 #ifndef STR_COMPARE_H
 #define STR_COMPARE_H

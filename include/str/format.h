@@ -48,9 +48,8 @@
  *   - one of its arguments is also taken as another type.
  *
  * Formats, and strings without a precision, are NUL-terminated.  The text is built in a buffer of
- * the library.  The next call that prints, in any thread, overwrites it; it is never released.
- * It grows to twice the longest format, and to the longest text so far.  Run one call that prints
- * at a time in a process.
+ * the library.  The thread's next call that prints overwrites it; it is released when the thread
+ * ends.  It grows to twice the longest format, and to the longest text so far.
  */
 #ifndef STR_FORMAT_H
 #define STR_FORMAT_H
@@ -93,9 +92,13 @@ typedef struct ParameterRecord {
     int32_t precParam;  /* the same for the precision */
 } ParameterRecord;
 
-/* Set to 1 when a directive cannot be taken (see above).  The library never clears it.  There is
- * one for the process. */
+/* Set to 1 when a directive cannot be taken (see above), in any thread.  The library never clears
+ * it. */
 extern char PrintfError;
+
+/* Whether a directive could not be taken in this thread since it last called this function: returns
+ * 1 or 0. */
+int str_GetPrintfError(void);
 
 /* Describes the arguments of `format` in `table`, which has STR_PARAMETERS records.  `segments` are
  * the `count` segments of the format as ccs_GetAllStrs lists them, with the last record.

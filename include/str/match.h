@@ -44,8 +44,7 @@ extern "C" {
  * lists of their segments: that escape, of class ER_CLASS_LIBRARY, ends here.  Every other escape
  * of a service goes on to the caller's environment.
  *
- * Long lists are in two arrays of the library, which grow to the longest list so far and are never
- * released.  They belong to the process: run one call at a time. */
+ * Long lists are in two arrays of the thread, which grow to the longest list so far. */
 int str_USPatternMatch(const char *string, const char *pattern, const CSDescriptor *cs);
 
 /* Returns 1 when `string` matches `pattern`, else 0.  Both are NUL-terminated UTF-8.  Several US in

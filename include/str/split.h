@@ -15,9 +15,8 @@
  * do not count.  In a plain single-byte set (CS_FLAG_BYTE without CS_FLAG_T61) with escMode 0 every
  * byte counts.  A split never falls inside a character or an escape sequence.
  *
- * Both parts are in one buffer of the library.  The next split in any thread overwrites it: copy
- * what you keep, and do not release it.  The buffer grows to the longest text so far.  Run one
- * split at a time in a process.
+ * Both parts are in one buffer of the library.  The thread's next split overwrites it: copy what you
+ * keep, and do not release it.  It grows to the longest text so far, until the thread ends.
  *
  * A part whose length with the escape sequences is more than UINT_MAX is refused as if there were
  * no memory for it.

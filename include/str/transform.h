@@ -32,8 +32,8 @@ extern "C" {
  * `specials` and `dropChars`, which are NUL-terminated, and empty when not used.
  *
  * Returns the result: `*outLen` bytes, some of which may be NUL, and a NUL.  It is in a buffer of
- * the library, which the next call in any thread overwrites, and which the caller must not release.
- * The buffer grows to the longest result so far.  Run one call at a time in a process.
+ * the library, which the thread's next call overwrites, and which the caller must not release.  The
+ * buffer grows to the longest result so far.  When the thread ends, another thread takes it over.
  *
  * An empty result has an `*outLen` of 0.  It is the empty string if `maxLen` is 0, or is negative
  * and the input is empty; otherwise null.  Malformed input returns null too, and logs

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A block that grows and is never released: it holds the library's results, and the next one
-// overwrites them.  The source that owns a buffer decides when and by how much it grows.
+// A block that grows.  The source that owns a buffer decides when and by how much.
 #ifndef STR_CORE_BUFFER_H
 #define STR_CORE_BUFFER_H
+
+#include "base/thread_memory.h"
+#include "str/core/frame.h"
 
 #include <platform/os.h>
 
@@ -34,6 +36,31 @@ void Grow(Buffer<T> *buffer, size_t capacity)
         *buffer = {static_cast<T *>(os_malloc(capacity * sizeof(T))), capacity};
     else
         Resize(buffer, capacity);
+}
+
+// A thread's own buffer, which is thread-local: it holds the library's results until the thread's
+// next one overwrites them, or the thread ends.
+template <class T>
+struct ThreadBuffer : KeptByThread, Buffer<T> {
+};
+
+template <class T>
+void ReleaseBuffer(KeptByThread *kept)
+{
+    auto *const buffer = static_cast<ThreadBuffer<T> *>(kept);
+    os_free(buffer->at);
+    buffer->at = nullptr;
+    buffer->capacity = 0;
+}
+
+// As Grow of its block.
+template <class T>
+void Grow(ThreadBuffer<T> *buffer, size_t capacity)
+{
+    if (!KeepByThread(buffer, ReleaseBuffer<T>))
+        frame::Raise("str/core/buffer", OS_ESC_MEMORY);
+    Buffer<T> &block = *buffer;
+    Grow(&block, capacity);
 }
 
 } // namespace libstr

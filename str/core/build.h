@@ -41,7 +41,7 @@ struct Build {
     bool isCopied; // the text will be copied from the buffer, so a long string need not be in it
 
     // See BeginText.
-    Buffer<char> *buffer;
+    ThreadBuffer<char> *buffer;
     unsigned int length;   // of the text so far; less than the buffer's capacity
     unsigned int omission; // where the buffer has a gap
     Bytes omitted;         // for this string of the caller's; size 0 for none

@@ -107,6 +107,9 @@ inline ArgumentNumbers NumbersBefore(int value, const Directive &directive)
     return numbers;
 }
 
+// Says that a directive cannot be taken, in PrintfError and for the thread.
+void ReportDirective();
+
 } // namespace libstr
 
 #endif

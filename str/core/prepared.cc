@@ -10,16 +10,18 @@
 namespace libstr::prepared
 {
 
-Registry theOwn, theImage;
+Steady<Prepared *> theOwn;
 
 namespace
 {
 
-Prepared *Prepare(const CaseTableRecord &record)
+size_t theOwnCount;
+
+Prepared *Prepare(const CaseTableRecord &record, const char *base)
 {
     UpShiftTable table;
     PairRow rows[kMostPairRows];
-    SetUpShiftTable(&table, &record);
+    SetUpShiftTable(&table, &record, base);
     IndexUpShiftTable(&table);
     FindFold(&table.map);
     const size_t rowsSize = static_cast<size_t>(FindPairRows(&table, rows)) * sizeof(PairRow);
@@ -32,21 +34,21 @@ Prepared *Prepare(const CaseTableRecord &record)
     return made;
 }
 
-void Drop(Place *place)
+void Replace(size_t index, Prepared *table)
 {
-    os_free(place->table);
-    place->table = nullptr;
+    os_free(std::atomic_ref(*ElementAt(theOwn, index)).exchange(table, std::memory_order_acq_rel));
 }
 
-// Drops all tables, and makes room for so many.
-void Reset(Registry *registry, size_t count)
+[[gnu::noinline]] const Prepared *AddOfImage(const registry::Image &image, size_t index)
 {
-    std::for_each_n(registry->places.at, registry->count, [](Place &place) { Drop(&place); });
-    registry->count = 0;
-    if (registry->places.capacity < count)
-        Grow(&registry->places, count);
-    std::fill_n(registry->places.at, count, Place{nullptr});
-    registry->count = count;
+    Prepared *made = nullptr;
+    frame::Disregard([&] { made = Prepare(image.records[index], image.base); });
+    void *kept = nullptr;
+    std::atomic<void *> &place = image.kept[index];
+    if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
+        return made;
+    os_free(made); // another thread was faster
+    return static_cast<const Prepared *>(kept);
 }
 
 } // namespace
@@ -55,43 +57,27 @@ void Add(size_t index, const CaseTableRecord &record)
 {
     if (str_ba != nullptr)
         return;
-    if (index >= theOwn.places.capacity)
-        Grow(&theOwn.places, std::max<size_t>(32, 2 * index));
-    for (; theOwn.count <= index; ++theOwn.count)
-        theOwn.places.at[theOwn.count].table = nullptr;
-    Drop(&theOwn.places.at[index]);
-    theOwn.places.at[index].table = Prepare(record);
-}
-
-void Attach(size_t count)
-{
-    frame::Disregard([&] { Reset(&theImage, count); });
-    theImage.image = str_ba;
+    GrowTo(&theOwn, index);
+    Replace(index, Prepare(record, nullptr));
+    theOwnCount = std::max(theOwnCount, index + 1);
 }
 
 void Release(const CaseTableRecord &record)
 {
     const auto same = [](CaseTableRef a, CaseTableRef b) { return a != 0 && a == b; };
-    for (size_t i = 0; i < theOwn.count; ++i) {
-        const Prepared *const table = theOwn.places.at[i].table;
+    for (size_t i = 0; i < theOwnCount; ++i) {
+        const Prepared *const table = *ElementAt(theOwn, i);
         if (table != nullptr && (same(table->record.pByteMap, record.pByteMap) ||
                                  same(table->record.pExpansions, record.pExpansions) ||
                                  same(table->record.pLeads, record.pLeads)))
-            Drop(&theOwn.places.at[i]);
+            Replace(i, nullptr);
     }
 }
 
-const Prepared *AddOfImage(size_t index)
+const Prepared *OfImage(const registry::Image &image, size_t index)
 {
-    if (str_ba == nullptr)
-        return nullptr;
-    Prepared *made = nullptr, *kept = nullptr;
-    frame::Disregard([&] { made = Prepare(pCaseTabs[index]); });
-    const std::atomic_ref place(theImage.places.at[index].table);
-    if (made == nullptr || place.compare_exchange_strong(kept, made, std::memory_order_acq_rel))
-        return made;
-    os_free(made); // another thread was faster
-    return kept;
+    const void *const table = image.kept[index].load(std::memory_order_acquire);
+    return table != nullptr ? static_cast<const Prepared *>(table) : AddOfImage(image, index);
 }
 
 const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShiftTable *own)
@@ -99,7 +85,7 @@ const UpShiftTable &TableOf(const CaseTableRecord *record, size_t length, UpShif
     constexpr size_t kLongRun = 32; // bytes that make an index pay
     if (const UpShiftTable *const table = Find(record); table != nullptr)
         return *table;
-    SetUpShiftTable(own, record);
+    SetUpShiftTable(own, record, registry::BaseOf(record));
     if (length >= kLongRun)
         IndexUpShiftTable(own);
     return *own;

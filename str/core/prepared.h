@@ -5,15 +5,16 @@
 //
 // A prepared table serves every record that refers to the arrays for which it was made.  The arrays
 // of a process are private and never change once a table is in the registry; str_FreeCTEntry
-// releases the prepared table with them.  Those of an image do not change while it is attached;
-// str_AttachSMem releases what was prepared for the image before.
+// releases the prepared table with them.  Those of an image do not change while it is attached.
 //
-// Threads: prepared tables are made and released by the calls that change the registry, one at a
-// time.  Only those of an image are made on first use, and published by one atomic store.
+// Threads: prepared tables are made and released under the lock of the case tables.  Only those of
+// an image are made on first use, and published by one atomic store.  Whoever reads them takes no
+// lock, so those of an image are kept when another is attached.
 #ifndef STR_CORE_PREPARED_H
 #define STR_CORE_PREPARED_H
 
-#include "str/core/buffer.h"
+#include "str/core/registry.h"
+#include "str/core/steady.h"
 #include "str/core/upshift.h"
 
 #include <atomic>
@@ -35,53 +36,48 @@ inline bool HaveSameArrays(const CaseTableRecord &a, const CaseTableRecord &b)
             differ(a.NumLeads, b.NumLeads)) == 0;
 }
 
-// The place of a table; null where the record is not prepared.
-struct Place {
-    Prepared *table;
-};
-
-// The tables of a registry, by the index of the record.
-struct Registry {
-    Buffer<Place> places;
-    size_t count;
-    const char *image; // the value of str_ba with which they may be used
-};
-
-// Both are kept, since an image may come and go.
-extern Registry theOwn, theImage;
+// The tables of the registry of this process, by the index of the record; null where it is not
+// prepared.
+extern Steady<Prepared *> theOwn;
 
 // Prepares the record of this index in the registry of the process.  Raises OS_ESC_MEMORY.
 void Add(size_t index, const CaseTableRecord &record);
 
-// Makes room for so many tables of the image that is attached.
-void Attach(size_t count);
-
 // Forgets tables that share an array with the record, whose arrays are about to be released.
 void Release(const CaseTableRecord &record);
 
-// Prepares the record of this index in the image, on its first use.  Returns null if it cannot.
-const Prepared *AddOfImage(size_t index);
+// The table of an image's record, which is prepared on its first use; null if it cannot be.
+const Prepared *OfImage(const registry::Image &image, size_t index);
+
+// The same for the record of this index in the registry of this process.
+inline const Prepared *OfOwn(const CaseTableRecord *records, size_t index)
+{
+    if (!registry::IsBlock(records) || PartWith(theOwn, index) == nullptr)
+        return nullptr;
+    return std::atomic_ref(*ElementAt(theOwn, index)).load(std::memory_order_acquire);
+}
 
 // The prepared table of the record of this index in the registry; null if there is none.  Every
 // comparison of plain text calls it, and most are short.
 [[gnu::always_inline]] inline const UpShiftTable *FindAt(size_t index)
 {
-    Registry &registry = str_ba == nullptr ? theOwn : theImage;
-    if (index >= registry.count || registry.image != str_ba)
-        return nullptr;
-    const std::atomic_ref place(registry.places.at[index].table);
-    const Prepared *table = place.load(std::memory_order_acquire);
-    if (table == nullptr)
-        table = AddOfImage(index);
-    return table != nullptr && HaveSameArrays(table->record, pCaseTabs[index]) ? &table->table
-                                                                               : nullptr;
+    const char *const base = std::atomic_ref(str_ba).load(std::memory_order_acquire);
+    const CaseTableRecord *const records = registry::First();
+    const Prepared *table = nullptr;
+    if (base == nullptr)
+        table = OfOwn(records, index);
+    else if (const registry::Image *const image = registry::Attached(); image != nullptr)
+        if (image->base == base && image->records == records && index < image->count)
+            table = OfImage(*image, index);
+    return table != nullptr && HaveSameArrays(table->record, records[index]) ? &table->table
+                                                                             : nullptr;
 }
 
 // The prepared table of a record; null for a record that is not in the registry.
 inline const UpShiftTable *Find(const CaseTableRecord *record)
 {
     const uintptr_t offset =
-        reinterpret_cast<uintptr_t>(record) - reinterpret_cast<uintptr_t>(pCaseTabs);
+        reinterpret_cast<uintptr_t>(record) - reinterpret_cast<uintptr_t>(registry::First());
     return offset % sizeof *record == 0 ? FindAt(offset / sizeof *record) : nullptr;
 }
 

@@ -3,7 +3,7 @@
 // References where addresses are wider than 4 bytes: places in a table of blocks, counted from 1.
 #include "str/core/reference.h"
 
-#include "str/core/buffer.h"
+#include "str/core/steady.h"
 
 namespace
 {
@@ -13,13 +13,13 @@ union Place {
     CaseTableRef nextFree; // 0 for none
 };
 
-libstr::Buffer<Place> thePlaces;
+libstr::Steady<Place> thePlaces;
+CaseTableRef theCount; // of the places that there are
 CaseTableRef theFirstFree;
 
 constexpr bool kIsAddress = sizeof(void *) == sizeof(CaseTableRef);
-constexpr CaseTableRef kFirstPlaces = 64;
 
-Place *PlaceOf(CaseTableRef ref) { return &thePlaces.at[ref - 1]; }
+Place *PlaceOf(CaseTableRef ref) { return ElementAt(thePlaces, ref - 1); }
 
 void PutFree(CaseTableRef ref)
 {
@@ -36,11 +36,8 @@ void Reserve()
 {
     if (kIsAddress || theFirstFree != 0)
         return;
-    const auto old = static_cast<CaseTableRef>(thePlaces.capacity);
-    const CaseTableRef count = old == 0 ? kFirstPlaces : 2 * old;
-    Resize(&thePlaces, count);
-    for (CaseTableRef ref = count; ref > old; --ref)
-        PutFree(ref);
+    GrowTo(&thePlaces, theCount);
+    PutFree(++theCount);
 }
 
 CaseTableRef Make(void *block, CaseTableRef old)

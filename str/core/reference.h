@@ -4,6 +4,8 @@
 //
 // Where addresses have 4 bytes, a reference of this process is the address itself.  Where they are
 // wider, it is a place in one table of blocks.  In an attached image it is an offset.
+//
+// References are made and released under the lock of the case tables.
 #ifndef STR_CORE_REFERENCE_H
 #define STR_CORE_REFERENCE_H
 
@@ -35,14 +37,13 @@ T *Resolve(CaseTableRef ref)
 // Releases the block and the reference, which becomes 0.
 void Release(CaseTableRef *ref);
 
-// The array that a record of the registry refers to: in the image when one is attached, since the
-// process then uses no records of its own; else in the process.
+// The array that a record refers to: in the process or, with a base, in an image.
 template <class T>
-const T *ResolveForReading(CaseTableRef ref)
+const T *ResolveForReading(CaseTableRef ref, const char *base = str_ba)
 {
-    if (str_ba == nullptr)
+    if (base == nullptr)
         return Resolve<T>(ref);
-    const void *const array = ref == 0 ? nullptr : str_ba + ref;
+    const void *const array = ref == 0 ? nullptr : base + ref;
     return static_cast<const T *>(array);
 }
 

@@ -5,6 +5,7 @@
 #include "str/core/upper_utf8.h"
 
 #include "base/blocks.h"
+#include "base/thread_memory.h"
 #include "base/utf8.h"
 #include "base/utf8_blocks.h"
 #include "str/core/case_forms.h"
@@ -13,6 +14,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <clocale>
 #include <cstring>
@@ -26,32 +28,43 @@ namespace
 
 constexpr char kSource[] = "str/str_ToUpp";
 
-// ---- The result, which GLib allocates ------------------------------------------------------
+// ---- The thread's result, which GLib allocates ---------------------------------------------
 
-struct {
+struct Upper : KeptByThread {
     char *at;
     size_t capacity;
-} theResult;
+};
+thread_local Upper theResult;
+
+void ReleaseResult(KeptByThread *)
+{
+    g_free(theResult.at);
+    theResult.at = nullptr;
+    theResult.capacity = 0;
+}
 
 // What is written beyond a part of the result: less than a block, and a form.
 constexpr size_t kSpare = blocks::kSize + CaseBytes::kMost;
 
-void Reserve(size_t size)
+// What cannot be released at the end of the thread stays allocated.
+void Reserve(Upper *result, size_t size)
 {
-    if (size <= theResult.capacity)
+    if (size <= result->capacity)
         return;
-    theResult.at = static_cast<char *>(g_realloc(theResult.at, size));
-    theResult.capacity = size;
+    KeepByThread(result, ReleaseResult);
+    result->at = static_cast<char *>(g_realloc(result->at, size));
+    result->capacity = size;
 }
 
 // Returns the end of the result.
-char *ByGLib(const char *text, size_t length)
+char *ByGLib(const char *text, size_t length, Upper *result)
 {
-    g_free(theResult.at);
-    theResult.at = utf8::ChangeCase(g_utf8_strup, text, length);
-    const size_t size = std::strlen(theResult.at);
-    theResult.capacity = size + 1;
-    return theResult.at + size;
+    KeepByThread(result, ReleaseResult);
+    g_free(result->at);
+    result->at = utf8::ChangeCase(g_utf8_strup, text, length);
+    const size_t size = std::strlen(result->at);
+    result->capacity = size + 1;
+    return result->at + size;
 }
 
 // ---- What GLib makes of a character --------------------------------------------------------
@@ -78,7 +91,7 @@ constexpr CaseForms kUpper = {UpperCharacter, &theStore};
 // Most blocks of 256 characters have no case at all.
 enum class Case : uint8_t { unknown, none, some };
 constexpr unsigned int kBlockBits = 8;
-Case theCases[kFormsEnd >> kBlockBits];
+std::atomic<Case> theCases[kFormsEnd >> kBlockBits];
 
 [[gnu::noinline]] Case LearnCase(gunichar block)
 {
@@ -88,10 +101,11 @@ Case theCases[kFormsEnd >> kBlockBits];
         characters[i] = block * kSize + i;
     gchar *const text = g_ucs4_to_utf8(characters, kSize, nullptr, nullptr, nullptr);
     gchar *const upper = g_utf8_strup(text, -1);
-    theCases[block] = std::strcmp(text, upper) == 0 ? Case::none : Case::some;
+    const Case found = std::strcmp(text, upper) == 0 ? Case::none : Case::some;
+    theCases[block].store(found, std::memory_order_relaxed);
     g_free(upper);
     g_free(text);
-    return theCases[block];
+    return found;
 }
 
 // Of a character of three bytes or more.
@@ -102,7 +116,7 @@ bool HasNoCase(const char *at)
     const gunichar block = (isLong ? utf8::AppendBits(high, at[2]) << 6 : high << 6) >> kBlockBits;
     if (block >= std::size(theCases))
         return false;
-    const Case known = theCases[block];
+    const Case known = theCases[block].load(std::memory_order_relaxed);
     return (known != Case::unknown ? known : LearnCase(block)) == Case::none;
 }
 
@@ -114,16 +128,17 @@ struct Progress {
     const char *end;
     char *out;
     uint32_t open; // 1 when the byte before `in` begins a character that is not in upper case yet
+    Upper *result;
 };
 
 // Restores the room after a character that may have grown.
 void MakeRoom(Progress *progress)
 {
-    const auto used = static_cast<size_t>(progress->out - theResult.at);
+    const auto used = static_cast<size_t>(progress->out - progress->result->at);
     const auto left = static_cast<size_t>(progress->end - progress->in);
-    if (used + left + kSpare > theResult.capacity)
-        Reserve(used + left + left / 2 + 2 * kSpare);
-    progress->out = theResult.at + used;
+    if (used + left + kSpare > progress->result->capacity)
+        Reserve(progress->result, used + left + left / 2 + 2 * kSpare);
+    progress->out = progress->result->at + used;
 }
 
 // Writes the upper case of the character at `in`, and passes over it.  Returns false when it has no
@@ -134,7 +149,7 @@ bool UpperOne(Progress *progress, const char *in)
     const CaseBytes form = BytesOf(kUpper, c.code);
     char *const out = progress->out + (in - progress->in);
     std::memcpy(out, form.bytes, sizeof form.bytes);
-    *progress = {in + c.length, progress->end, out + form.length, 0};
+    *progress = {in + c.length, progress->end, out + form.length, 0, progress->result};
     MakeRoom(progress);
     return form.length != 0;
 }
@@ -169,15 +184,15 @@ bool UpperBlock(Progress *progress)
             return UpperOne(progress, in);
     }
     *progress = {progress->in + blocks::kSize, progress->end, progress->out + blocks::kSize,
-                 leads >> blocks::kSize};
+                 leads >> blocks::kSize, progress->result};
     return true;
 }
 
 // Returns the end of the result, or null.
-char *ByBlocks(const char *text, size_t length)
+char *ByBlocks(const char *text, size_t length, Upper *result)
 {
-    Reserve(length + 2 * kSpare);
-    Progress progress = {text, text + length, theResult.at, 0};
+    Reserve(result, length + 2 * kSpare);
+    Progress progress = {text, text + length, result->at, 0, result};
     while (progress.in < progress.end)
         if (!UpperBlock(&progress))
             return nullptr;
@@ -192,12 +207,13 @@ char *UpperCaseUtf8(const char *text, size_t length, int *outLen)
         return nullptr;
     const char *const locale = setlocale(LC_CTYPE, nullptr);
     const bool hasRules = locale != nullptr && HasRulesOfItsOwn(locale);
-    char *end = hasRules ? nullptr : ByBlocks(text, length);
+    Upper *const result = &theResult;
+    char *end = hasRules ? nullptr : ByBlocks(text, length, result);
     if (end == nullptr)
-        end = ByGLib(text, length);
+        end = ByGLib(text, length, result);
     *end = '\0';
-    *outLen = Fit<int>(kSource, end - theResult.at);
-    return theResult.at;
+    *outLen = Fit<int>(kSource, end - result->at);
+    return result->at;
 }
 
 } // namespace libstr

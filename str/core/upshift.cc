@@ -62,11 +62,11 @@ struct Trails {
     int32_t count;
 };
 
-Trails TrailsOf(const LeadEntry *lead)
+Trails TrailsOf(const LeadEntry *lead, const char *base)
 {
     if (lead == nullptr)
         return {nullptr, 0};
-    const auto *const rules = reference::ResolveForReading<PairRule>(lead->pTrails);
+    const auto *const rules = reference::ResolveForReading<PairRule>(lead->pTrails, base);
     return {rules, rules == nullptr ? 0 : lead->NumTrails};
 }
 
@@ -83,7 +83,7 @@ int FindExpansion(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 // Returns the bytes written; 0 when this pair of bytes has no rule.
 int FindPairUpShift(const uint8_t *in, uint8_t *out, const UpShiftTable &table)
 {
-    const Trails trails = TrailsOf(FindLead(table, in[0]));
+    const Trails trails = TrailsOf(FindLead(table, in[0]), table.base);
     const PairRule *const rule = FindRule(trails.rules, trails.count, in[1]);
     if (rule == nullptr)
         return 0;
@@ -108,13 +108,15 @@ void FillPairRow(uint8_t lead, const Trails &trails, PairRow *row)
 
 } // namespace
 
-void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record)
+void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record, const char *base)
 {
-    SetByteMap(&table->map, reference::ResolveForReading<uint8_t>(record->pByteMap));
-    table->expansions = reference::ResolveForReading<PairRule>(record->pExpansions);
+    using reference::ResolveForReading;
+    SetByteMap(&table->map, ResolveForReading<uint8_t>(record->pByteMap, base));
+    table->expansions = ResolveForReading<PairRule>(record->pExpansions, base);
     table->numExpansions = table->expansions == nullptr ? 0 : std::max(record->NumExpansions, 0);
-    table->leads = reference::ResolveForReading<LeadEntry>(record->pLeads);
+    table->leads = ResolveForReading<LeadEntry>(record->pLeads, base);
     table->numLeads = table->leads == nullptr ? 0 : std::max(record->NumLeads, 0);
+    table->base = base;
     table->isIndexed = false;
     table->pairs = nullptr;
 }
@@ -142,7 +144,7 @@ int FindPairRows(UpShiftTable *table, PairRow (&rows)[kMostPairRows])
         if (table->leadIndex[lead] == 0 || table->map.upper[lead] != 0 ||
             FindRule(table->expansions, table->numExpansions, byte) != nullptr)
             continue;
-        FillPairRow(byte, TrailsOf(FindLead(*table, byte)), &rows[used]);
+        FillPairRow(byte, TrailsOf(FindLead(*table, byte), table->base), &rows[used]);
         int row = 0;
         while (std::memcmp(&rows[row], &rows[used], sizeof rows[row]) != 0)
             ++row;

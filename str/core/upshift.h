@@ -10,6 +10,7 @@
 
 #include "base/bytemap.h"
 #include "str/core/case_record.h"
+#include "str/core/registry.h"
 
 #include <cstring>
 #include <iterator>
@@ -32,6 +33,7 @@ struct UpShiftTable {
     int32_t numExpansions; // 0 without a list
     const LeadEntry *leads;
     int32_t numLeads; // 0 without a list
+    const char *base; // what the references of the leads are offsets from; null: of this process
 
     // The place of each lead byte's first entry, counted from 1; once the table has been indexed.
     bool isIndexed;
@@ -44,11 +46,15 @@ struct UpShiftTable {
 // So many rows hold the pairs of every table that is shipped.  The first is for all other leads.
 inline constexpr int kMostPairRows = 40;
 
+// The case table of a set for which none was registered a moment ago; null for none.  Other threads
+// that want it too wait until one of them has it.
+CaseTableRecord *FirstTable(const CSDescriptor *cs);
+
 // The case table of a set that has case, from the number that is registered for it, 0 for none yet;
 // null for none.
 inline CaseTableRecord *TableOfCased(const CSDescriptor *cs, uint16_t number)
 {
-    return number != 0 ? pCaseTabs + (number - 1) : str_InitCaseTables(cs);
+    return number != 0 ? registry::RecordOf(number) : FirstTable(cs);
 }
 
 // The case table of a set; null for none.
@@ -62,8 +68,8 @@ inline const CaseTableRecord *CaseTableOf(const CSDescriptor *cs)
 // The case tables of the kinds of segments met last.  Most texts take turns between a few.
 struct CaseTables {
     struct Entry {
-        uint16_t kind;   // 0 at first, and no text has kind 0
-        ptrdiff_t index; // in the registry, which moves when another table is loaded
+        uint16_t kind; // 0 at first, and no text has kind 0
+        const CaseTableRecord *table;
     };
     Entry entries[4];
 };
@@ -73,15 +79,15 @@ inline const CaseTableRecord *TableOfKind(CaseTables *tables, uint16_t kind)
 {
     CaseTables::Entry &entry = tables->entries[kind % std::size(tables->entries)];
     if (entry.kind == kind)
-        return pCaseTabs + entry.index;
+        return entry.table;
     const CSDescriptor cs = {kind, 0};
     const CaseTableRecord *const table = CaseTableOf(&cs);
     if (table != nullptr)
-        entry = {kind, table - pCaseTabs};
+        entry = {kind, table};
     return table;
 }
 
-void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record);
+void SetUpShiftTable(UpShiftTable *table, const CaseTableRecord *record, const char *base);
 
 // Makes long runs fast.
 void IndexUpShiftTable(UpShiftTable *table);

@@ -5,6 +5,7 @@
 #include "tests/passing/services.h"
 #include "tests/support/casetable.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 
 #include <utility>
@@ -201,6 +202,32 @@ TEST_F(EveryCall, MayRaiseAnEscapeAndTheNextIsRight)
                 EXPECT_EQ(Run(work), 0);
                 EXPECT_EQ(theAnswer, right);
             }
+    }
+}
+
+// Whatever a thread's results are in goes with the thread, however it ends.
+TEST_F(EveryCall, KeepsNothingOfAThreadThatHasEnded)
+{
+    size_t blocks = 0; // after the first thread
+    for (void (*const end)() :
+         {+[] {}, +[] {}, +[] { pthread_exit(nullptr); },
+          +[] { Escaped([] { er_TracedEscape(3, passing::kCode, __FILE__, __LINE__); }); }}) {
+        const auto use = [&] {
+            for (const Work &work : kWorks)
+                EXPECT_EQ(Run(work), 0) << work.name;
+            end();
+        };
+        const auto call = [](void *body) {
+            (*static_cast<decltype(use) *>(body))();
+            return static_cast<void *>(nullptr);
+        };
+        pthread_t thread;
+        ASSERT_EQ(pthread_create(&thread, nullptr, call,
+                                 const_cast<void *>(static_cast<const void *>(&use))),
+                  0);
+        pthread_join(thread, nullptr);
+        EXPECT_TRUE(blocks == 0 || held.blocks.size() == blocks);
+        blocks = held.blocks.size();
     }
 }
 
