@@ -3,6 +3,7 @@
 // The case table compiler: from a source file to a record, and to the compiled file.  Also the two
 // operations on a record's arrays, which loader, registry and work area use too.
 #include "str/core/case_record.h"
+#include "str/core/closing.h"
 #include "str/core/exclusive.h"
 #include "str/core/frame.h"
 #include "str/core/prepared.h"
@@ -327,9 +328,9 @@ void WriteCompiledTable(const char *compiledName, const CaseTableRecord *record)
         },
         [&] {
             if (maskIsOurs)
-                os_umask(mask); // before the close, which may escape
+                os_umask(mask);
             if (stream != nullptr)
-                os_fclose(stream);
+                Abandon(stream);
         });
 }
 
@@ -356,14 +357,14 @@ bool Compile(const char *sourceName, const char *compiledName, CaseTableRecord *
             source = os_fopen(sourceName, "r");
             ReadCaseHeader(source, record);
             ReadRules(source, record);
-            frame::Disregard([&] { os_fclose(source); });
+            Abandon(source);
             source = nullptr;
             WriteCompiledTable(compiledName, record);
         },
         [&] {
-            str_FreeCTEntry(record); // before the close, which may escape
+            str_FreeCTEntry(record);
             if (source != nullptr)
-                os_fclose(source);
+                Abandon(source);
             er_EnhLogMsg(3, 3, STR_LOG_NOT_COMPILED, "%s%d", sourceName, theLineNumber, 0);
         });
 }

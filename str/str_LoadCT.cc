@@ -5,6 +5,7 @@
 // The file may be damaged.  So counts are checked before anything is allocated, the references in
 // the file are never used, and at every moment the record refers only to blocks of this load.
 #include "str/core/case_record.h"
+#include "str/core/closing.h"
 #include "str/core/exclusive.h"
 #include "str/core/frame.h"
 
@@ -108,7 +109,7 @@ bool Load(const char *compiledName, CaseTableRecord *record)
         [&] {
             str_FreeCTEntry(record); // filled when the close escapes
             if (stream != nullptr)
-                os_fclose(stream);
+                Abandon(stream);
             er_LogInfo(1, compiledName, 0);
         });
 }
