@@ -67,7 +67,7 @@ Trails TrailsOf(const LeadEntry *lead, const char *base)
     if (lead == nullptr)
         return {nullptr, 0};
     const auto *const rules = reference::ResolveForReading<PairRule>(lead->pTrails, base);
-    return {rules, rules == nullptr ? 0 : lead->NumTrails};
+    return {rules, rules == nullptr ? 0 : std::max(lead->NumTrails, 0)};
 }
 
 // Returns the bytes written; 0 when this byte has no expansion.
