@@ -6,6 +6,8 @@
 #include <platform/lkf.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -138,6 +140,148 @@ TEST_F(FirstUse, MayBeKilledAnywhere)
     }
     EXPECT_EQ(status, 0) << "left alone, it ends well";
     EXPECT_TRUE(fragments > 10 && files > 2) << "while the file is written, and after that";
+}
+
+// ---- System calls that fail ----------------------------------------------------------------
+
+// The errors that a call may give; EINTR only once, since nothing interrupts for ever.
+const struct {
+    long call;
+    std::vector<int> errors;
+} kCalls[] = {
+    // clang-format off
+    {SYS_openat, {EACCES, EMFILE, ENOSPC, EROFS, EINTR, EIO}}, {SYS_read, {EIO, EISDIR, EINTR}},
+    {SYS_write, {EIO, ENOSPC, EFBIG, EINTR}}, {SYS_close, {EIO, EINTR}}, {SYS_fsync, {EIO, ENOSPC}},
+    {SYS_rename, {EACCES, ENOSPC, EROFS}}, {SYS_unlink, {EACCES, EROFS}}, {SYS_lseek, {EINVAL}},
+    {SYS_fcntl, {EAGAIN, ENOLCK, EINTR, EINVAL}}, {SYS_getdents64, {EIO}}, {SYS_fchown, {EPERM}},
+    {SYS_fchownat, {EPERM, EIO}}, {SYS_fchmod, {EPERM}}, {SYS_faccessat, {EACCES, EIO}},
+#if defined(__x86_64__)
+    {SYS_newfstatat, {EACCES, EIO}}, {SYS_fstat, {EIO}}, {SYS_access, {EACCES, EIO}},
+#else
+    {SYS_fcntl64, {EAGAIN, ENOLCK, EINTR}}, {SYS_statx, {EACCES, EIO}}, {SYS_access, {EACCES}},
+#endif
+    // clang-format on
+};
+
+#if defined(__x86_64__)
+constexpr auto kNumber = &user_regs_struct::orig_rax;
+constexpr auto kResult = &user_regs_struct::rax;
+constexpr auto kCount = &user_regs_struct::rdx; // of a read or write
+#else
+constexpr auto kNumber = &user_regs_struct::orig_eax;
+constexpr auto kResult = &user_regs_struct::eax;
+constexpr auto kCount = &user_regs_struct::edx;
+#endif
+using Register = std::remove_reference_t<decltype(std::declval<user_regs_struct>().*kNumber)>;
+
+constexpr size_t kMostKinds = 7; // the errors of a call, and a short read or write
+
+// How one call of a process fails, or all from that one on.
+struct Fault {
+    int place;   // the number of the call among those that may fail
+    size_t kind; // the number of its error; one more makes a read or write short
+    bool lasts;
+};
+
+// Changes the registers of a call that fails by the fault, so that it is not made, and says with
+// which error it fails.
+void Break(const Fault &fault, int *place, user_regs_struct *registers, int *error)
+{
+    const auto call = static_cast<long>(registers->*kNumber);
+    const auto *const row = std::find_if(std::begin(kCalls), std::end(kCalls),
+                                         [call](const auto &each) { return each.call == call; });
+    if (row == std::end(kCalls) || ++*place < fault.place || (*place > fault.place && !fault.lasts))
+        return;
+    const size_t kind = fault.kind % (row->errors.size() + 1);
+    if (kind == row->errors.size()) {
+        if ((call == SYS_read || call == SYS_write) && registers->*kCount > 1)
+            registers->*kCount = 1 + registers->*kCount / 2;
+        return;
+    }
+    if (fault.lasts && row->errors[kind] == EINTR)
+        return;
+    *error = row->errors[kind];
+    if (call != SYS_close) // which closes in any case
+        registers->*kNumber = static_cast<Register>(-1);
+}
+
+constexpr long kMark = SYS_getppid; // the work begins and ends with it
+
+// Runs the traced child to its end, with the fault in its work.  Returns its status; `calls`
+// receives how many calls of the work may fail.
+int Trace(pid_t child, const Fault &fault, int *calls)
+{
+    int status = StatusOf(child), error = 0;
+    *calls = 0;
+    for (bool works = false, enters = true; WIFSTOPPED(status); enters = !enters) {
+        user_regs_struct registers;
+        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+        status = StatusOf(child);
+        if (ptrace(PTRACE_GETREGS, child, nullptr, &registers) != 0)
+            continue;
+        if (!enters && error != 0)
+            registers.*kResult = static_cast<Register>(-std::exchange(error, 0));
+        else if (enters && static_cast<long>(registers.*kNumber) == kMark)
+            works = !works;
+        else if (enters && works)
+            Break(fault, calls, &registers, &error);
+        ptrace(PTRACE_SETREGS, child, nullptr, &registers);
+    }
+    return status;
+}
+
+auto Descriptors()
+{
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+// The answer is right or none, nothing stays open or locked, the file is whole or not there, and
+// both the next call and the next process get the table.
+TEST_F(FirstUse, MayFailAtAnySystemCall)
+{
+    const bool all = std::getenv("STR_TEST_SWEEP") != nullptr;
+    ASSERT_TRUE(UseTheSet());
+    const std::string compiled = home.Read("toupper/87.b");
+    ReleaseTables();
+    const auto use = [this] {
+        return pCaseTabs == nullptr ? UseTheSet() || NumCaseTabs == 0 : true;
+    };
+    const auto publish = [] { return (str_ReadStrToWkArea(0, nullptr), str_FreeWkArea(), true); };
+    int failures = 0;
+    const auto run = [&](const std::function<bool()> &work, bool isMade, const Fault &fault) {
+        int calls = 0;
+        Undo();
+        if (isMade)
+            home.Write("toupper/87.b", compiled);
+        const pid_t child = Fork([&] {
+            lkf_SetPatience(50);
+            const auto before = Descriptors();
+            const bool isTraced = ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
+            raise(SIGSTOP);
+            syscall(kMark);
+            const bool right = work();
+            syscall(kMark);
+            return isTraced && right && Descriptors() == before && (ReleaseTables(), UseTheSet());
+        });
+        EXPECT_EQ(Trace(child, fault, &calls), 0);
+        EXPECT_TRUE(os_fexists("~/toupper/87.b") == 0 || FileIsRight());
+        EXPECT_TRUE(NextProcessGetsIt());
+        ++failures;
+        return calls;
+    };
+    for (const auto &[work, isMade] :
+         {std::pair<std::function<bool()>, bool>{use, false}, {use, true}, {publish, false}})
+        for (const bool lasts : {false, true}) {
+            const int calls = run(work, isMade, {INT_MAX, 0, false});
+            for (int place = 1; place <= calls && !HasFailure(); ++place)
+                for (size_t kind = 0; kind < kMostKinds; ++kind)
+                    if (all || kind == static_cast<size_t>(place) % kMostKinds) {
+                        SCOPED_TRACE(std::to_string(place) + " " + std::to_string(kind) +
+                                     (lasts ? " lasts" : ""));
+                        run(work, isMade, {place, kind, lasts});
+                    }
+        }
+    EXPECT_GT(failures, 100);
 }
 
 } // namespace
