@@ -57,7 +57,9 @@ void GrowTo(Steady<T> *array, size_t index)
     for (unsigned int part = 0; part <= array->PartOf(index); ++part) {
         if (array->parts[part].load(std::memory_order_relaxed) != nullptr)
             continue;
-        const size_t bytes = (part == 0 ? array->kFirst : array->BeginOf(part)) * sizeof(T);
+        const size_t size = part == 0 ? array->kFirst : array->BeginOf(part);
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): of pointers too
+        const size_t bytes = size * sizeof(T);
         void *const made = os_malloc(bytes);
         std::memset(made, 0, bytes);
         array->parts[part].store(static_cast<T *>(made), std::memory_order_release);
