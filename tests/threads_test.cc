@@ -141,7 +141,7 @@ void Records(Own &own)
     own.Say(str_CompileCaseTable("~/toupper/103.s", own.path.c_str(), &record));
     own.Say(RulesOf(record).c_str());
     str_FreeCTEntry(&record);
-    own.Say(str_LoadCaseTable("~/toupper/103.b", &record) == 1 ? RulesOf(record).c_str() : "");
+    own.Say(str_LoadCaseTable(own.path.c_str(), &record) == 1 ? RulesOf(record).c_str() : "");
     str_FreeCTEntry(&record);
     own.Say(str_InitControlTable(&index, &array, &count) == array ? index : -1);
     os_free(array);
