@@ -226,7 +226,7 @@ bool FromUtf8(Workspace *workspace, const Set &target, Bytes text)
     Buffer *const result = &workspace->result;
     result->length = 0;
     if (target.iconv == kUtf8) {
-        MakeRoom(result, text.length);
+        MakeRoom(result, text.length + 1); // is there even for an empty text
         std::memcpy(result->text, text.text, text.length);
         result->length = text.length;
         return true;
