@@ -92,7 +92,7 @@ CSSegment *ccs_GetRealStrs(const CSDescriptor *cs, const char *text, int length,
 /* ---- Walks of the caller's -----------------------------------------------------------------
  *
  * An optional, faster way to read a text.  The state is in the caller's hands, so any number of
- * walks may be under way at once, in any thread.  A host need not define these four functions.
+ * walks may be under way at once, in any thread.  A host need not define these functions.
  * Without them, or when ccs_BeginWalk refuses, the library reads the text with the functions above
  * and below.
  */
@@ -150,6 +150,11 @@ void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)
  * number of bytes, 0 to 81; adds no NUL.  With `closing` 0 those of ccs_GetModelEscapes, else those
  * of ccs_GetConfAsciiEscs.  Not after ccs_NextSegments with a `max` above 1. */
 int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out);
+
+/* As ccs_GetWalkEscapes with `closing`, or -1 if a text may not end here.  It may if a letter of
+ * ASCII, put right here, would not be read together with bytes before it, and, put after the
+ * escapes, is read as at the beginning of a string.  After ccs_MeasureText only. */
+int ccs_CloseWalk(const CSWalk *walk, char *out);
 
 /* ---- Units inside a segment ----------------------------------------------------------------
  *

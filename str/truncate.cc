@@ -85,12 +85,12 @@ unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n, cons
     frame::TraceEntry();
     ClosedTruncation cut;
     cut.escapes = 0;
-    if (cs->escMode != 0)
-        TruncateClosed(src, n, cs, &cut);
-    else if (IsPlainByteSet(cs))
+    if (cs->escMode == 0 && IsPlainByteSet(cs))
         cut.kept = static_cast<unsigned int>(strnlen(src, n));
+    else if (cs->escMode == 0 && IsUtf8(cs))
+        cut.kept = WholeUtf8(src, n);
     else
-        cut.kept = str_truncstrlen(src, n, cs);
+        TruncateClosed(src, n, cs, &cut);
     const auto escapes = static_cast<unsigned int>(cut.escapes);
     std::memcpy(dst, src, cut.kept);
     std::memcpy(dst + cut.kept, cut.closing, escapes);

@@ -100,7 +100,15 @@ struct Text {
         return nullptr;
     }
 
-    // The longest start of whole units that fits with what closes it.
+    // The kind of the last unit, which is at or after `start`; CS_SEG_END if it begins before that.
+    static uint16_t LastKind(const CSDescriptor &cs, const std::string &bytes, size_t start)
+    {
+        Text all{cs, bytes};
+        all.Divide();
+        return all.units.back().start < start ? uint16_t{CS_SEG_END} : all.units.back().kind;
+    }
+
+    // The longest start of whole units that fits with what closes it, and may go on with a letter.
     std::string Closed(unsigned int n) const
     {
         for (auto unit = units.rbegin(); unit != units.rend(); ++unit) {
@@ -111,8 +119,13 @@ struct Text {
                  next = ccs_GetNextStr)
                 at += static_cast<int>(segment);
             const char *const escapes = ccs_GetConfAsciiEscs(&cs, cs.escMode, &length);
-            if (unit->end + static_cast<unsigned int>(length) <= n)
-                return whole.substr(0, unit->end) + std::string(escapes, escapes + length);
+            if (unit->end + static_cast<unsigned int>(length) > n)
+                continue;
+            const std::string kept = whole.substr(0, unit->end),
+                              closed = kept + std::string(escapes, escapes + length);
+            if (LastKind(cs, kept + "N", kept.size()) != CS_SEG_END &&
+                LastKind(cs, closed + "N", 0) == LastKind(cs, "N", 0))
+                return closed;
         }
         return "";
     }
@@ -120,7 +133,8 @@ struct Text {
     void CheckTruncation(unsigned int n) const
     {
         const Guarded closed(n);
-        std::string all = cs.escMode == 0 ? whole.substr(0, Kept(n)) : Closed(n);
+        std::string all =
+            cs.escMode == 0 && isPlain ? whole.substr(0, Kept(std::min(n, size))) : Closed(n);
         ASSERT_EQ(str_truncateclosed(closed.data(), text, n, &cs), all.size());
         all.resize(n);
         ASSERT_EQ(std::string(closed.data(), n), all);
@@ -157,12 +171,17 @@ struct Text {
                     ContentOf(cs, back, ContentOf(cs, front)) == ContentOf(cs, whole));
     }
 
-    void Check()
+    void Divide()
     {
         int count = 0;
         const CSSegment *segment = ccs_GetAllStrs(&cs, text, -1, &count);
         for (unsigned int at = 0; segment->kind != CS_SEG_END; at += segment++->length)
             AddUnits(*segment, at);
+    }
+
+    void Check()
+    {
+        Divide();
         for (const unsigned int most : {UINT_MAX, unsigned{INT_MAX}})
             ASSERT_EQ(str_truncstrlen(text, most, &cs), Kept(most));
         const unsigned int columns = isPlain && cs.escMode == 0 ? size : width;

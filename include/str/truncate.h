@@ -17,8 +17,8 @@
  *
  * Limits are in bytes.  A text may be longer than a limit can express.  Sources are NUL-terminated,
  * and are read up to the NUL unless said otherwise.  Destinations are the caller's and must not
- * overlap the source.  Nothing is allocated, and nothing is kept between calls.  The library raises
- * no escape here; an escape of a service passes through, and the destination is then unchanged.
+ * overlap the source.  Unless said otherwise, nothing is allocated and the library raises no escape;
+ * an escape of a service passes through, and the destination is then unchanged.
  */
 #ifndef STR_TRUNCATE_H
 #define STR_TRUNCATE_H
@@ -48,10 +48,17 @@ char *str_truncate(char *dst, const char *src, unsigned int n, const CSDescripto
 
 /* Copies the longest part of `src` that fits in `n` bytes together with the escape sequences that
  * lead back to the state in which strings of the set begin, and these sequences after it.  Then
- * fills `dst` with NULs: exactly `n` bytes are written.  Text that is appended by plain means is
- * read as intended, so this is the call for a mail line or a field of a directory.  Text of a plain
- * single-byte set may be cut anywhere only where escMode is 0.  Returns the bytes of the part and
- * of the sequences. */
+ * fills `dst` with NULs: exactly `n` bytes are written.
+ *
+ * ASCII that is appended by plain means is read as at the beginning of a string, so this is the
+ * call for a mail line or a field of a directory.  Hence the part does not end, even where `src`
+ * does, in bytes that a letter after them would continue: an unfinished sequence, a single shift or
+ * a mark without its character, or half a character.  Nor does it end where no sequences lead back:
+ * after SI in a string that begins with nothing in the left half, for example.  Text of a plain
+ * single-byte set with escMode 0 may be cut anywhere.
+ *
+ * Returns the bytes of the part and of the sequences.  Where a host reads texts by functions of its
+ * own, may raise OS_ESC_MEMORY: `dst` is then unchanged. */
 unsigned int str_truncateclosed(char *dst, const char *src, unsigned int n, const CSDescriptor *cs);
 
 /* As str_truncate, without the number of bytes kept.  At most `n` bytes of UTF-8 are read: bytes at

@@ -333,9 +333,16 @@ void ccs_MeasureText(CSWalk *walk, size_t bytes, size_t columns, CSMeasure *out)
 int ccs_GetWalkEscapes(const CSWalk *walk, int closing, char *out)
 {
     const ccs::Walk &own = OwnOf(walk)->walk;
-    const ccs::State &start = own.set == nullptr ? own.state : ccs::BeginningOf(*own.set);
+    const ccs::State &start = ccs::GoalOf(own);
     return static_cast<int>(closing != 0 ? ccs::RestoringEscapes(own.state, start, out)
                                          : ccs::RestoringEscapes(start, own.state, out));
+}
+
+int ccs_CloseWalk(const CSWalk *walk, char *out)
+{
+    const ccs::Walk &own = OwnOf(walk)->walk;
+    const size_t length = ccs::RestoringEscapes(own.state, ccs::GoalOf(own), out);
+    return ccs::MayEnd(own, walk->at, length != 0) ? static_cast<int>(length) : -1;
 }
 
 int InitTabsDone = 0;

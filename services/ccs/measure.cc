@@ -67,10 +67,14 @@ Outcome PassUnit(Walk *walk, Passage *passage)
     const bool isSequence = unit.kind == CS_SEG_IGNORE;
     if (unit.length > passage->mostBytes - passage->bytes)
         return isSequence && unit.length == avail ? Outcome::cut : Outcome::tooLong;
-    if (isSequence)
+    if (isSequence) {
+        walk->sequence = at;
         passage->bytes += NextSegment(walk, at, avail).length; // changes the state
-    else
+    } else {
+        if (unit.kind == CS_SEG_RAW || *at == static_cast<char>(kEsc))
+            walk->raw = at;
         TakeUnit(unit, at, passage);
+    }
     return Outcome::passed;
 }
 

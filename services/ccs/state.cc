@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/ccs/state.h"
 
-#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -69,12 +68,6 @@ void LockingShift(State *state, std::string_view sequence)
 
 // ---- Escapes for a state -------------------------------------------------------------------
 
-// The row depends on the rest.
-bool SameDesignation(const Designation &a, const Designation &b)
-{
-    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
-}
-
 size_t Append(char *out, size_t length, std::string_view text)
 {
     std::memcpy(out + length, text.data(), text.size());
@@ -93,6 +86,19 @@ void Apply(State *state, const char *at, size_t length)
         SwitchCoding(state, at, length);
     else if (at[1] != '[')
         Designate(state, at, length);
+}
+
+State Restored(const State &from, const State &to)
+{
+    State state = to;
+    for (size_t element = 0; element < 4; ++element)
+        if (to.g[element].final == 0)
+            state.g[element] = from.g[element];
+    if (to.left == kNowhere)
+        state.left = from.left;
+    if (to.right == kNowhere)
+        state.right = from.right;
+    return state;
 }
 
 size_t RestoringEscapes(const State &from, const State &to, char *out)

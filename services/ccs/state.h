@@ -7,6 +7,8 @@
 
 #include "services/ccs/bytes.h"
 
+#include <bit>
+
 namespace libstr::ccs
 {
 
@@ -20,6 +22,12 @@ struct Designation {
 };
 
 constexpr bool Holds(const Designation &held) { return held.row != kNoRow || held.final != 0; }
+
+// The row depends on the rest.
+constexpr bool SameDesignation(const Designation &a, const Designation &b)
+{
+    return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+}
 
 // How text is coded: by ISO 2022, or in another way, to which ESC % F has switched.
 enum class Coding : uint8_t { iso2022, utf8, unknown };
@@ -96,6 +104,21 @@ inline const char *DesignationOf(const SetRow &set)
 // Changes the state as the `length` bytes at `at` say, an escape sequence or a locking shift.  Does
 // nothing if the sequence is incomplete or does not change the state.
 void Apply(State *state, const char *at, size_t length);
+
+// Whether the sequences of RestoringEscapes surely give both halves back the sets that they have.
+inline bool RestoresHalves(const State &from, const State &to)
+{
+    const auto restores = [&](uint8_t State::*half) {
+        const uint8_t element = to.*half;
+        if (element == kNowhere)
+            return from.*half == kNowhere;
+        return to.g[element].final != 0 || SameDesignation(from.g[element], to.g[element]);
+    };
+    return restores(&State::left) && restores(&State::right);
+}
+
+// The state to which they lead.
+State Restored(const State &from, const State &to);
 
 // The most bytes that RestoringEscapes writes.
 inline constexpr size_t kMostEscapes = 40;

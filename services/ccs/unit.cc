@@ -66,6 +66,14 @@ Sequence EscapeSequence(const char *at, size_t avail)
     return Finish(at, SkipRange(at, 1, avail, 0x20, 0x2F), avail, 0x30);
 }
 
+// An escape or control sequence; a malformed one if neither begins here.
+Sequence SequenceAt(const char *at, size_t avail)
+{
+    if (Byte(at) == kEsc)
+        return EscapeSequence(at, avail);
+    return Byte(at) == kCsi ? ControlSequence(at, 1, avail) : Sequence{Form::malformed, 1};
+}
+
 // ---- Characters ----------------------------------------------------------------------------
 
 // A base unit that begins with a mark: its marks and its base.
@@ -181,10 +189,8 @@ Unit SequenceUnit(const State &state, const View &view, const char *at, size_t a
         return ShiftedUnit(state, view, shift, at, avail);
     if (!view.escapes)
         return none;
-    if (byte == kEsc)
-        return {CS_SEG_IGNORE, EscapeSequence(at, avail).length};
-    if (byte == kCsi)
-        return {CS_SEG_IGNORE, ControlSequence(at, 1, avail).length};
+    if (byte == kEsc || byte == kCsi)
+        return {CS_SEG_IGNORE, SequenceAt(at, avail).length};
     return byte == kSo || byte == kSi ? Unit{CS_SEG_IGNORE, 1} : none;
 }
 
@@ -218,6 +224,17 @@ Unit UnitAt(const State &state, const View &view, const char *at, size_t avail)
 
 size_t EscapeLength(const char *at, size_t avail) { return EscapeSequence(at, avail).length; }
 
+[[gnu::cold]] bool GoesOn(const State &state, const View &view, const char *at, size_t length)
+{
+    char bytes[8]; // only escape and control sequences are longer
+    if (length >= sizeof bytes)
+        return SequenceAt(at, length).form == Form::cutOff &&
+               UnitAt(state, view, at, length).kind == CS_SEG_IGNORE;
+    std::memcpy(bytes, at, length);
+    bytes[length] = kLetter;
+    return UnitAt(state, view, bytes, length + 1).length > length;
+}
+
 bool ShiftsToRaw(const State &state, SingleShift shift, const char *at, size_t avail)
 {
     const unsigned char byte = ByteWithin(at, shift.length, avail);
@@ -245,9 +262,8 @@ size_t ControlLength(const SetRow *set, bool escapes, const char *at, size_t ava
         const size_t character = CharacterLength(set, at + shift.length, avail - shift.length);
         return character != 0 ? shift.length : 0;
     }
-    if (escapes && byte == kEsc)
-        return LengthOf(EscapeSequence(at, avail));
-    return escapes && byte == kCsi ? LengthOf(ControlSequence(at, 1, avail)) : 1;
+    const bool isSequence = escapes && (byte == kEsc || byte == kCsi);
+    return isSequence ? LengthOf(SequenceAt(at, avail)) : 1;
 }
 
 AnyUnit AnyUnitAt(const SetRow *set, bool escapes, const char *at, size_t avail)

@@ -47,6 +47,13 @@ inline SingleShift SingleShiftAt(const char *at, size_t avail)
     return {0, 0};
 }
 
+// A letter of ASCII that ends every sequence.  With ESC before it, it is a single shift.
+inline constexpr char kLetter = 'N';
+
+// Whether the letter, if it came after the `length` bytes at `at`, would belong to one unit with
+// them.  They begin with a sequence or a raw byte, and hold no NUL.
+bool GoesOn(const State &state, const View &view, const char *at, size_t length);
+
 // Whether an empty single shift makes the next byte raw: the designated set has nothing in the half
 // of that byte.
 bool ShiftsToRaw(const State &state, SingleShift shift, const char *at, size_t avail);

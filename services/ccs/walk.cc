@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace libstr::ccs
@@ -309,6 +310,12 @@ void SetShift(Walk *walk, char shift)
     walk->next = shift == 0 ? Walk::Next::any : Walk::Next::rawByte;
 }
 
+// Whether the single shift at `at`, which is a unit by itself, makes the next byte raw.
+bool MakesRaw(const State &state, const View &view, SingleShift shift, const char *at, size_t avail)
+{
+    return (view.escapes || Byte(at) != kEsc) && ShiftsToRaw(state, shift, at, avail);
+}
+
 // The segment at `at`, which begins with a unit of any kind.
 Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 {
@@ -321,7 +328,7 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
     const SingleShift shift = view.shifts ? SingleShiftAt(at, avail) : SingleShift{0, 0};
     if (shift.length == 0)
         return Switch(walk, at, first.length);
-    if ((view.escapes || Byte(at) != kEsc) && ShiftsToRaw(walk->state, shift, at, avail))
+    if (MakesRaw(walk->state, view, shift, at, avail))
         SetShift(walk, at[shift.length - 1]);
     return first;
 }
@@ -353,6 +360,28 @@ Unit KnownSegment(Walk *walk, const char *at, size_t avail)
     return {walk->set->number, isWhole ? avail : 0};
 }
 
+// ---- Ends ----------------------------------------------------------------------------------
+
+[[gnu::cold]] uint16_t KindOfLetter(const State &state)
+{
+    Walk walk;
+    walk.state = state;
+    Resolve(&walk);
+    return UnitAt(state, walk.Current().view, &kLetter, 1).kind;
+}
+
+// Whether the last sequence is a single shift right before `at` that would make a letter raw.
+[[gnu::cold]] bool MakesLetterRaw(const Walk &walk, const char *at)
+{
+    const auto length = static_cast<size_t>(at - walk.sequence);
+    if (length > 2 || !walk.Current().view.shifts)
+        return false;
+    const char bytes[] = {walk.sequence[0], length == 2 ? walk.sequence[1] : kLetter, kLetter};
+    const SingleShift shift = SingleShiftAt(bytes, length);
+    return shift.length == length &&
+           MakesRaw(walk.state, walk.Current().view, shift, bytes, length + 1);
+}
+
 } // namespace
 
 void Follow(Walk *walk, const char *at, size_t length)
@@ -368,8 +397,10 @@ void Follow(Walk *walk, const char *at, size_t length)
         walk->shared = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
         return;
     }
+    const State before = *state;
     Apply(state, at, length);
-    Resolve(walk);
+    if (std::memcmp(&before, state, sizeof before) != 0)
+        Resolve(walk);
 }
 
 void Begin(Walk *walk, const CSDescriptor &cs)
@@ -382,10 +413,30 @@ void Begin(Walk *walk, const CSDescriptor &cs)
         cs.escMode == 0 && set != nullptr && IsBytes(*set) && *set->differs == '\0';
     walk->next = isWhole ? Walk::Next::whole : Walk::Next::any;
     walk->state = beginning.state;
+    walk->sequence = walk->raw = nullptr;
     walk->shared = &beginning.runs[cs.escMode != 0];
 }
 
 const State &BeginningOf(const SetRow &set) { return kBeginnings[RowOf(set)].state; }
+
+const State &GoalOf(const Walk &walk)
+{
+    return walk.set == nullptr ? walk.state : BeginningOf(*walk.set);
+}
+
+bool MayEnd(const Walk &walk, const char *at, bool isClosed)
+{
+    const View &view = walk.Current().view;
+    for (const char *const odd : {walk.sequence, walk.raw})
+        if (odd != nullptr && GoesOn(walk.state, view, odd, static_cast<size_t>(at - odd)))
+            return false;
+    const State &beginning = walk.set == nullptr ? kUnknown.state : BeginningOf(*walk.set);
+    if ((walk.set == nullptr || !RestoresHalves(walk.state, beginning)) &&
+        KindOfLetter(Restored(walk.state, GoalOf(walk))) != KindOfLetter(beginning))
+        return false;
+    return isClosed || walk.sequence == nullptr || !MakesLetterRaw(walk, at) ||
+           KindOfLetter(beginning) == CS_SEG_RAW;
+}
 
 Unit NextSegment(Walk *walk, const char *at, size_t avail)
 {

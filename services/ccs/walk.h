@@ -47,6 +47,11 @@ struct Walk {
 
     State state; // after the segment returned last
 
+    // What Measure passed last that may be read together with what follows: a sequence, and a raw
+    // byte or an ESC that begins none; null for none.
+    const char *sequence;
+    const char *raw;
+
     const Runs *shared; // of that state; null: `own`
     Runs own;
 
@@ -70,6 +75,14 @@ void Follow(Walk *walk, const char *at, size_t length);
 
 // The state in which strings of the set begin.
 const State &BeginningOf(const SetRow &set);
+
+// The state to which the walk's string returns at its end, where that is possible.
+const State &GoalOf(const Walk &walk);
+
+// Whether the text may end at `at`, which Measure has reached: a letter of ASCII there would not
+// change what is before it, and one after the escapes that lead to the goal is read as at the
+// beginning of a string.  `isClosed` says that there are such escapes.
+bool MayEnd(const Walk &walk, const char *at, bool isClosed);
 
 // The segment at `at`, which the walk has reached.  The text ends after `avail` bytes, or before
 // that at a NUL: CS_SEG_END with length 0.

@@ -24,12 +24,14 @@ bool NextSegmentOfService(SegmentWalk *walk)
     return walk->kind != CS_SEG_END;
 }
 
-void WalkToEnd(const char *text, const CSDescriptor *cs, int length)
+uint16_t WalkToEnd(const char *text, const CSDescriptor *cs, int length)
 {
     SegmentWalk walk;
     WalkSegments(&walk, text, cs, length);
+    uint16_t last = walk.kind;
     while (NextSegmentOfService(&walk))
-        continue;
+        last = walk.kind;
+    return last;
 }
 
 bool FindSegments(SegmentWalk *walk)

@@ -21,6 +21,7 @@ extern decltype(ccs_BeginWalk) ccs_BeginWalk __attribute__((weak));
 extern decltype(ccs_NextSegments) ccs_NextSegments __attribute__((weak));
 extern decltype(ccs_MeasureText) ccs_MeasureText __attribute__((weak));
 extern decltype(ccs_GetWalkEscapes) ccs_GetWalkEscapes __attribute__((weak));
+extern decltype(ccs_CloseWalk) ccs_CloseWalk __attribute__((weak));
 }
 
 namespace libstr
@@ -74,8 +75,9 @@ bool NextSegmentOfService(SegmentWalk *walk);
 // Finds the next segments; false at the end of the text.
 bool FindSegments(SegmentWalk *walk);
 
-// Leads the service's walk to the end of the text, for the escapes that belong there.
-void WalkToEnd(const char *text, const CSDescriptor *cs, int length = -1);
+// Leads the service's walk to the end of the text, for the escapes that belong there.  Returns the
+// last segment's kind.
+uint16_t WalkToEnd(const char *text, const CSDescriptor *cs, int length = -1);
 
 // Moves to the next segment; false at the end of the text.
 inline bool NextSegment(SegmentWalk *walk)

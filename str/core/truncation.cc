@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "str/core/truncation.h"
 
+#include "str/core/buffer.h"
 #include "str/core/segments.h"
 #include "str/core/units.h"
 
@@ -57,27 +58,31 @@ unsigned int WalkedTruncation(const char *src, unsigned int n, const CSDescripto
 namespace
 {
 
-// Begins a cut that keeps nothing.  Its escapes are not set: there are none.
+// Begins a cut that keeps nothing.
 void Clear(ClosedTruncation *cut)
 {
     cut->kept = 0;
     cut->escapes = 0;
 }
 
+// A text may not end where the escapes are less than none.
 bool Fits(const ClosedTruncation &cut, unsigned int n)
 {
-    return uint64_t{cut.kept} + static_cast<unsigned int>(cut.escapes) <= n;
+    return cut.escapes >= 0 && uint64_t{cut.kept} + static_cast<unsigned int>(cut.escapes) <= n;
 }
 
-// Moves on by what fits in so many bytes.
-void Pass(CSWalk *walk, unsigned int bytes, ClosedTruncation *cut)
+// ---- By a walk of our own ------------------------------------------------------------------
+
+// Moves on by what fits in so many bytes; false if nothing does.
+bool Pass(CSWalk *walk, unsigned int bytes, ClosedTruncation *cut)
 {
     CSMeasure passed;
     ccs_MeasureText(walk, bytes, SIZE_MAX, &passed);
     if (passed.bytes == 0)
-        return;
+        return false;
     cut->kept += static_cast<unsigned int>(passed.bytes);
-    cut->escapes = ccs_GetWalkEscapes(walk, 1, cut->closing);
+    cut->escapes = ccs_CloseWalk(walk, cut->closing);
+    return true;
 }
 
 // Whether the state changes in these bytes, so that later escapes may be shorter.
@@ -88,64 +93,117 @@ bool MaySwitch(const char *at, size_t bytes)
     });
 }
 
-// Goes on from the last cut within `n - reserve` bytes to the last one that fits.  The text goes on
-// for `left` bytes.
-void PassMore(CSWalk *walk, unsigned int n, unsigned int reserve, size_t left,
-              ClosedTruncation *cut)
+// The bytes of the next unit or sequence, which has more than `less`; `most` if it has more than
+// that.  A long one is found in few steps.
+unsigned int LongLength(const CSWalk &walk, unsigned int less, unsigned int most)
 {
-    if (!MaySwitch(walk->at, left)) {
-        Pass(walk, n - cut->kept - static_cast<unsigned int>(cut->escapes), cut);
-        return;
+    const auto ends = [&walk](unsigned int bytes) {
+        CSWalk ahead = walk;
+        CSMeasure passed;
+        ccs_MeasureText(&ahead, bytes, SIZE_MAX, &passed);
+        return passed.bytes != 0;
+    };
+    unsigned int length = std::min(most, 2 * less);
+    for (; length < most && !ends(length); length = std::min(most, 2 * length))
+        less = length;
+    while (length - less > 1) {
+        const unsigned int middle = less + (length - less) / 2;
+        (ends(middle) ? length : less) = middle;
     }
-    CSWalk far = *walk;
+    return length;
+}
+
+// Moves on by one unit or sequence; false if it does not fit in so many bytes.
+bool PassOne(CSWalk *walk, unsigned int most, ClosedTruncation *cut)
+{
+    constexpr unsigned int few = 4;
+    for (unsigned int bytes = 1; bytes <= std::min(most, few); ++bytes)
+        if (Pass(walk, bytes, cut))
+            return true;
+    return most > few && Pass(walk, LongLength(*walk, few, most), cut);
+}
+
+// Goes on from a cut to the last one that fits, if there is one.
+[[gnu::cold]] void FindLast(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
+{
     ClosedTruncation next = *cut;
-    Pass(&far, n - next.kept, &next);
-    if (Fits(next, n)) {
-        *cut = next;
-        return;
-    }
-    next = *cut; // the last one is somewhere between the two
-    for (unsigned int end = n - reserve + 1; end < n; ++end) {
-        Pass(walk, end - next.kept, &next);
+    while (PassOne(walk, n - next.kept, &next))
         if (Fits(next, n))
             *cut = next;
-    }
+}
+
+// Goes on from a cut to the last one that fits, if there is one; the text goes on for `left` bytes.
+// Most often that is the first place tried.
+void PassMore(CSWalk *walk, unsigned int n, size_t left, ClosedTruncation *cut)
+{
+    const bool mayRepeat = Fits(*cut, n) && !MaySwitch(walk->at, left);
+    const auto escapes = static_cast<unsigned int>(mayRepeat ? cut->escapes : 0);
+    CSWalk far = *walk;
+    ClosedTruncation next = *cut;
+    Pass(&far, n - next.kept - escapes, &next);
+    if (Fits(next, n))
+        *cut = next;
+    else
+        FindLast(walk, n, cut);
+}
+
+// ---- By the readers of the service ---------------------------------------------------------
+
+// A copy of what is kept, with a letter after it.
+thread_local ThreadBuffer<char> theTrial;
+constexpr char kLetter[] = "N"; // which ends every sequence, and with ESC before it is a shift
+
+// Sets the escapes that belong after what is kept, as ccs_CloseWalk does.
+void Close(const char *src, const CSDescriptor *cs, ClosedTruncation *cut)
+{
+    WalkToEnd(src, cs, static_cast<int>(std::min<unsigned int>(cut->kept, INT_MAX)));
+    const char *const escapes =
+        ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &cut->escapes);
+    cut->escapes = escapes == nullptr ? 0 : std::clamp(cut->escapes, 0, kMostEscapes);
+    const auto size = static_cast<size_t>(cut->escapes);
+    std::copy_n(escapes, size, cut->closing);
+
+    Grow(&theTrial, size_t{cut->kept} + size + sizeof kLetter);
+    std::memcpy(theTrial.at, src, cut->kept);
+    std::strcpy(theTrial.at + cut->kept, kLetter);
+    const bool isWhole = WalkedTruncation(theTrial.at, cut->kept, cs) == cut->kept;
+    std::memcpy(theTrial.at + cut->kept, cut->closing, size);
+    std::strcpy(theTrial.at + cut->kept + size, kLetter);
+    if (!isWhole || WalkToEnd(theTrial.at, cs) != WalkToEnd(kLetter, cs))
+        cut->escapes = -1;
 }
 
 // The same by the walk of the service, from the longest start downward.
-void TruncateClosedByService(const char *src, unsigned int n, const CSDescriptor *cs,
-                             ClosedTruncation *out)
+[[gnu::cold]] void TruncateClosedByService(const char *src, unsigned int n, const CSDescriptor *cs,
+                                           ClosedTruncation *out)
 {
-    Clear(out);
     out->kept = WalkedTruncation(src, n, cs);
     for (; out->kept > 0; out->kept = WalkedTruncation(src, out->kept - 1, cs)) {
-        WalkToEnd(src, cs, static_cast<int>(std::min<unsigned int>(out->kept, INT_MAX)));
-        const char *const escapes =
-            ccs_GetConfAsciiEscs(cs, static_cast<int16_t>(cs->escMode), &out->escapes);
-        out->escapes = std::clamp(out->escapes, 0, kMostEscapes);
-        std::memcpy(out->closing, escapes, static_cast<size_t>(out->escapes));
+        Close(src, cs, out);
         if (Fits(*out, n))
             return;
     }
-    out->escapes = 0;
+    Clear(out);
 }
 
 } // namespace
 
 void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, ClosedTruncation *out)
 {
-    unsigned int reserve = std::min(n, 3U); // bytes of the most frequent escapes
+    // Looks for the last place in the last bytes, and in more of them each time.
+    unsigned int last = std::min(n, 3U); // bytes of the most frequent escapes
     for (;;) {
         CSWalk walk;
-        if (!BeginOwnWalk(&walk, src, cs))
+        if (ccs_CloseWalk == nullptr || !BeginOwnWalk(&walk, src, cs))
             return TruncateClosedByService(src, n, cs, out);
         Clear(out);
-        Pass(&walk, n - reserve, out);
-        if (Fits(*out, n)) {
-            const size_t left = strnlen(walk.at, n - out->kept);
-            return left == 0 ? void() : PassMore(&walk, n, reserve, left, out);
-        }
-        reserve = std::min(n, static_cast<unsigned int>(out->escapes));
+        Pass(&walk, n - last, out);
+        if (const size_t left = strnlen(walk.at, n - out->kept); left != 0)
+            PassMore(&walk, n, left, out);
+        if (Fits(*out, n))
+            return;
+        const auto escapes = static_cast<unsigned int>(std::max(out->escapes, 0));
+        last = last > n / 4 ? n : std::min(n, std::max(4 * last, escapes));
     }
 }
 
