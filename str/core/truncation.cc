@@ -123,28 +123,21 @@ bool PassOne(CSWalk *walk, unsigned int most, ClosedTruncation *cut)
     return most > few && Pass(walk, LongLength(*walk, few, most), cut);
 }
 
-// Goes on from a cut to the last one that fits, if there is one.
-[[gnu::cold]] void FindLast(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
+// Goes on from a cut to the last one that fits, if there is one.  Most often that is the last of
+// all.
+[[gnu::cold]] void PassMore(CSWalk *walk, unsigned int n, ClosedTruncation *cut)
 {
+    CSWalk far = *walk;
     ClosedTruncation next = *cut;
+    Pass(&far, n - next.kept, &next);
+    if (Fits(next, n)) {
+        *cut = next;
+        return;
+    }
+    next = *cut;
     while (PassOne(walk, n - next.kept, &next))
         if (Fits(next, n))
             *cut = next;
-}
-
-// Goes on from a cut to the last one that fits, if there is one; the text goes on for `left` bytes.
-// Most often that is the first place tried.
-void PassMore(CSWalk *walk, unsigned int n, size_t left, ClosedTruncation *cut)
-{
-    const bool mayRepeat = Fits(*cut, n) && !MaySwitch(walk->at, left);
-    const auto escapes = static_cast<unsigned int>(mayRepeat ? cut->escapes : 0);
-    CSWalk far = *walk;
-    ClosedTruncation next = *cut;
-    Pass(&far, n - next.kept - escapes, &next);
-    if (Fits(next, n))
-        *cut = next;
-    else
-        FindLast(walk, n, cut);
 }
 
 // ---- By the readers of the service ---------------------------------------------------------
@@ -192,14 +185,17 @@ void TruncateClosed(const char *src, unsigned int n, const CSDescriptor *cs, Clo
 {
     // Looks for the last place in the last bytes, and in more of them each time.
     unsigned int last = std::min(n, 3U); // bytes of the most frequent escapes
-    for (;;) {
+    for (bool isFirst = true;; isFirst = false) {
         CSWalk walk;
         if (ccs_CloseWalk == nullptr || !BeginOwnWalk(&walk, src, cs))
             return TruncateClosedByService(src, n, cs, out);
         Clear(out);
         Pass(&walk, n - last, out);
-        if (const size_t left = strnlen(walk.at, n - out->kept); left != 0)
-            PassMore(&walk, n, left, out);
+        const size_t left = strnlen(walk.at, n - out->kept);
+        if (isFirst && Fits(*out, n) && !MaySwitch(walk.at, left))
+            Pass(&walk, n - out->kept - static_cast<unsigned int>(out->escapes), out);
+        else
+            PassMore(&walk, n, out);
         if (Fits(*out, n))
             return;
         const auto escapes = static_cast<unsigned int>(std::max(out->escapes, 0));
