@@ -310,12 +310,6 @@ void SetShift(Walk *walk, char shift)
     walk->next = shift == 0 ? Walk::Next::any : Walk::Next::rawByte;
 }
 
-// Whether the single shift at `at`, which is a unit by itself, makes the next byte raw.
-bool MakesRaw(const State &state, const View &view, SingleShift shift, const char *at, size_t avail)
-{
-    return (view.escapes || Byte(at) != kEsc) && ShiftsToRaw(state, shift, at, avail);
-}
-
 // The segment at `at`, which begins with a unit of any kind.
 Unit SegmentOf(Walk *walk, const char *at, size_t avail)
 {
@@ -328,7 +322,7 @@ Unit SegmentOf(Walk *walk, const char *at, size_t avail)
     const SingleShift shift = view.shifts ? SingleShiftAt(at, avail) : SingleShift{0, 0};
     if (shift.length == 0)
         return Switch(walk, at, first.length);
-    if (MakesRaw(walk->state, view, shift, at, avail))
+    if ((view.escapes || Byte(at) != kEsc) && ShiftsToRaw(walk->state, shift, at, avail))
         SetShift(walk, at[shift.length - 1]);
     return first;
 }
@@ -371,15 +365,15 @@ Unit KnownSegment(Walk *walk, const char *at, size_t avail)
 }
 
 // Whether the last sequence is a single shift right before `at` that would make a letter raw.
-[[gnu::cold]] bool MakesLetterRaw(const Walk &walk, const char *at)
+[[gnu::cold]] bool MakesLetterRaw(Walk walk, const char *at)
 {
     const auto length = static_cast<size_t>(at - walk.sequence);
-    if (length > 2 || !walk.Current().view.shifts)
+    if (length > 2)
         return false;
     const char bytes[] = {walk.sequence[0], length == 2 ? walk.sequence[1] : kLetter, kLetter};
-    const SingleShift shift = SingleShiftAt(bytes, length);
-    return shift.length == length &&
-           MakesRaw(walk.state, walk.Current().view, shift, bytes, length + 1);
+    walk.next = Walk::Next::any;
+    return NextSegment(&walk, bytes, length + 1).length == length &&
+           walk.next == Walk::Next::rawByte;
 }
 
 } // namespace
