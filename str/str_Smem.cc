@@ -3,6 +3,7 @@
 // The work area, where a server gathers the tables of all sets, and its image in shared memory,
 // from which every other process reads them.
 #include "str/core/case_record.h"
+#include "str/core/closing.h"
 #include "str/core/exclusive.h"
 #include "str/core/frame.h"
 #include "str/core/registry.h"
@@ -124,7 +125,7 @@ bool Scan(int32_t companion, void *csTable)
         },
         [&] {
             if (directory != nullptr)
-                os_closedir(directory);
+                AbandonDirectory(directory);
         });
 }
 

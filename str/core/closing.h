@@ -9,16 +9,27 @@
 namespace libstr
 {
 
-// Closes a stream whose contents no longer matter, for a handler: after an escape of os_fclose a
-// second call closes it.
-inline void Abandon(FILE *stream)
+// Closes, for a handler, what it no longer matters to keep: after an escape of the first call a
+// second one closes it.
+template <class Close>
+void AbandonBy(Close &&close)
 {
     bool isOpen = true;
     for (int tries = 0; isOpen && tries < 2; ++tries)
         frame::Disregard([&] {
-            os_fclose(stream);
+            close();
             isOpen = false;
         });
+}
+
+inline void Abandon(FILE *stream)
+{
+    AbandonBy([&] { os_fclose(stream); });
+}
+
+inline void AbandonDirectory(void *directory)
+{
+    AbandonBy([&] { os_closedir(directory); });
 }
 
 } // namespace libstr
