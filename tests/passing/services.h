@@ -5,6 +5,7 @@
 #ifndef TESTS_PASSING_SERVICES_H
 #define TESTS_PASSING_SERVICES_H
 
+#include <climits>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -14,9 +15,12 @@ namespace passing
 {
 
 // The call after so many more raises an escape of that class and does nothing; class 0: none does.
+// So does the one after `again` more, or every later one.
+inline constexpr int kNever = INT_MAX, kAlways = -1;
 struct Failure {
     int callsLeft = 0, escapeClass = 0;
-    std::string failed; // the function that did raise it
+    std::string failed; // the functions that did raise it
+    int again = kNever;
 };
 extern Failure failure;
 

@@ -145,9 +145,8 @@ class EveryCall : public CaseTableTest
                     home.Read("toupper/100.b") == home.Read("toupper/101.b"));
         str_FreeCTEntry(&theRecord);
         ReleaseTables();
-        EXPECT_TRUE(held.open.empty() || failure.failed == "os_fclose");
-        for (const void *const stream : std::exchange(held.open, {})) // could not be closed
-            std::fclose(static_cast<FILE *>(const_cast<void *>(stream)));
+        EXPECT_TRUE(held.open.empty());
+        held.open.clear();
         EXPECT_EQ(held.locks, 0);
         return code;
     }
@@ -178,29 +177,39 @@ std::set<std::string> Ends(const Work &work, const std::string &call, int escape
     return ends;
 }
 
-TEST_F(EveryCall, MayRaiseAnEscapeAndTheNextIsRight)
+// Once, from then on, or twice: the second may be raised while the work recovers from the first.
+TEST_F(EveryCall, MayRaiseEscapesAndTheNextIsRight)
 {
     for (const Work &work : kWorks) {
         EXPECT_EQ(Run(work), 0) << work.name;
         EXPECT_EQ(Run(work), 0) << work.name;
         const std::string right = theAnswer;
         const size_t blocks = held.blocks.size();
+        const auto countFailures = [&](int escapeClass, int calls, int again) {
+            failure = {calls, escapeClass, "", again};
+            const int code = Run(work);
+            SCOPED_TRACE(work.name + " "s + failure.failed + " " + std::to_string(calls));
+            std::set<std::string> ends;
+            size_t failures = 0;
+            std::istringstream failed(failure.failed);
+            for (std::string call; failed >> call; ++failures)
+                ends.merge(Ends(work, call, escapeClass, right));
+            if (failures > 1 && work.without == kHalf)
+                ends.insert(kText); // without the second table either
+            EXPECT_TRUE(code == 0 || code == passing::kCode);
+            EXPECT_TRUE(ends.empty() || ends.count(code == 0 ? theAnswer : kEscape) != 0 ||
+                        (ends.count("*") != 0 && theAnswer != right))
+                << theAnswer;
+            EXPECT_EQ(held.blocks.size(), blocks) << "a leak";
+            EXPECT_EQ(Run(work), 0);
+            EXPECT_EQ(theAnswer, right);
+            return failures;
+        };
         for (const int escapeClass : {3, 5})
-            for (int calls = 0;; ++calls) {
-                failure = {calls, escapeClass, ""};
-                const int code = Run(work);
-                const std::string call = failure.failed;
-                if (call.empty())
-                    break;
-                SCOPED_TRACE(work.name + " "s + call + " " + std::to_string(calls));
-                const auto ends = Ends(work, call, escapeClass, right);
-                EXPECT_TRUE(code == 0 || code == passing::kCode);
-                EXPECT_TRUE(ends.count(code == 0 ? theAnswer : kEscape) != 0 ||
-                            (ends.count("*") != 0 && theAnswer != right))
-                    << theAnswer;
-                EXPECT_EQ(held.blocks.size(), blocks) << "a leak";
-                EXPECT_EQ(Run(work), 0);
-                EXPECT_EQ(theAnswer, right);
+            for (int calls = 0; countFailures(escapeClass, calls, passing::kNever) == 1; ++calls) {
+                countFailures(escapeClass, calls, passing::kAlways);
+                for (int again = 0; countFailures(escapeClass, calls, again) == 2; ++again) {
+                }
             }
     }
 }
