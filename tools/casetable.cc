@@ -71,9 +71,9 @@ void Replace(const fs::path &file, const std::string &bytes)
 void WriteFile(const fs::path &file, const std::string &bytes)
 {
     std::error_code ignored;
-    if (!fs::exists(fs::symlink_status(file, ignored)))
+    if (TypeOf(file, false) == fs::file_type::not_found)
         Replace(file, bytes);
-    else if (fs::is_regular_file(file, ignored))
+    else if (TypeOf(file) == fs::file_type::regular)
         Replace(fs::canonical(file, ignored), bytes);
     else
         WriteInto(file, bytes);
@@ -301,6 +301,16 @@ std::string ReadFile(const fs::path &file)
     std::string bytes(contents, size);
     g_free(contents);
     return bytes;
+}
+
+fs::file_type TypeOf(const fs::path &file, bool followsLinks)
+{
+    std::error_code error;
+    const fs::file_type type =
+        (followsLinks ? fs::status(file, error) : fs::symlink_status(file, error)).type();
+    if (type == fs::file_type::none)
+        Fail(file, error.message());
+    return type;
 }
 
 fs::path CompiledFile(const fs::path &source, const fs::path &directory)

@@ -19,6 +19,10 @@ struct FileError : std::runtime_error {
 // The bytes of a file.  Throws a FileError.
 std::string ReadFile(const std::filesystem::path &file);
 
+// The type of a file, not_found when there is none.  Throws a FileError when that cannot be found
+// out: what is there must not be taken for missing.
+std::filesystem::file_type TypeOf(const std::filesystem::path &file, bool followsLinks = true);
+
 // 12.b for 12.s, in the directory `directory`.
 std::filesystem::path CompiledFile(const std::filesystem::path &source,
                                    const std::filesystem::path &directory);

@@ -94,8 +94,7 @@ std::set<fs::path> SourcesIn(const fs::path &directory)
 void Copy(const fs::path &source, const fs::path &target)
 {
     const std::string bytes = ReadFile(source);
-    std::error_code unknown;
-    if (fs::exists(target, unknown)) {
+    if (TypeOf(target) != fs::file_type::not_found) {
         if (ReadFile(target) != bytes)
             throw FileError(target.string() + ": a different file exists and is left as it is");
         return;
@@ -113,8 +112,7 @@ void Copy(const fs::path &source, const fs::path &target)
 void Compile(const fs::path &source, const fs::path &directory)
 {
     const fs::path compiled = CompiledFile(source, directory);
-    std::error_code unknown;
-    if (fs::exists(compiled, unknown)) {
+    if (TypeOf(compiled) != fs::file_type::not_found) {
         Say("kept", compiled);
         return;
     }
