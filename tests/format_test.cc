@@ -3,12 +3,11 @@
 // Formatting: what printf prints, in every set; malformed formats; text after an argument.
 #include "tests/support/test.h"
 
-#include <array>
 #include <bit>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
-#include <sstream>
+#include <tuple>
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
@@ -52,45 +51,32 @@ std::string RandomText()
     return text;
 }
 
-// With flags that the conversion knows.  `stars` has the numbers of width and precision, or 0.
-std::string RandomDirective(bool positions, int number, const char *size,
-                            const std::string &conversion, std::array<int, 2> stars = {})
-{
-    const auto numbered = [positions](const char *sign, int n) {
-        return sign + (positions ? std::to_string(n) + "$" : "");
-    };
-    const auto isOneOf = [&](const char *all) { return conversion.find_first_of(all) == 0; };
-    std::string text = numbered("%", number);
-    for (const auto &[flag, conversions] :
-         {std::pair{'-', "diouxXceEfgGs"}, std::pair{'0', "diouxXeEfgG"}, std::pair{'+', "dieEfgG"},
-          std::pair{' ', "dieEfgG"}, std::pair{'#', "oxXeEfgG"}})
-        if (Below(4) == 0 && isOneOf(conversions))
-            text += flag;
-    if (stars[0] != 0)
-        text += numbered("*", stars[0]);
-    else if (Below(3) == 0)
-        text += std::to_string(1 + Below(40));
-    if (stars[1] != 0)
-        text += "." + numbered("*", stars[1]);
-    else if (Below(3) == 0 && !isOneOf("c"))
-        text += "." + (Below(4) == 0 ? "" : std::to_string(Below(30)));
-    return text + size + conversion;
-}
-
 // For the arguments: int, long, double, string, width, short, long double, precision, string.
 std::string RandomFormat()
 {
     const bool positions = Below(2) == 0;
-    const std::string integers = "diuoxX", reals = "eEfgG";
-    std::vector<std::string> directives = {
-        RandomDirective(positions, 1, "", OneOf(integers + "cc")),
-        RandomDirective(positions, 2, "l", OneOf(integers)),
-        RandomDirective(positions, 3, "", OneOf(reals)),
-        RandomDirective(positions, 4, "", "s"),
-        RandomDirective(positions, 6, Below(2) == 0 ? "h" : "hh", OneOf(integers), {5, 0}),
-        RandomDirective(positions, 7, "L", OneOf(reals)),
-        RandomDirective(positions, 9, "", "s", {0, 8}),
+    const auto numbered = [=](const char *sign, int number) {
+        return sign + (positions ? std::to_string(number) + "$" : "");
     };
+    const std::tuple<int, std::string, std::string> rows[] = {
+        {1, "", "diuoxXcc"},
+        {2, "l", "diuoxX"},
+        {3, "", "eEfgG"},
+        {4, "", "s"},
+        {6, Below(2) == 0 ? "h" : "hh", "diuoxX"},
+        {7, "L", "eEfgG"},
+        {9, "", "s"}};
+    std::vector<std::string> directives;
+    for (const auto &[number, size, conversions] : rows) {
+        std::string text = numbered("%", number);
+        for (const char flag : "-0+ #"s)
+            text.append(Below(4) == 0, flag);
+        const std::string width = std::to_string(1 + Below(40)),
+                          precision = Below(4) == 0 ? "" : std::to_string(Below(30));
+        text += number == 6 ? numbered("*", 5) : Below(3) == 0 ? width : "";
+        text += number == 9 ? "." + numbered("*", 8) : Below(3) == 0 ? "." + precision : "";
+        directives.push_back(text + size + OneOf(conversions));
+    }
     if (positions)
         std::shuffle(directives.begin(), directives.end(), theRandom);
     std::string format;
@@ -99,16 +85,20 @@ std::string RandomFormat()
     return format + RandomText();
 }
 
-// Now and then the texts are far longer than all before, so the buffer grows.
+// Now and then the texts are far longer than all before, so the buffer grows.  What is printed may
+// be where the text is written.
 TEST(Print, EqualsSnprintf)
 {
     std::vector<char> expected(1 << 25), room(1 << 25);
     for (int round = 0; round < 100000; ++round) {
         const int growth = std::has_single_bit(static_cast<unsigned int>(round)) ? round : 1;
-        const std::string format = RandomFormat(), second = RandomText();
-        std::string first;
+        std::string texts[] = {RandomFormat(), "", RandomText()}; // the format and two strings
         for (int i = 0; i < growth; ++i)
-            first += RandomText();
+            texts[1] += RandomText();
+        char *place = room.data() + Below(100);
+        const char *at[3];
+        for (size_t i = 0; i < 3; place += texts[i++].size() + 1 + Below(100))
+            at[i] = round % 2 == 0 ? texts[i].c_str() : std::strcpy(place, texts[i].c_str());
         const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
         const int byte = static_cast<int>(theRandom() | 1), half = static_cast<int>(theRandom());
         const int width = byte % 50 * growth, precision = static_cast<int>(Below(60)) - 20;
@@ -116,12 +106,12 @@ TEST(Print, EqualsSnprintf)
         const double real = std::ldexp(Below(1000000), static_cast<int>(Below(60)) - 40);
         const long double longReal = round < 64 ? 1e4000L : static_cast<long double>(real) / 3;
         const auto print = [&](auto function, auto... destination) {
-            return function(destination..., format.c_str(), byte, number, real, first.c_str(),
-                            width, half, longReal, precision, second.c_str());
+            return function(destination..., at[0], byte, number, real, at[1], width, half, longReal,
+                            precision, at[2]);
         };
         const int length = print(std::snprintf, expected.data(), expected.size());
-        ASSERT_EQ(print(str_simplesprintf, &cs, room.data()), length) << format;
-        ASSERT_STREQ(room.data(), expected.data()) << format;
+        ASSERT_EQ(print(str_simplesprintf, &cs, room.data()), length) << texts[0];
+        ASSERT_STREQ(room.data(), expected.data()) << texts[0];
     }
 }
 
@@ -140,8 +130,7 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         {Printed("UTF8", "%3$d%d%1$d", 1, 2, 3), "231"}, // a position sets the number
         {Printed("UTF8", "100%% %d%%%d", 1, 2), "100%% 1%%2"},
         {Printed("UTF8", "%d$ %s$%%$%d", 5, "x", 6), "5$ x$%%$6"}, // a '$' that is text
-        {Printed("UTF8", "%1$*1$d", 3), "  3"}, // one int, used twice
-        {Printed("UTF8", "%1$d %2$*1$d", 3, 7), "3   7"}, // by two directives
+        {Printed("UTF8", "%1$*1$d %2$*1$d", 3, 7), "  3   7"}, // one int, by two directives
         {Printed("UTF8", "%.*s|%*s|", INT_MAX, "a", INT_MIN + INT_MAX - 2, "b"), "a|b  |"},
         {Printed("UTF8", "%s|%.5s|%8s|%.6s", none, none, none, none), "(null)||  (null)|(null)"},
         {Printed("UTF8", "a%cb%3cc%-3cd", 0, 0, 0), "ab  cd"}, // up to the NUL
@@ -154,6 +143,8 @@ TEST(Print, TakesWhatItIsPassedAsPrintfDoes)
         {Printed("EUC-JP", "%d\x1B(I%d", 5), "5\x1B(I%d"}, // what switches sets
         {Printed("EUC-JP", "%d\x0E%d", 5), "5\x0E%d"},
         {Printed("EUC-JP", "%\x0F" "d", 5), "%\x0F" "d!"},
+        {Printed("T.61", "%x%#x", 10, 11), "a%#x!"}, // what varies is not ASCII
+        {Printed("ISO-2022-JP", "%x%#x", 10, 11), "a0xb"},
         {Printed("ISO-2022-JP", "[%-5s]", "\x1B$BF|F|"), "[\x1B$BF|F|\x1B(B]"},
         {Printed("UTF8", "%.4s|%.3s|%-4.2s|", "\xC3\xA9\xE6\x97\xA5", "\xE6\x97\xA5", "\u65E5"),
          "\xC3\xA9|\xE6\x97\xA5|    |"}, // no character is cut
@@ -194,38 +185,6 @@ TEST(Print, WritesToStreams)
     std::fclose(full);
 }
 
-// The format and the strings may be where the text is written, long ones too.
-TEST(Print, TakesTextFromItsDestination)
-{
-    for (int round = 0; round < 2000; ++round) {
-        std::string room(8000, '\0'), expected(8000, '\0');
-        for (size_t i = 0; i < 2000; ++i)
-            room[i] = Below(400) == 0 ? '\0' : static_cast<char>('a' + Below(26));
-        const char format[] = "<%s,%4s,%s>";
-        char *const dest = room.data(), *const at = dest + Below(3000);
-        std::copy(std::begin(format), std::end(format), at);
-        const char *const strings[] = {dest + Below(1000), dest + Below(1000), dest + Below(1000)};
-        const int length = std::snprintf(expected.data(), expected.size(), format, strings[0],
-                                         strings[1], strings[2]);
-        const CSDescriptor cs = DescriptorOf(kWalkedSets[Below(std::size(kWalkedSets))]);
-        ASSERT_EQ(str_simplesprintf(&cs, dest, at, strings[0], strings[1], strings[2]), length);
-        ASSERT_STREQ(dest, expected.c_str());
-    }
-}
-
-// So such a format is not divided.  What varies is, and then it may cut a directive.
-TEST(Print, FormatsOfSetsWithEscapesBeginInAscii)
-{
-    std::string format;
-    for (char byte = 1; byte < 0x7F; ++byte)
-        if (std::strchr("\x0E\x0F\x1B#$@[\\]^`{|}~", byte) == nullptr)
-            format += byte;
-    for (const char *const set : {"ISO-2022-JP", "ISO-2022-KR", "T.61"})
-        EXPECT_EQ(ReadSlowly(set, format), "6x" + std::to_string(format.size()));
-    EXPECT_EQ(Printed("T.61", "%x%#x", 10, 11), "a%#x!");
-    EXPECT_EQ(Printed("ISO-2022-JP", "%x%#x", 10, 11), "a0xb");
-}
-
 // ---- Arguments in other sets -----------------------------------------------------------------
 
 bool HoldsAscii(uint16_t kind)
@@ -240,16 +199,12 @@ using Characters = std::vector<std::pair<uint16_t, char>>;
 
 Characters Said(const char *set, const std::string &text)
 {
+    const CSDescriptor cs = DescriptorOf(set);
     Characters said;
-    std::istringstream segments(ReadSlowly(set, text));
-    size_t at = 0;
-    for (std::string segment; segments >> segment;) {
-        const auto kind = static_cast<uint16_t>(std::atoi(segment.c_str()));
-        const size_t end = at + std::stoul(segment.substr(segment.find('x') + 1));
-        for (; at < end; ++at)
-            if (segment[0] != '-')
-                said.emplace_back(HoldsAscii(kind) && text[at] >= 0 ? 6 : kind, text[at]);
-    }
+    int count = 0;
+    for (const auto *at = ccs_GetRealStrs(&cs, text.c_str(), -1, &count); --count > 0; ++at)
+        for (const char byte : std::string_view(at->text, at->length))
+            said.emplace_back(HoldsAscii(at->kind) && byte >= 0 ? 6 : at->kind, byte);
     return said;
 }
 

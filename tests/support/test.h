@@ -151,6 +151,9 @@ inline std::string WithUs(std::string text)
 // The code points of the bytes, nothing when iconv cannot read them whole.
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes);
 
+// The UTF-8 text folded character by character; a byte of none stays.
+std::string Folded(std::string_view text);
+
 // A slow and obvious reader of ISO 2022 text, byte by byte.  Returns the segments of `bytes`, read
 // as a string of the named set with or without escapes.  Knows the sets of kCodes.
 std::string ReadSlowly(const std::string &set, std::string_view bytes, bool escapes = true);

@@ -99,6 +99,19 @@ std::optional<std::u32string> Decode(const char *iconvName, std::string_view byt
     return text;
 }
 
+std::string Folded(std::string_view text)
+{
+    std::string folded;
+    for (int size = 1; !text.empty(); text.remove_prefix(static_cast<size_t>(size))) {
+        const gunichar c = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+        size = c < 0x80000000 ? g_unichar_to_utf8(c, nullptr) : 1;
+        gchar *const form = c < 0x80000000 ? g_utf8_casefold(text.data(), size) : nullptr;
+        folded += form == nullptr ? std::string(text.substr(0, 1)) : form;
+        g_free(form);
+    }
+    return folded;
+}
+
 namespace
 {
 
