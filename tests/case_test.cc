@@ -4,7 +4,6 @@
 // slow and obvious lookup, and at the edges.
 #include "services/ccs/sets.h"
 #include "tests/support/casetable.h"
-#include "tests/support/samples.h"
 
 #include <glib.h>
 
@@ -71,21 +70,6 @@ TEST_F(CaseConversion, GivesTheSimpleUpperCaseOfEveryCharacterOfEverySet)
             }
             EXPECT_NE(all, allUpper) << set.name;
             EXPECT_EQ(Upper(all, DescriptorOf(set.name)), allUpper) << set.name;
-        }
-}
-
-TEST_F(CaseConversion, OfSamplesIsWhatGLibMakesOfTheCharacters)
-{
-    for (const Sample &sample : kSamples)
-        if (const char *const iconv = IconvNameOf(sample); iconv != nullptr) {
-            const CSDescriptor cs = {DescriptorOf(sample.set).csNum, 1}; // may switch sets
-            const std::u32string text = *Decode(iconv, sample.bytes);
-            const auto *const characters = reinterpret_cast<const gunichar *>(text.c_str());
-            gchar *const utf8 = g_ucs4_to_utf8(characters, -1, nullptr, nullptr, nullptr);
-            gchar *const upper = g_utf8_strup(utf8, -1);
-            EXPECT_TRUE(Decode(iconv, Upper(sample.bytes, cs)) == Decode("UTF-8", upper)) << upper;
-            g_free(upper);
-            g_free(utf8);
         }
 }
 
@@ -202,12 +186,11 @@ TEST_F(CaseConversion, OfATextIsThatOfItsSegments)
 {
     std::mt19937 random(TestSeed());
     // The shipped tables; one that makes texts longer, and one that makes them shorter.
-    for (const std::string rules : {"", "6.s z=ZZ a=A b=B", "103.s \\xC8u=U \\xC2Z=V"}) {
-        if (!rules.empty()) {
-            const size_t name = rules.find(' ');
-            home.Write("toupper/" + rules.substr(0, name), "T C x\n" + rules.substr(name + 1));
-            home.Remove("toupper/" + rules.substr(0, name - 1) + "b");
-        }
+    for (const auto &[name, rules] : {std::pair{"toupper/none."s, ""},
+                                      {"toupper/6.", "z=ZZ a=A b=B"},
+                                      {"toupper/103.", "\\xC8u=U \\xC2Z=V"}}) {
+        home.Write(name + "s", "T C x\n"s + rules);
+        home.Remove(name + "b");
         ReleaseTables();
         for (int round = 0; round < 3000; ++round) {
             ccs_SetInfo set;

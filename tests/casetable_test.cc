@@ -241,16 +241,16 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     EXPECT_EQ(str_ReadStrToWkArea(0, nullptr), 0) << "no directory";
 }
 
-// Looks up every byte of every table, with a trail that no lead has and so all are compared with.
+// Looks up every byte in every table, with a trail that no lead has and so all are compared with.
 void LookUpAll()
 {
-    for (const CaseTableRecord *record = pCaseTabs; record != pCaseTabs + NumCaseTabs; ++record)
-        for (unsigned int byte = 0; byte < 256; ++byte) {
-            const uint8_t in[] = {static_cast<uint8_t>(byte), 0x1F};
-            uint8_t out[2];
-            int written = 0;
-            str_UpShiftChar(in, 2, record, out, &written);
-        }
+    unsigned char bytes[512];
+    for (unsigned int i = 0; i < sizeof bytes; ++i)
+        bytes[i] = i % 2 == 0 ? static_cast<unsigned char>(i / 2) : 0x1F;
+    for (int32_t i = 0; i < NumCaseTabs; ++i) {
+        unsigned int used = 0, capacity = 0;
+        str_UpShift(bytes, sizeof bytes, &pCaseTabs[i], nullptr, &used, &capacity);
+    }
 }
 
 TEST_F(CaseTables, AnImageThatIsHeldRightCanBeReadWhateverItSays)

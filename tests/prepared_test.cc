@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is prepared for a case table changes no result: beside byte maps without an index, and
-// beside copies of the records, for which nothing is prepared.
-#include "str/core/comparison.h"
+// What is prepared for a case table: beside byte maps without an index, and never of other arrays.
+#include "str/core/prepared.h"
 #include "tests/support/casetable.h"
 
-#include <array>
-#include <filesystem>
 #include <numeric>
 #include <thread>
 #include <utility>
@@ -82,43 +79,6 @@ std::string Upper(const std::string &text, const CaseTableRecord *record)
     const auto length = static_cast<int>(text.size());
     const auto *const upper = str_UpShift(in, length, record, nullptr, &used, &capacity);
     return {upper, upper + used};
-}
-
-auto Order(const std::string &a, const std::string &b, int limit, const CaseTableRecord *record)
-{
-    const auto judge = [](auto x, auto y) { return std::memcmp(x.bytes, y.bytes, 2); };
-    const Run runs[] = {{a.data(), a.size()}, {b.data(), b.size()}};
-    const RunResult result = CompareRunInUpperCase(runs[0], runs[1], limit, record, judge);
-    return std::tuple(result.order, result.bytes1, result.bytes2, result.chars);
-}
-
-TEST_F(PreparedTables, GiveTheSameAsTheirRecords)
-{
-    std::filesystem::copy(STR_DATA_DIR "/toupper", home.PathOf("toupper"));
-    ccs_SetInfo set;
-    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
-        str_InitCaseTables(std::array{CSDescriptor{set.number, 0}}.data());
-    std::mt19937 random(TestSeed());
-    for (const CaseTableRecord *record = pCaseTabs; record != pCaseTabs + NumCaseTabs; ++record) {
-        const CaseTableRecord copy = *record;
-        ASSERT_TRUE(prepared::Find(record) != nullptr && prepared::Find(&copy) == nullptr);
-        std::string all; // the pairs that have another upper case
-        for (unsigned pair = 0; pair < 0x10000; ++pair) {
-            const std::string two = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
-            ASSERT_EQ(Upper(two, record), Upper(two, &copy)) << record->CharSetName << pair;
-            all += Upper(two, &copy) == two ? "" : two;
-        }
-        for (unsigned round = 0; round < 3000; ++round) {
-            std::string a;
-            while (a.size() < round % 150)
-                a += random() % 8 ? all.substr(random() % all.size(), 2) : "\xC2";
-            std::string b = random() % 2 ? Upper(a, &copy) : a;
-            b.resize(random() % 2 ? b.size() : random() % 150, b.c_str()[0]);
-            const int limit = random() % 2 ? kNoLimit : static_cast<int>(random() % 99);
-            ASSERT_EQ(Upper(a, record), Upper(a, &copy));
-            ASSERT_EQ(Order(a, b, limit, record), Order(a, b, limit, &copy));
-        }
-    }
 }
 
 TEST_F(PreparedTables, ServeNoOtherArrays)
