@@ -2,12 +2,10 @@
 //
 // Upper case of texts: by the shipped case tables beside iconv and GLib, by random tables beside a
 // slow and obvious lookup, and at the edges.
-#include "services/ccs/sets.h"
 #include "tests/support/casetable.h"
+#include "tests/support/samples.h"
 
 #include <glib.h>
-
-using namespace libstr;
 
 namespace
 {
@@ -35,41 +33,18 @@ TEST_F(CaseConversion, ShippedTablesAreWhatTheirGeneratorWrites)
     EXPECT_EQ(std::system((diff + STR_DATA_DIR "/toupper " + anew).c_str()), 0);
 }
 
-// The codes of a set's characters, as iconv reads them.  Two bytes have the top bits of `half`.
-std::map<char32_t, std::string> CodesOf(const ccs::SetRow &set, unsigned half)
+TEST_F(CaseConversion, OfSamplesIsWhatGLibMakesOfTheCharacters)
 {
-    std::map<char32_t, std::string> codes;
-    const bool isMarked = set.units == ccs::Units::marked;
-    for (unsigned code = 0x21; code < (isMarked || set.bytes == 2 ? 0x10000 : 0x100); ++code) {
-        if (code < 0x100 ? set.right == 0 && code >= 0x80 : !isMarked && (code & 0x8080) != half)
-            continue;
-        std::string bytes = {static_cast<char>(code >> 8), static_cast<char>(code)};
-        bytes.erase(0, code < 0x100 ? 1 : 0);
-        std::string coded = set.reading.before + bytes;
-        for (char &byte : coded)
-            byte = static_cast<char>(byte | set.reading.bits);
-        const auto character = Decode(set.iconv == nullptr ? set.reading.code : set.iconv, coded);
-        if (character && character->size() == 1)
-            codes.emplace(character->front(), bytes);
-    }
-    return codes;
-}
-
-TEST_F(CaseConversion, GivesTheSimpleUpperCaseOfEveryCharacterOfEverySet)
-{
-    for (const ccs::SetRow &set : ccs::kSets)
-        for (const unsigned half : {0U, 0x8080U}) {
-            if ((set.flags & CS_FLAG_CASE) == 0 || (set.bytes == 1 && half != 0))
-                continue;
-            const auto codes = CodesOf(set, half);
-            std::string all, allUpper;
-            for (const auto &[c, code] : codes) {
-                const auto upper = codes.find(static_cast<char32_t>(g_unichar_toupper(c)));
-                all += code;
-                allUpper += upper == codes.end() ? code : upper->second;
-            }
-            EXPECT_NE(all, allUpper) << set.name;
-            EXPECT_EQ(Upper(all, DescriptorOf(set.name)), allUpper) << set.name;
+    for (const Sample &sample : kSamples)
+        if (const char *const iconv = IconvNameOf(sample); iconv != nullptr) {
+            const CSDescriptor cs = {DescriptorOf(sample.set).csNum, 1}; // may switch sets
+            const std::u32string text = *Decode(iconv, sample.bytes);
+            const auto *const characters = reinterpret_cast<const gunichar *>(text.c_str());
+            gchar *const utf8 = g_ucs4_to_utf8(characters, -1, nullptr, nullptr, nullptr);
+            gchar *const upper = g_utf8_strup(utf8, -1);
+            EXPECT_TRUE(Decode(iconv, Upper(sample.bytes, cs)) == Decode("UTF-8", upper)) << upper;
+            g_free(upper);
+            g_free(utf8);
         }
 }
 
