@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sample text for every set of the table, read by the service and, independently, by iconv.
+// The table of sets and the ISO 2022 engine: samples of every set beside iconv, and random text,
+// which is often bad or cut off, beside a slow reader.
 #include "tests/support/samples.h"
 
 using namespace libstr;
@@ -106,6 +107,69 @@ TEST(SetTable, SetsAreEquivalentOnlyWhereTheirBytesMeanTheSame)
                             ReadAlone(set1.number, code) == ReadAlone(set2.number, code))
                     << set1.name << " " << set2.name << " " << byte;
             }
+}
+
+// A limit ends the text as its NUL does; one beyond the NUL changes nothing.
+TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
+{
+    std::mt19937 random(TestSeed());
+    for (int round = 0; round < 40000 && !HasFailure(); ++round) {
+        const char *set = kCodes[random() % std::size(kCodes)];
+        CSDescriptor cs = {6, 6};
+        EXPECT_EQ(ccs_GetCSDescriptor(set, &cs), set == "no such set"s ? 0 : 1);
+        cs.escMode = random() % 4 != 0;
+        const std::string bytes = RandomText(random, round % 8000 == 0 ? 8000 : 14);
+        SCOPED_TRACE(set + std::to_string(cs.escMode) + testing::PrintToString(bytes));
+        const std::string segments = ReadSlowly(set, bytes, cs.escMode != 0);
+        const Guarded text(bytes);
+        const std::string longer = text.c_str() + "F|"s;
+        const auto length = static_cast<int>(longer.size() - 2);
+        EXPECT_EQ(SegmentsOf(cs, text.c_str()), segments);
+        EXPECT_EQ(SegmentsOf(cs, longer.c_str(), length), segments);
+        EXPECT_EQ(SegmentsOf(cs, text.c_str(), length + 1000), segments);
+        str_dispstrlen(text.c_str(), &cs); // reads nothing beyond the text
+    }
+}
+
+// The length, negative where it does not count.
+int NextCharLen(const char *at, unsigned int avail, const CSDescriptor *cs)
+{
+    int length = 4711;
+    const int counts = ccs_GetNextCharLen(at, static_cast<int>(avail), &length, cs);
+    return counts != 0 ? length : -length;
+}
+
+TEST(Engine, LengthServicesNeverCutAUnit)
+{
+    const struct {
+        decltype(&ccs_GetCtrlLen) service;
+        const char *what;
+        uint16_t set;
+        std::string_view bytes;
+        unsigned int avail;
+        int length;
+        // clang-format off
+    } rows[] = {
+        {ccs_GetCtrlLen, "a control sequence that the NUL cuts", 103, "\x1B[3", 9, 0},
+        {ccs_GetCtrlLen, "a malformed one", 103, "\x1B[\n", 9, 1},
+        {ccs_GetCtrlLen, "... without", 13, "\x8E\xB6", 1, 0},
+        {ccs_GetCtrlLen, "SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
+        {ccs_GetCtrlLen, "SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
+        {ccs_GetCtrlLen, "SS2 in seven bits", 1126, "\x1BNa", 3, 2},
+        {ccs_GetT61BaseUnitLen, "malformed UTF-8", 196, "\x97", 1, 1},
+        {ccs_GetT61BaseUnitLen, "... malformed as far as it goes", 196, "\xE0\x80", 2, 1},
+        {NextCharLen, "nothing there", 6, "a", 0, 0},
+        {NextCharLen, "half a character", 87, "\x46", 1, 1},
+        {NextCharLen, "SS2", 13, "\x8E\xB6", 2, -1},
+        {NextCharLen, "... alone", 13, "\x8E", 1, 1},
+        {NextCharLen, "a byte of no set", 4711, "\x46\x7C", 2, 1},
+    };
+    // clang-format on
+    for (const auto &row : rows) {
+        const Guarded text(row.bytes);
+        const CSDescriptor cs = {row.set, 1};
+        EXPECT_EQ(row.service(text.c_str(), row.avail, &cs), row.length) << row.what;
+    }
 }
 
 } // namespace
