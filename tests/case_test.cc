@@ -131,28 +131,16 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
     }
 }
 
-// By copies of the records, for which nothing is prepared.
 std::string UpperBySegments(const std::string &text, const CSDescriptor &cs)
 {
-    CaseTableRecord *table = nullptr, copy;
-    const bool isUniform = (ccs_GetCSFlags(&cs) & CS_FLAG_UNIFORM) != 0;
-    const bool ownForAll = isUniform && str_GetTouTable(&cs, &table) != 0;
     std::string upper;
     int count = 0;
     const CSSegment *at = ccs_GetAllStrs(&cs, text.c_str(), -1, &count);
-    for (const CSSegment *const end = at + count - 1; at != end; ++at) {
+    for (; --count > 0; ++at) {
         const CSDescriptor kind = {at->kind, 0};
-        if (static_cast<int16_t>(at->kind) <= 0 ||
-            (!ownForAll && str_GetTouTable(&kind, &table) == 0)) {
-            upper.append(at->text, at->length);
-            continue;
-        }
-        copy = *table;
-        unsigned int used = 0, capacity = 0;
-        const auto *const bytes = reinterpret_cast<const unsigned char *>(at->text);
-        const auto *const run =
-            str_UpShift(bytes, static_cast<int>(at->length), &copy, nullptr, &used, &capacity);
-        upper.append(run, run + used);
+        const std::string bytes(at->text, at->length);
+        const bool hasCase = (ccs_GetCSFlags(&kind) & CS_FLAG_CASE) != 0;
+        upper += hasCase ? Upper(bytes, kind) : bytes;
     }
     return upper;
 }

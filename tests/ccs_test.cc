@@ -131,44 +131,29 @@ TEST(Engine, AgreesWithTheSlowReaderOnRandomText)
     }
 }
 
-// The length, negative where it does not count.
-int NextCharLen(const char *at, unsigned int avail, const CSDescriptor *cs)
-{
-    int length = 4711;
-    const int counts = ccs_GetNextCharLen(at, static_cast<int>(avail), &length, cs);
-    return counts != 0 ? length : -length;
-}
-
+// What they say of a part of the text holds when more of it is there; 0 says that they need more.
 TEST(Engine, LengthServicesNeverCutAUnit)
 {
-    const struct {
-        decltype(&ccs_GetCtrlLen) service;
-        const char *what;
-        uint16_t set;
-        std::string_view bytes;
-        unsigned int avail;
-        int length;
-        // clang-format off
-    } rows[] = {
-        {ccs_GetCtrlLen, "a control sequence that the NUL cuts", 103, "\x1B[3", 9, 0},
-        {ccs_GetCtrlLen, "a malformed one", 103, "\x1B[\n", 9, 1},
-        {ccs_GetCtrlLen, "... without", 13, "\x8E\xB6", 1, 0},
-        {ccs_GetCtrlLen, "SS3 with half of it", 159, "\x8F\xB0\xA1", 2, 0},
-        {ccs_GetCtrlLen, "SS3 that shifts nothing", 87, "\x8F \x46\x7C", 2, 1},
-        {ccs_GetCtrlLen, "SS2 in seven bits", 1126, "\x1BNa", 3, 2},
-        {ccs_GetT61BaseUnitLen, "malformed UTF-8", 196, "\x97", 1, 1},
-        {ccs_GetT61BaseUnitLen, "... malformed as far as it goes", 196, "\xE0\x80", 2, 1},
-        {NextCharLen, "nothing there", 6, "a", 0, 0},
-        {NextCharLen, "half a character", 87, "\x46", 1, 1},
-        {NextCharLen, "SS2", 13, "\x8E\xB6", 2, -1},
-        {NextCharLen, "... alone", 13, "\x8E", 1, 1},
-        {NextCharLen, "a byte of no set", 4711, "\x46\x7C", 2, 1},
-    };
-    // clang-format on
-    for (const auto &row : rows) {
-        const Guarded text(row.bytes);
-        const CSDescriptor cs = {row.set, 1};
-        EXPECT_EQ(row.service(text.c_str(), row.avail, &cs), row.length) << row.what;
+    std::mt19937 random(TestSeed());
+    for (int round = 0; round < 40000; ++round) {
+        ccs_SetInfo set = {};
+        set.number = 4711; // now and then, which is no set's
+        ccs_GetSetInfo(static_cast<int>(random() % (std::size(ccs::kSets) + 1)), &set);
+        const CSDescriptor cs = {set.number, 1};
+        const std::string bytes = RandomText(random, 4).c_str(); // up to a NUL
+        SCOPED_TRACE(std::to_string(set.number) + testing::PrintToString(bytes));
+        const Guarded text(bytes);
+        const auto size = static_cast<int>(bytes.size());
+        const auto service = (*text.c_str() & 0x60) == 0 ? ccs_GetCtrlLen : ccs_GetT61BaseUnitLen;
+        for (int known = 0, avail = 1; avail <= size + 2; ++avail) {
+            const int length = service(text.c_str(), static_cast<unsigned int>(avail), &cs);
+            ASSERT_TRUE(length >= 0 && length <= std::min(avail, size));
+            ASSERT_TRUE(known == 0 || length == known) << avail;
+            known = length;
+            int next = 4711;
+            ccs_GetNextCharLen(text.c_str(), avail, &next, &cs);
+            ASSERT_TRUE(next <= avail && (next > 0 || size == 0)) << avail;
+        }
     }
 }
 
