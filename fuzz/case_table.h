@@ -9,9 +9,9 @@
 // The program's own home, in which it makes no noise.
 inline const TempHome kHome = (er_SetLogSink([](int, const char *) {}), TempHome());
 
-inline void Demand(bool holds)
+inline void Demand(bool holds, int line = __builtin_LINE())
 {
-    if (!holds)
+    if (!holds && std::fprintf(stderr, "the demand in line %d does not hold\n", line) > 0)
         std::abort();
 }
 
