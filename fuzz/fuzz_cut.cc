@@ -27,20 +27,17 @@ static void CheckTruncation(const Input &input, const char *text)
     Demand(IsBeginning(KindsOf(*cs, part), KindsOf(*cs, input.first)));
 }
 
-// A letter is ASCII after what is closed, except after a part of a character or a sequence.
+// A letter after what is closed is read as at the beginning, and so is what comes before it.
 static std::string CheckClosed(const Input &input, const char *text)
 {
     char *const room = Room(2, input.limit);
     const unsigned int length = str_truncateclosed(room, text, input.limit, &input.cs);
     const std::string written(room, input.limit), closed = written.substr(0, length);
     Demand(written == closed + std::string(input.limit - length, '\0'));
-    const Kinds kinds = KindsOf(input.cs, closed), more = KindsOf(input.cs, closed + "a");
+    Kinds kinds = KindsOf(input.cs, closed);
     Demand(IsBeginning(kinds, KindsOf(input.cs, input.first)) || closed.starts_with(input.first));
-    const bool open = more.size() <= kinds.size() || !IsBeginning(kinds, more) ||
-                      closed.find_last_of("\x8E\x8FNO") + 1 == closed.size();
-    Demand(open || (!kinds.empty() && kinds.back().first == CS_SEG_RAW) ||
-           !(input.flags & (CS_FLAG_ESCAPES | CS_FLAG_ASCII_SUPERSET)) ||
-           IsSame(more.back(), KindsOf(input.cs, "a").back()));
+    kinds.push_back(KindsOf(input.cs, "N").back());
+    Demand(input.plain || KindsOf(input.cs, closed + "N") == kinds);
     return closed;
 }
 
