@@ -103,8 +103,9 @@ unsigned int LongLength(const CSWalk &walk, unsigned int less, unsigned int most
         ccs_MeasureText(&ahead, bytes, SIZE_MAX, &passed);
         return passed.bytes != 0;
     };
-    unsigned int length = std::min(most, 2 * less);
-    for (; length < most && !ends(length); length = std::min(most, 2 * length))
+    const auto twice = [most](unsigned int bytes) { return bytes > most / 2 ? most : 2 * bytes; };
+    unsigned int length = twice(less);
+    for (; length < most && !ends(length); length = twice(length))
         less = length;
     while (length - less > 1) {
         const unsigned int middle = less + (length - less) / 2;
