@@ -30,7 +30,8 @@ std::string Try(const Input &input, const char *text, const char *pattern)
     const CSSegment *list = ccs_GetAllStrs(cs, pattern, -1, &count);
     const int kind = count == 2 ? list->kind : CS_SEG_IGNORE;
     list = ccs_GetAllStrs(cs, text, -1, &count);
-    Demand(count != 2 || str_EquivTypes(list->kind, kind) == 0 || match == matches);
+    Demand(count != 2 || kind == CS_SEG_IGNORE || str_EquivTypes(list->kind, kind) == 0 ||
+           match == matches);
 
     // A US matches what there is in one segment between two places.
     const size_t from = str_truncstrlen(text, input.limit, cs);
