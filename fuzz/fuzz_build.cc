@@ -54,7 +54,8 @@ static std::string CheckFormat(const Input &input, const char *format, const cha
     ptrdiff_t common = std::count_if(table + 1, table + 1 + most,
                                      [type](const auto &record) { return IsCommon(record, type); });
     if (most > 8 || (type != STR_ARG_INT && common != most) ||
-        common != std::count(format, format + input.first.size(), '%'))
+        common != std::count(format, format + input.first.size(), '%') ||
+        (number == 0 && std::strchr(format, 'c') != nullptr)) // which may print a NUL
         return result;
     static int (*const print)(char *, size_t, const char *, ...) = std::snprintf;
     char out[16384];
