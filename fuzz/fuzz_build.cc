@@ -69,6 +69,20 @@ static std::string CheckFormat(const Input &input, const char *format, const cha
     return result;
 }
 
+// Directives anywhere, also in parts of sequences.
+static std::string CheckPrint(const Input &input, const char *first, const char *second)
+{
+    static char room[4096], more[4096];
+    std::string format = input.first + input.second;
+    std::replace(format.begin(), format.end(), '%', '$');
+    format.insert(input.limit % (format.size() + 1), "%.4s");
+    format += input.choice % 2 == 0 ? "%s%-c" : "%1$s%-c";
+    PrintfError = 0;
+    const int size = str_simplesprintf(&input.cs, room, format.c_str(), first, second, first);
+    str_simplesprintf(&input.cs, more, "%s|%.*s", first, input.limit, second);
+    return std::to_string(size) + (size < 0 ? "" : room) + std::to_string(PrintfError) + more;
+}
+
 static std::string CheckTransform(const Input &input, const char *text, const char *specials)
 {
     static const char *const rules[] = {"", nullptr, "ab", "\x1B$B"};
@@ -89,6 +103,6 @@ static std::string CheckTransform(const Input &input, const char *text, const ch
 
 std::string Try(const Input &input, const char *first, const char *second)
 {
-    static constexpr auto kChecks = {CheckJoin, CheckFormat, CheckTransform};
-    return kChecks.begin()[input.choice / 8 % 3](input, first, second);
+    static constexpr auto kChecks = {CheckJoin, CheckFormat, CheckPrint, CheckTransform};
+    return kChecks.begin()[input.choice / 8 % 4](input, first, second);
 }

@@ -72,7 +72,7 @@ static std::string CheckNames(const Input &input, const char *a, const char *b)
         const char *const value = nm_GetFieldMemPtr(a, &name, field, &length);
         Demand(value == nullptr ? length == 0
                                 : value >= a && value + length <= a + input.first.size() &&
-                                      !*t61_ParseO61Str(value, length) == field < NM_T61_FORM);
+                                      !*t61_ParseO61Str(value, length) == (field < NM_T61_FORM));
     }
     return std::to_string(order);
 }

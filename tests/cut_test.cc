@@ -233,14 +233,6 @@ void CheckJoin(const CSDescriptor &cs, const std::string &first, const std::stri
                                       !back.empty() && back.front().first == kAscii);
     const std::string between = escapes == nullptr ? "" : escapes;
     ASSERT_EQ(length, switches ? static_cast<int>(between.size()) : 4711);
-    for (const size_t n : {size_t{0}, second.size() / 2, second.size(), second.size() + 9}) {
-        const std::string expected = first + between + second.substr(0, n);
-        const Guarded room(expected.size() + 1);
-        std::strcpy(room.data(), first.c_str());
-        ASSERT_EQ(n > second.size() ? str_strcat(room.data(), second.c_str(), &cs)
-                                    : str_strncat(room.data(), second.c_str(), n, &cs),
-                  expected);
-    }
     const std::string segments = SegmentsOf(cs, first.c_str());
     const bool endsEscape = segments[segments.rfind(' ') + 1] == '-';
     const bool isNoticed = last != CS_SEG_RAW && (!endsEscape || last != kAscii);

@@ -109,19 +109,6 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
     }
 }
 
-TEST(Match, OfUtf8NeedsTextThatIsWellFormed)
-{
-    const auto texts = Texts(WithUs("a\xC3\xA9_"), 4, {""});
-    for (const std::string &pattern : texts)
-        for (const std::string &string : texts) {
-            const char *const s = string.c_str(), *const p = pattern.c_str();
-            const bool isValid = g_utf8_validate(s, -1, nullptr) && g_utf8_validate(p, -1, nullptr);
-            ASSERT_EQ(str_utf8USPatternMatch(s, p),
-                      pattern == "\x1F" || (isValid && os_USPatternMatch(s, p)))
-                << testing::PrintToString(s) << testing::PrintToString(p);
-        }
-}
-
 // Text of few bytes, so that pieces are often there in part; in sets that are equivalent or not.
 TEST(Match, OfLongTextIsThatOfASlowOne)
 {

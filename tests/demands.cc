@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a fuzzer of texts demands, of random texts: linked with one, it needs no fuzzing engine.
+#include "tests/support/test.h"
+
+#include <glib.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const char *bytes, size_t size);
+
+namespace
+{
+
+// Of another text, or the same with other case, with directives and with what matches anything.
+std::string Varied(std::mt19937 &random, const std::string &text)
+{
+    const char *const others[] = {"%s", "%.4s", "%-c", "%d", "\x1F", "a", ""};
+    std::string varied = random() % 8 == 0 ? RandomText(random, 20) : text;
+    for (char &byte : varied)
+        if (g_ascii_isalpha(byte) && random() % 4 == 0)
+            byte = static_cast<char>(byte ^ 0x20);
+    for (auto changes = random() % 4; changes > 0; --changes) {
+        const size_t at = random() % (varied.size() + 1);
+        varied.replace(at, random() % 4, others[random() % std::size(others)]);
+    }
+    return varied;
+}
+
+} // namespace
+
+int main()
+{
+    const char *const rounds = std::getenv("STR_TEST_ROUNDS");
+    std::mt19937 random(TestSeed());
+    for (int round = rounds == nullptr ? 20'000 : std::atoi(rounds); round > 0; --round) {
+        std::string input(4, '\0');
+        std::generate(input.begin(), input.end(), random);
+        input[3] = static_cast<char>(input[3] >> random() % 7); // most limits are within the text
+        const std::string text = RandomText(random, 20);
+        input += random() % 2 == 0 ? text : Varied(random, text);
+        input += '\0' + Varied(random, text);
+        LLVMFuzzerTestOneInput(input.data(), input.size());
+    }
+}
