@@ -11,13 +11,14 @@ extern const CSReaders kReaders;
 std::string Try(const Input &input, const char *text, const char *)
 {
     const CSDescriptor cs = input.cs;
-    const bool cut = input.choice % 2 != 0, byColumns = input.choice % 4 > 1;
+    const bool cut = input.choice % 2 != 0, byColumns = input.choice % 4 > 1,
+               wide = input.choice % 16 == 0; // what is sought, which is no byte
     const size_t size = std::min<size_t>(cut ? input.limit : SIZE_MAX, input.first.size());
     const std::string part = input.first.substr(0, size);
     Demand(KindsOf(cs, part) == KindsOf(cs, input.first, static_cast<int>(size)));
     const unsigned int columns = str_dispstrlen(text, &cs);
     const auto byte = static_cast<signed char>(input.limit);
-    const char *const found = str_strchr(text, byte, &cs);
+    const char *const found = str_strchr(text, byte + (wide ? 256 : 0), &cs);
     const std::string said =
         std::to_string(columns) + " " + std::to_string(found == nullptr ? -1 : found - text);
     CSWalk walk;
@@ -58,7 +59,7 @@ std::string Try(const Input &input, const char *text, const char *)
     Demand(at == text + size && bytes == 0);
     Demand(next < count || ccs_NextSegments(&walk, ahead.data(), 1) == 0);
     if (size == input.first.size()) {
-        Demand(found == (cs.escMode == 0 ? std::strchr(text, byte) : first));
+        Demand(found == (cs.escMode == 0 ? std::strchr(text, byte) : wide ? nullptr : first));
         Demand(sum == columns || input.utf8 || (input.plain && cs.escMode == 0));
     }
 

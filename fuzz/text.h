@@ -23,9 +23,6 @@ struct Input {
 // Demands what must hold, and returns what must be the same whichever way texts are read.
 std::string Try(const Input &input, const char *first, const char *second);
 
-// Each byte with its kind, without those of escape sequences.
-using Kinds = std::vector<std::pair<uint16_t, char>>;
-
 inline bool IsSame(const Kinds::value_type &a, const Kinds::value_type &b)
 {
     const CSDescriptor cs = {a.first, 0}, cs2 = {b.first, 0};
@@ -33,16 +30,6 @@ inline bool IsSame(const Kinds::value_type &a, const Kinds::value_type &b)
     return a.second == b.second &&
            (a.first == b.first || ((flags & CS_FLAG_ASCII) && (flags2 & CS_FLAG_ASCII_SUPERSET)) ||
             ((flags2 & CS_FLAG_ASCII) && (flags & CS_FLAG_ASCII_SUPERSET)));
-}
-
-inline Kinds KindsOf(const CSDescriptor &cs, const std::string &text, int length = -1)
-{
-    Kinds kinds;
-    int count = 0;
-    for (const CSSegment *at = ccs_GetAllStrs(&cs, text.c_str(), length, &count); --count > 0; ++at)
-        for (uint32_t i = 0; i < at->length && at->kind != CS_SEG_IGNORE; ++i)
-            kinds.emplace_back(at->kind, at->text[i]);
-    return kinds;
 }
 
 // One of four rooms before a page that must not be touched, mapped once.

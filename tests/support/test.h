@@ -141,6 +141,10 @@ CSDescriptor DescriptorOf(const char *setName);
 std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length = -1);
 std::string Notation(uint16_t kind, unsigned int length);
 
+// Each byte with its kind, without those of escape sequences.
+using Kinds = std::vector<std::pair<uint16_t, char>>;
+Kinds KindsOf(const CSDescriptor &cs, const std::string &text, int length = -1);
+
 // In the rows of tests, _ stands for US.
 inline std::string WithUs(std::string text)
 {

@@ -59,6 +59,15 @@ std::string SegmentsOf(const CSDescriptor &cs, const char *text, int length)
     return segments;
 }
 
+Kinds KindsOf(const CSDescriptor &cs, const std::string &text, int length)
+{
+    Kinds kinds;
+    for (const auto &[at, kind, size] : Listed(ccs_GetRealStrs, cs, text.c_str(), length))
+        for (uint32_t i = 0; i < size; ++i)
+            kinds.emplace_back(kind, at[i]);
+    return kinds;
+}
+
 std::optional<std::u32string> Decode(const char *iconvName, std::string_view bytes)
 {
     gsize size = 0;
