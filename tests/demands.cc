@@ -10,6 +10,8 @@ extern "C" int LLVMFuzzerTestOneInput(const char *bytes, size_t size);
 namespace
 {
 
+constexpr char kOfFormats[] = "%%%%%%**..$$$$0123456789ab:/-+ #'hlLdiouxXceEfgGnPspjzF\x1B(B\xC3";
+
 // Of another text, or the same with other case, with directives and with what matches anything.
 std::string Varied(std::mt19937 &random, const std::string &text)
 {
@@ -35,7 +37,10 @@ int main()
         std::string input(4, '\0');
         std::generate(input.begin(), input.end(), random);
         input[3] = static_cast<char>(input[3] >> random() % 7); // most limits are within the text
-        const std::string text = RandomText(random, 20);
+        std::string text = RandomText(random, 20);
+        if (random() % 4 == 0)
+            std::generate(text.begin(), text.end(),
+                          [&] { return kOfFormats[random() % (sizeof kOfFormats - 1)]; });
         input += random() % 2 == 0 ? text : Varied(random, text);
         input += '\0' + Varied(random, text);
         LLVMFuzzerTestOneInput(input.data(), input.size());

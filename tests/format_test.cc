@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Formatting: what printf prints, in every set; malformed formats; text after an argument.
+// Formatting: what printf prints, in every set; malformed formats.
 #include "tests/support/test.h"
 
 #include <bit>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <tuple>
@@ -185,63 +184,6 @@ TEST(Print, WritesToStreams)
     std::fclose(full);
 }
 
-// ---- Arguments in other sets -----------------------------------------------------------------
-
-bool HoldsAscii(uint16_t kind)
-{
-    const CSDescriptor cs = {kind, 0};
-    return (ccs_GetCSFlags(&cs) & CS_FLAG_ASCII_SUPERSET) != 0;
-}
-
-// What a text says: the bytes of its characters, each with its kind.  ASCII is alike in all sets
-// that hold it.
-using Characters = std::vector<std::pair<uint16_t, char>>;
-
-Characters Said(const char *set, const std::string &text)
-{
-    const CSDescriptor cs = DescriptorOf(set);
-    Characters said;
-    int count = 0;
-    for (const auto *at = ccs_GetRealStrs(&cs, text.c_str(), -1, &count); --count > 0; ++at)
-        for (const char byte : std::string_view(at->text, at->length))
-            said.emplace_back(HoldsAscii(at->kind) && byte >= 0 ? 6 : at->kind, byte);
-    return said;
-}
-
-// Prints the text, which a negative precision does not cut.
-void CheckPrinted(const char *set, const std::string &text, int precision)
-{
-    const CSDescriptor cs = DescriptorOf(set);
-    const bool isWhole = precision < 0;
-    const size_t size = isWhole ? text.size() + 1 : static_cast<size_t>(precision);
-    const Guarded slice(size); // nothing after it may be read
-    std::copy_n(text.c_str(), size, slice.data());
-    std::string printed(1024, '\0');
-    str_simplesprintf(&cs, printed.data(), "[%.*s] done", precision, slice.data());
-    const Characters said = Said(set, printed.c_str()), all = Said(set, text);
-    Characters expected = Said(set, "[] done");
-    const size_t kept = isWhole ? all.size() : std::min(all.size(), said.size() - expected.size());
-    if (const auto &[kind, byte] = said[kept]; byte < 0 && HoldsAscii(kind))
-        return; // the other half may hold another set, and the kind does not say so
-    expected.insert(expected.begin() + 1, all.data(), all.data() + kept);
-    ASSERT_EQ(said, expected) << set << precision << testing::PrintToString(text) << " gives "
-                              << testing::PrintToString(printed.c_str());
-}
-
-// Whole characters, whatever the precision; and what follows reads as written, except where an
-// escape sequence, or half a character, ends a string that is not cut.
-TEST(Print, StringsAndWhatFollowsThemReadAsWritten)
-{
-    for (int round = 0; round < 20000 && !HasFatalFailure(); ++round) {
-        const char *const sets[] = {"ISO-2022-JP", "ISO-2022-KR", "T.61"}, *set = sets[Below(3)];
-        const std::string text = ::RandomText(theRandom, 8).c_str(); // up to a NUL
-        CheckPrinted(set, text, static_cast<int>(Below(static_cast<unsigned>(text.size()) + 1)));
-        const std::string segments = ReadSlowly(set, text);
-        if (segments.empty() || std::isdigit(segments[segments.rfind(' ') + 1]) != 0)
-            CheckPrinted(set, text, -1);
-    }
-}
-
 // ---- The table -------------------------------------------------------------------------------
 
 // The scan of a format, with as many records as it may touch, and what is built from it.
@@ -305,34 +247,6 @@ TEST(Print, TakesAnyTable)
         call.records[3] = other[1];
         call.floats[2] = 2.5F;
         EXPECT_EQ(call.Built(), "a%db2.500000c%s");
-    }
-}
-
-// A value that the table does not ask for shows when it is looked at: a wrong address, a width
-// beyond all others.
-TEST(Print, LooksAtNoArgumentThatWasNotFetched)
-{
-    const std::string bytes = "%%%%%%**..$$$$0123456789ab:/-+ #'hlLdiouxXceEfgGnPspjzF\x1B(B\xC3";
-    for (int round = 0; round < 50000; ++round) {
-        std::string format;
-        int digits = 0;
-        for (auto i = Below(30); i > 0; --i) {
-            const std::string byte = OneOf(bytes);
-            if (byte < "0" || byte > "9" || ++digits < 5) // widths that fit in memory
-                format += byte;
-        }
-        const Guarded guarded(format);
-        Call call(kWalkedSets[Below(std::size(kWalkedSets))], guarded.c_str());
-        char string[] = "\x1B$B$\"";
-        for (int k = 1; k < STR_PARAMETERS; ++k) {
-            const bool used = k <= call.maxParam;
-            const int type = used ? call.records[k].type : STR_ARG_UNUSED;
-            call.ints[k] = type == STR_ARG_INT ? static_cast<int>(Below(100)) - 50 : 150000;
-            call.pointers[k] = type == STR_ARG_STRING ? string : reinterpret_cast<char *>(1);
-        }
-        const std::string built = call.Built();
-        ASSERT_LT(built.size(), 100000U) << format;
-        ASSERT_TRUE(call.maxParam != 0 || built == format) << format;
     }
 }
 
