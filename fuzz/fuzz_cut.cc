@@ -118,11 +118,10 @@ static std::string CheckTruncation(const Input &input, const char *text, const U
     return closed;
 }
 
-static std::string CheckSplit(const Input &input, const char *text, const Units &units)
+static std::string CheckSplit(const Input &input, const char *text, const Units &units, int mode,
+                              int limit)
 {
     const CSDescriptor *const cs = &input.cs;
-    const int mode = static_cast<int>(input.choice % 2),
-              limit = input.limit == 255 ? INT_MAX : static_cast<int>(input.limit) - 1;
     char *second = nullptr;
     const auto size = static_cast<unsigned int>(input.first.size());
     unsigned int firstLen = 0, secondLen = 0, expected = SplitPoint(units, mode, limit);
@@ -154,5 +153,9 @@ std::string Try(const Input &input, const char *text, const char *)
     const auto columns = std::count_if(units.begin(), units.end(), std::mem_fn(&Unit::hasWidth));
     const auto shown = input.plain && input.cs.escMode == 0 ? ssize_t(input.first.size()) : columns;
     Demand(input.utf8 || str_dispstrlen(text, &input.cs) == shown);
-    return CheckTruncation(input, text, units) + "|" + CheckSplit(input, text, units);
+    std::string all = CheckTruncation(input, text, units);
+    const int limit = static_cast<int>(input.limit), within = limit % (int(input.first.size()) + 3);
+    for (const int most : {limit == 255 ? INT_MAX : limit, within - 1, within / 2, within / 4, 1})
+        all += CheckSplit(input, text, units, 0, most) + CheckSplit(input, text, units, 1, most);
+    return all;
 }
