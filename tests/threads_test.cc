@@ -2,6 +2,7 @@
 //
 // Every export in many threads at once, from the first use of every set on: each thread gets the
 // answers that one thread alone gets.
+#include "tests/support/calls.h"
 #include "tests/support/casetable.h"
 
 #include <sys/wait.h>
@@ -18,95 +19,10 @@ constexpr int kThreads = 8;
 
 std::atomic<int> theLogs;
 
-const CSDescriptor kMail = DescriptorOf("ISO-2022-JP"), kT61 = DescriptorOf("T.61"),
-                   kUtf8 = DescriptorOf("UTF8"), kEuc = DescriptorOf("EUC-JP");
-constexpr char kText[] = "a \x1B$B\x46\x7C\x4B\x5C\x1B(B bc\n\x1B$B#a#b\x1B(B Re: No. 5",
-               kOther[] = "A \x1B$B\x46\x7C\x4B\x5C\x1B(B BC\n\x1B$B#A#B\x1B(B RE: no. 5",
-               kTele[] = "Ren\xC2\x65 M\xC8uller #", kWide[] = "\xC3\xA9t\xC3\xA9 \xCE\xB1\xCF\x82";
-
-// What one thread works with.
-struct Own {
-    int number;
-    std::string path; // of a compiled table of its own
-    char room[1000];
-    std::string answer;
-
-    void Say(int64_t value) { answer += std::to_string(value) + " "; }
-    void Say(const char *text) { answer += std::string(text == nullptr ? "-" : text) + " "; }
-    char *Room(const char *text) { return std::strcpy(room, text); }
-};
-
-void Compare(Own &own)
+void CallAll(Own &own)
 {
-    own.Say(str_strcmp(kText, kText, &kMail) + 2 * str_strcmp3(kTele, "Re", &kT61, &kMail));
-    own.Say(str_strncmp(kText, kText, 4, &kMail) + 2 * str_strncmp2(kTele, kTele, 4, 4, &kT61));
-    own.Say(str_strnccmp3(kText, "a ", 2, &kMail, &kT61));
-    own.Say(str_strnbcmp3(kText, "a ", 2, 2, &kMail, &kT61));
-    own.Say(str_strucasecmp(kText, kOther, &kMail));
-    own.Say(str_strucasecmp3(kTele, "REN\xC2\x45 m\xC8Uller #", &kT61, &kT61));
-    own.Say(str_strucasecmp(kWide, "\xC3\x89T\xC3\x89 \xCE\x91\xCE\xA3", &kUtf8));
-    own.Say(str_strucasencmp(kText, kOther, 4, &kMail));
-    own.Say(str_strucasencmp2(kTele, kTele, 4, 4, &kT61));
-    own.Say(str_strucasenccmp3(kText, "A ", 2, &kMail, &kT61));
-    own.Say(str_strucasenbcmp3(kText, "A ", 2, 2, &kMail, &kT61));
-    own.Say(str_DoCompareToEnd(kText, kOther, 1, &kMail, &kMail));
-    own.Say(str_DoCompareByByteLen(kText, kOther, 9, 9, 1, &kMail, &kMail));
-    own.Say(str_DoCompareByCharLen(kText, kOther, 9, 1, &kMail, &kMail));
-    own.Say(str_cmpTextStr("Ab", "aB", 1, &kT61, &kMail) < 0 ? -1 : 1);
-    own.Say(str_cmpORName("/S=X/C=gb/", "/S=x/C=GB/", "T.61", 0, "C,S") == 0 ? 1 : 0);
-    own.Say(str_strcasecmpUni("\xC3\xA9", "\xC3\x89", 4));
-}
-
-void Cut(Own &own)
-{
-    unsigned int first = 0, second = 0;
-    int length = 0;
-    char *rest = nullptr;
-    own.Say(str_SplitByDispLen(kText, 4, &rest, &first, &second, &kMail));
-    own.Say(rest);
-    own.Say(str_SplitByDispBytes(kText, 5, &rest, &first, &second, &kMail));
-    own.Say(str_DoSplit(kTele, 0, 3, &rest, &first, &second, &kT61));
-    own.Say(str_FindSplitPoint(kText, 0, 3, &kMail));
-    own.Say(str_CountSSDispChars("abc", 3, 2, &length, &kT61));
-    own.Say(str_CountSSDispBytes("abc", 3, 2, &length, &kT61));
-    own.Say(str_dispstrlen(kText, &kMail) + str_dispstrlen(kTele, &kT61));
-    own.Say(str_GetDispLen("abc", 3, &kT61) + str_utf8DispStrLen(kWide, -1, 0));
-    own.Say(str_truncstrlen(kText, 9, &kMail) + str_FindTruncPt(kTele, 4, &kT61));
-    own.Say(str_truncate(own.room, kText, 24, &kMail, &first));
-    own.Say(str_truncateclosed(own.room, kText, 9, &kMail));
-    own.Say(str_strncpy(own.room, kTele, 40, &kT61));
-    own.Say(str_strlcpy(own.room, kText, 40, &kMail));
-    own.Say(str_strcat(own.Room("a\x1B$BF|"), "b", &kMail));
-    own.Say(str_strncat(own.Room("a\x1B$BF|"), "b", 1, &kMail));
-    own.Say(str_GetEscapes(kText, "b", &kMail, &length));
-    own.Say(str_strchr(kText, 'c', &kMail));
-    own.Say(str_dostrchr("abc", 'c', 3));
-}
-
-void Change(Own &own)
-{
-    int length = 0;
-    unsigned int size = 0;
-    const char *const replacements[] = {"<b>"};
-    for (const auto &[cs, text] : {std::pair{&kMail, kText}, {&kT61, kTele}, {&kUtf8, kWide}})
-        own.Say(str_ToUpper(text, -1, &length, cs));
-    own.Say(str_ToUpperUni(kWide, -1, &length, 4));
-    own.Say(str_TransformUTF8InputStr("a(\\1.x", -1, "(", replacements, ".", '\\', 0, &size));
-    own.Say(str_simplesprintf(&kMail, own.room, "%d %s, %-5s.", own.number, kText, "b"));
-    own.Say(own.room + 1); // after its number
-    own.Say(str_simplesprintf(&kT61, own.room, "%2$s %1$s", kTele, "b"));
-    own.Say(str_simplefprintf(&kMail, stderr, "%n", nullptr));
-    own.Say(str_simpleprintf(&kMail, "%n", nullptr));
-}
-
-void Match(Own &own)
-{
-    for (const char *const pattern : {"\x1F"
-                                      "bc\x1F",
-                                      "\x1FNO. 5", "a\x1F"})
-        own.Say(str_USPatternMatch(kText, pattern, &kMail));
-    own.Say(str_utf8USPatternMatch(kWide, "\xC3\x89\x1F"));
-    own.Say(str_EquivTypes(6, 100));
+    for (size_t i = 0; i < std::size(kCalls); ++i)
+        kCalls[(i + static_cast<size_t>(own.number) * 7) % std::size(kCalls)].call(own);
 }
 
 // The case table of every set, in an order of the thread's own.
@@ -135,13 +51,14 @@ void Tables(Own &own)
 
 void Records(Own &own)
 {
+    const std::string path = "~/toupper/7000" + std::to_string(own.number) + ".b";
     CaseTableRecord record = {}, *array = nullptr;
     int32_t count = 0;
     int16_t index = 0;
-    own.Say(str_CompileCaseTable("~/toupper/103.s", own.path.c_str(), &record));
+    own.Say(str_CompileCaseTable("~/toupper/103.s", path.c_str(), &record));
     own.Say(RulesOf(record).c_str());
     str_FreeCTEntry(&record);
-    own.Say(str_LoadCaseTable(own.path.c_str(), &record) == 1 ? RulesOf(record).c_str() : "");
+    own.Say(str_LoadCaseTable(path.c_str(), &record) == 1 ? RulesOf(record).c_str() : "");
     str_FreeCTEntry(&record);
     own.Say(str_InitControlTable(&index, &array, &count) == array ? index : -1);
     os_free(array);
@@ -167,7 +84,7 @@ void Publish(Own &own)
     str_FreeWkArea();
 }
 
-constexpr void (*kWorks[])(Own &) = {Compare, Cut, Change, Match, Tables, Records, Publish};
+constexpr void (*kWorks[])(Own &) = {CallAll, Tables, Records, Publish};
 
 struct Threads : CaseTableTest {
     Threads()
@@ -180,7 +97,7 @@ struct Threads : CaseTableTest {
 
     static std::string AnswerOf(int number, void (*work)(Own &))
     {
-        Own own = {number, "~/toupper/7000" + std::to_string(number) + ".b", {}, {}};
+        Own own = {number};
         work(own);
         return own.answer;
     }
@@ -252,14 +169,14 @@ TEST_F(Threads, MayAttachAnImageWhileOthersCompare)
 {
     Segment segments[2];
     std::string right;
-    for (void (*const work)(Own &) : {Compare, Change, Tables})
+    for (void (*const work)(Own &) : {CallAll, Tables})
         right += AnswerOf(0, work);
     std::atomic<bool> over = false;
     std::vector<std::thread> threads;
     for (int number = 0; number < kThreads; ++number)
         threads.emplace_back([&, number] {
             while (!over)
-                for (void (*const work)(Own &) : {Compare, Change, Tables})
+                for (void (*const work)(Own &) : {CallAll, Tables})
                     AnswerOf(number, work);
         });
     for (int time = 0; time < 60; ++time) {
@@ -270,7 +187,7 @@ TEST_F(Threads, MayAttachAnImageWhileOthersCompare)
     for (std::thread &thread : threads)
         thread.join();
     std::string found;
-    for (void (*const work)(Own &) : {Compare, Change, Tables})
+    for (void (*const work)(Own &) : {CallAll, Tables})
         found += AnswerOf(0, work);
     EXPECT_EQ(found, right);
 }
@@ -279,7 +196,7 @@ using Children = Threads;
 
 TEST_F(Children, GoOnWhateverOtherThreadsDid)
 {
-    const std::string right = AnswerOf(0, Compare);
+    const std::string right = AnswerOf(0, CallAll);
     std::atomic<bool> over = false;
     std::vector<std::thread> threads;
     for (int number = 1; number < 4; ++number)
@@ -293,7 +210,7 @@ TEST_F(Children, GoOnWhateverOtherThreadsDid)
             alarm(20);
             CaseTableRecord record = {};
             const int loaded = str_LoadCaseTable("~/toupper/103.b", &record);
-            _exit(loaded == 1 && AnswerOf(0, Compare) == right ? 0 : 1);
+            _exit(loaded == 1 && AnswerOf(0, CallAll) == right ? 0 : 1);
         }
         int status = -1;
         EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << time;
