@@ -190,19 +190,6 @@ TEST_F(CaseTables, FilesAreLoadedAsFarAsTheirCountsGoOrRefused)
 
 // ---- Publishing -----------------------------------------------------------------------------
 
-uint32_t records, firstFree, callsLeft; // until the allocator refuses
-int32_t recordCount;
-
-int Publish(char *segment, uint32_t refuse)
-{
-    callsLeft = refuse;
-    firstFree = 4;
-    const auto allocate = [](char *, uint32_t size) {
-        return callsLeft-- == 0 ? 0 : std::exchange(firstFree, firstFree + (size + 3) / 4 * 4);
-    };
-    return str_CopyWorkAreaToSMem(allocate, segment, &records, &recordCount);
-}
-
 TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
 {
     for (const char *other : {"0.s", "13.s.bak", "casetemp", "s", ".s", "15.S", "16", "17.b"})
@@ -211,8 +198,8 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     EXPECT_EQ(str_ReadStrToWkArea(companion, csTable), 1);
     EXPECT_EQ(logged, "23803 case table source ~/toupper/13.s could not be compiled: line 1\n"
                       "200 case table 13.s could not be read\n");
-    EXPECT_EQ(Publish(nullptr, 99), 1);
-    EXPECT_EQ(recordCount, 0);
+    const Image empty(nullptr, 99);
+    EXPECT_TRUE(empty.done == 1 && empty.count == 0);
     home.Write("toupper/100.s", kRich);
     home.Write("toupper/126.s", "T C x\na=A");
     for (uint32_t time = 1; time <= 2; ++time) { // compiled, then loaded
@@ -222,14 +209,16 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     EXPECT_GT(ccs_GetToUpperTable(&kLatin), 2);
     const uint32_t size = 4 + str_TotalWorkArea();
     const Guarded segment(size), elsewhere(size);
-    for (uint32_t refuse = 0; refuse < 12; ++refuse)
-        EXPECT_EQ(Publish(segment.data(), refuse), refuse < 11 ? 0 : 1) << refuse;
+    for (uint32_t refuse = 0; refuse < 11; ++refuse)
+        EXPECT_EQ(Image(segment.data(), size, refuse).done, 0) << refuse;
+    const Image image(segment.data(), size, 11);
+    EXPECT_EQ(image.done, 1);
     str_FreeWkArea();
     EXPECT_EQ(str_TotalWorkArea(), 0U);
     std::memcpy(elsewhere.data(), segment.data(), size);
     std::memset(segment.data(), 0xEE, size);
 
-    str_AttachSMem(records, recordCount, elsewhere.data());
+    str_AttachSMem(image.records, image.count, elsewhere.data());
     ASSERT_EQ(NumCaseTabs, 4);
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(RulesOf(pCaseTabs[i]), pCaseTabs[i].NumLeads == 1 ? kRichRules : "X 61>41");
@@ -239,49 +228,6 @@ TEST_F(CaseTables, AnImageOfEverySetThatHasASourceServesWhereverItIsAttached)
     EXPECT_FALSE(home.Remove("toupper/126.b")) << "nor is a file made";
     os_SetHome(home.PathOf("nowhere").c_str());
     EXPECT_EQ(str_ReadStrToWkArea(0, nullptr), 0) << "no directory";
-}
-
-// Looks up every byte in every table, with a trail that no lead has and so all are compared with.
-void LookUpAll()
-{
-    unsigned char bytes[512];
-    for (unsigned int i = 0; i < sizeof bytes; ++i)
-        bytes[i] = i % 2 == 0 ? static_cast<unsigned char>(i / 2) : 0x1F;
-    for (int32_t i = 0; i < NumCaseTabs; ++i) {
-        unsigned int used = 0, capacity = 0;
-        str_UpShift(bytes, sizeof bytes, &pCaseTabs[i], nullptr, &used, &capacity);
-    }
-}
-
-TEST_F(CaseTables, AnImageThatIsHeldRightCanBeReadWhateverItSays)
-{
-    home.Write("toupper/100.s", kRich);
-    home.Write("toupper/126.s", "T C x\na=A");
-    ASSERT_EQ(str_ReadStrToWkArea(companion, csTable), 1);
-    const uint32_t size = 4 + str_TotalWorkArea();
-    const Guarded segment(size);
-    char *const at = segment.data();
-    ASSERT_EQ(Publish(at, 99), 1);
-    const std::string good(at, size);
-    EXPECT_EQ(str_CheckSMem(records, recordCount, at, size), 1);
-    EXPECT_EQ(str_CheckSMem(records, recordCount + 1, at, records + 2 * 112), 0);
-    EXPECT_EQ(str_CheckSMem(records + 2, recordCount, at, size), 0);
-    EXPECT_EQ(str_CheckSMem(records, recordCount, at + 1, size - 1), 0);
-    for (uint32_t cut = 0; cut + 2 < firstFree; ++cut)
-        EXPECT_EQ(str_CheckSMem(records, recordCount, at, cut), 0) << cut;
-    int held = 0;
-    for (uint32_t place = 0; place + 4 <= size; place += 4)
-        for (const uint32_t word : {0U, 1U, 4U, size - 256, size - 255, size - 3, size - 2, size,
-                                    0x7FFFU, 0x8000U, 0x7FFFFFFFU, 0x80000000U, UINT32_MAX}) {
-            std::memcpy(at, good.data(), size);
-            std::memcpy(at + place, &word, sizeof word);
-            if (str_CheckSMem(records, recordCount, at, size) == 0)
-                continue;
-            ++held;
-            str_AttachSMem(records, recordCount, at);
-            LookUpAll();
-        }
-    EXPECT_GT(held, 100);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a fuzzer of texts demands, of random texts: linked with one, it needs no fuzzing engine.
+// What a fuzzer demands, of random texts or bytes: linked with one, it needs no fuzzing engine.
 #include "tests/support/test.h"
 
 #include <glib.h>
@@ -29,7 +29,8 @@ std::string Varied(std::mt19937 &random, const std::string &text)
 
 } // namespace
 
-int main()
+// With an argument, an input is any bytes.
+int main(int count, char **)
 {
     const char *const rounds = std::getenv("STR_TEST_ROUNDS");
     std::mt19937 random(TestSeed());
@@ -43,6 +44,8 @@ int main()
                           [&] { return kOfFormats[random() % (sizeof kOfFormats - 1)]; });
         input += random() % 2 == 0 ? text : Varied(random, text);
         input += '\0' + Varied(random, text);
+        if (count > 1)
+            std::generate(input.begin(), input.end(), random);
         LLVMFuzzerTestOneInput(input.data(), input.size());
     }
 }

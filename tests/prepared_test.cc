@@ -95,17 +95,13 @@ TEST_F(PreparedTables, ServeNoOtherArrays)
     EXPECT_TRUE(prepared::Find(own) == nullptr && Upper("a", own) == "E");
 
     alignas(4) static char segment[4000];
-    static uint32_t next; // what is free in it
-    const auto allocate = [](char *, uint32_t size) { return std::exchange(next, next + size); };
     for (const std::string upper : {"I", "O"}) { // in the same place
         home.Write("toupper/6.s", "T C x\na=" + upper);
         home.Remove("toupper/6.b");
         str_FreeWkArea();
         str_ReadStrToWkArea(0, nullptr);
-        uint32_t records = next = 4;
-        int32_t count = 0;
-        str_CopyWorkAreaToSMem(allocate, segment, &records, &count);
-        str_AttachSMem(records, count, segment);
+        const Image image(segment, sizeof segment);
+        str_AttachSMem(image.records, image.count, segment);
         const UpShiftTable *found = nullptr;
         std::thread other([&] { found = prepared::Find(pCaseTabs); });
         EXPECT_EQ(Upper("a", pCaseTabs), upper);

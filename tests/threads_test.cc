@@ -71,16 +71,7 @@ void Publish(Own &own)
     own.Say(str_ReadStrToWkArea(ccs_GetSetCount(), numbers.data()) + str_IsDataStale());
     str_TotalWorkArea();
     std::vector<char> segment(1 << 20);
-    thread_local uint32_t used;
-    used = 4;
-    uint32_t records = 0;
-    int32_t count = 0;
-    const auto take = [](char *, uint32_t size) {
-        const uint32_t begin = used;
-        used += (size + 3) / 4 * 4;
-        return used <= 1 << 20 ? begin : 0;
-    };
-    str_CopyWorkAreaToSMem(take, segment.data(), &records, &count);
+    const Image image(segment.data(), segment.size());
     str_FreeWkArea();
 }
 
@@ -143,24 +134,18 @@ TEST_F(Threads, GetTheAnswersOfOne)
 struct Segment {
     std::vector<uint16_t> numbers = std::vector<uint16_t>(static_cast<size_t>(ccs_GetSetCount()));
     std::vector<char> bytes = std::vector<char>(1 << 20);
-    uint32_t records = 0;
-    int32_t count = 0;
+    std::optional<Image> image;
 
     Segment()
     {
         str_ReadStrToWkArea(ccs_GetSetCount(), numbers.data());
-        static uint32_t used;
-        used = 4;
-        const auto take = [](char *, uint32_t size) {
-            return std::exchange(used, used + (size + 3) / 4 * 4);
-        };
-        str_CopyWorkAreaToSMem(take, bytes.data(), &records, &count);
+        image.emplace(bytes.data(), bytes.size());
         str_FreeWkArea();
     }
     void Attach()
     {
         ccs_SetCSTable(ccs_GetSetCount(), numbers.data());
-        str_AttachSMem(records, count, bytes.data());
+        str_AttachSMem(image->records, image->count, bytes.data());
     }
 };
 

@@ -4,12 +4,15 @@
 
 #include "services/services.h"
 
+#include <str/case.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // A new service home with the empty directories toupper and sys.  It goes with all that it holds.
 // Names are those after "~/".
@@ -48,6 +51,27 @@ class TempHome
 
   private:
     std::string path_;
+};
+
+// Puts what is in the work area into a segment, in which it allocates so many blocks at most.
+struct Image {
+    uint32_t records = 0, end = 4; // of what is allocated
+    int32_t count = 0;
+    int done;
+
+    Image(char *segment, size_t size, uint32_t blocks = UINT32_MAX)
+    {
+        static thread_local size_t room, left;
+        static thread_local Image *image;
+        room = size;
+        left = blocks;
+        image = this;
+        const auto allocate = [](char *, uint32_t bytes) -> uint32_t {
+            const uint32_t after = image->end + (bytes + 3) / 4 * 4;
+            return left-- == 0 || after > room ? 0 : std::exchange(image->end, after);
+        };
+        done = str_CopyWorkAreaToSMem(allocate, segment, &records, &count);
+    }
 };
 
 #endif
