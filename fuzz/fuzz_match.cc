@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Patterns: those that are made of a text match it, and others as an obvious matcher says.
+// Patterns: they match as obvious matchers say.
 #include "fuzz/text.h"
+#include "tests/support/meaning.h"
 
 static bool Matches(std::string_view text, std::string_view pattern)
 {
@@ -26,28 +27,6 @@ std::string Try(const Input &input, const char *text, const char *pattern)
     Demand(os_USPatternMatch(text, pattern) == matches);
     Demand(str_USPatternMatch(text, text, cs) == 1);
     const int match = str_USPatternMatch(text, pattern, cs);
-    int count = 0;
-    const CSSegment *list = ccs_GetAllStrs(cs, pattern, -1, &count);
-    const int kind = count == 2 ? list->kind : CS_SEG_IGNORE;
-    list = ccs_GetAllStrs(cs, text, -1, &count);
-    Demand(count != 2 || kind == CS_SEG_IGNORE || str_EquivTypes(list->kind, kind) == 0 ||
-           match == matches);
-
-    // A US matches what there is in one segment between two places.
-    const size_t from = str_truncstrlen(text, input.limit, cs);
-    const size_t to = str_truncstrlen(text, input.limit + input.choice, cs);
-    size_t end = 0;
-    bool apt = !input.plain && count > 1 && list[count - 2].kind != CS_SEG_IGNORE;
-    for (; list->kind != CS_SEG_END; ++list) {
-        apt = apt && list->kind != CS_SEG_RAW &&
-              (list->kind != CS_SEG_IGNORE || end > from || from >= end + list->length);
-        end += end > from ? 0 : list->length;
-    }
-    const std::string own = input.first.substr(0, input.plain ? 0 : from) + '\x1F' +
-                            (apt ? text + (to > end ? from : to) : "");
-    for (const auto &[its, byte] : KindsOf(*cs, own))
-        apt = apt && its != CS_SEG_RAW;
-    if (apt && input.first.find('\x1F') == std::string::npos)
-        Demand(str_USPatternMatch(text, Guarded(own).c_str(), cs) == 1);
+    Demand((match != 0) == Meaning(text, *cs).Matches(Meaning(pattern, *cs)));
     return std::to_string(match);
 }

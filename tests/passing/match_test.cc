@@ -3,66 +3,15 @@
 // Pattern matching beside a slow matcher: what a text says decides, not the escape sequences in it.
 
 #include "tests/passing/services.h"
-#include "tests/support/test.h"
+#include "tests/support/meaning.h"
 
-#include <glib.h>
+#include <set>
 #include <tuple>
 
 namespace
 {
 
 constexpr CSDescriptor kMail = {1001, 1}; // ISO-2022-JP
-
-using Symbol = std::pair<char, uint16_t>; // a byte and its set
-
-bool Alike(const Symbol &a, const Symbol &b)
-{
-    const auto [low, high] = std::minmax(a.second, b.second);
-    if (high >= CS_SEG_IGNORE || low == high || passing::moreFlags == CS_FLAG_ASCII)
-        return high < CS_SEG_IGNORE;
-    return passing::moreFlags == CS_FLAG_UNIFORM && low == 6 && (high == 100 || high == 126);
-}
-
-// A text as it is matched: its bytes with their sets, and a NUL of kind CS_SEG_END.
-struct Meaning {
-    std::string text;
-    std::vector<Symbol> symbols = {};
-    bool isOneSegment = false;
-
-    Meaning(const std::string &bytes, const CSDescriptor &cs) : text(bytes)
-    {
-        int count = 0;
-        const CSSegment *const list = ccs_GetRealStrs(&cs, text.c_str(), -1, &count);
-        for (int i = 0; i < count; ++i)
-            for (unsigned int at = 0; at < list[i].length; ++at)
-                symbols.emplace_back(list[i].text[at], list[i].kind);
-        isOneSegment = count == 2 && list->length == text.size();
-        symbols.emplace_back('\0', CS_SEG_END);
-    }
-
-    // Whether each byte of the pattern matches, from the last on.  Of two US in a row the second
-    // needs a byte that its set can be compared with, unless both texts are one segment.
-    bool Matches(const Meaning &pattern) const
-    {
-        const auto &s = symbols, &p = pattern.symbols;
-        if (text.empty() || pattern.text.empty() || text == pattern.text)
-            return text == pattern.text;
-        const bool strict = !isOneSegment || !pattern.isOneSegment || !Alike(s[0], p[0]);
-        const size_t end = s.size() - 1;
-        std::vector<char> rest(s.size(), 0), row(s.size(), 0); // from which bytes on they match
-        rest[end] = 1;
-        for (size_t j = p.size() - 1; j-- > 0; rest = row)
-            for (size_t i = s.size(); i-- > 0;)
-                if (p[j].first != '\x1F')
-                    row[i] =
-                        i < end && rest[i + 1] && s[i].first == p[j].first && Alike(s[i], p[j]);
-                else
-                    row[i] =
-                        (i < end && row[i + 1]) ||
-                        (rest[i] && (!strict || p[j + 1].first != '\x1F' || Alike(s[i], p[j + 1])));
-        return rest[0] != 0 && end > 0 && p.size() > 1;
-    }
-};
 
 // Every text of up to `most` letters, after each of which there is one of the cuts or the end.
 std::vector<std::string> Texts(const std::string &letters, int most, std::set<std::string> cuts)
@@ -83,6 +32,7 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
         const char *letters;
         std::set<std::string> cuts = {""};
         bool ownWalks = false;
+        uint32_t flags = 0;
     } rows[] = {
         {kMail, "ab", {"", "\x1B(B"}}, // a sequence that changes nothing
         {kMail, "ab", {"", "\x1B(B"}, true},
@@ -90,9 +40,12 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
         {{6, 1}, "a\x0E"},   // the same with a shift
         {{100, 0}, "a\xE9"}, // one set
         {{102, 0}, "a#"},    // two sets
+        {{100, 1}, "a", {"", "\x1B-F", "\x1B)B"}, false, CS_FLAG_UNIFORM},
+        {{100, 1}, "a", {"", "\x1B-F", "\x1B$)B"}, false, CS_FLAG_ASCII},
     };
     for (const auto &row : rows) {
         passing::ownWalks = row.ownWalks;
+        passing::moreFlags = row.flags;
         std::vector<Meaning> patterns;
         for (const std::string &text : Texts(WithUs(row.letters + "_"s), 4, row.cuts))
             patterns.emplace_back(text, row.cs);
@@ -106,39 +59,6 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
                 ASSERT_EQ(str_USPatternMatch(s, p, &row.cs), matches)
                     << row.cs.csNum << testing::PrintToString(s) << testing::PrintToString(p);
             }
-    }
-}
-
-// Text of few bytes, so that pieces are often there in part; in sets that are equivalent or not.
-TEST(Match, OfLongTextIsThatOfASlowOne)
-{
-    const char *const pieces[] = {"a",   "a",      "\x1B-A", "\x1B-F", "\x1B)B", "b",
-                                  "aab", "\x1B$B", "\x1B(B", "\x1B(B", "\xFF"};
-    const CSDescriptor cs = {100, 1};
-    std::mt19937 random(TestSeed());
-    for (const uint32_t flags : {unsigned{CS_FLAG_UNIFORM}, unsigned{CS_FLAG_ASCII}, 0U}) {
-        passing::moreFlags = flags;
-        int matching = 0;
-        for (int round = 0; round < 20'000; ++round) {
-            const size_t choice = random() % 3 == 0 ? 5 : 1 + random() % std::size(pieces);
-            std::string string, more;
-            for (auto left = 1 + random() % 300; left > 0; --left)
-                string += pieces[random() % choice];
-            for (auto left = 1 + random() % 9; left > 0; --left)
-                more += random() % 6 == 0 ? "\x1F" : pieces[random() % choice];
-            const size_t at = random() % string.size();
-            const std::string part = string.substr(at, random() % 20);
-            const std::string patterns[] = {more, "\x1F" + part + "\x1F" + more,
-                                            "\x1F" + part + "\x1F",
-                                            string.substr(0, at) + "\x1F" + part};
-            const Guarded s(string), p(patterns[round % 4]);
-            passing::ownWalks = round % 8 < 4;
-            const bool matches = Meaning(string, cs).Matches(Meaning(p.c_str(), cs));
-            ASSERT_EQ(str_USPatternMatch(s.c_str(), p.c_str(), &cs), matches)
-                << testing::PrintToString(string) << testing::PrintToString(p.c_str());
-            matching += matches;
-        }
-        EXPECT_GT(matching, 1'000);
     }
 }
 
