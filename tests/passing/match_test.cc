@@ -32,7 +32,6 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
         const char *letters;
         std::set<std::string> cuts = {""};
         bool ownWalks = false;
-        uint32_t flags = 0;
     } rows[] = {
         {kMail, "ab", {"", "\x1B(B"}}, // a sequence that changes nothing
         {kMail, "ab", {"", "\x1B(B"}, true},
@@ -40,12 +39,9 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
         {{6, 1}, "a\x0E"},   // the same with a shift
         {{100, 0}, "a\xE9"}, // one set
         {{102, 0}, "a#"},    // two sets
-        {{100, 1}, "a", {"", "\x1B-F", "\x1B)B"}, false, CS_FLAG_UNIFORM},
-        {{100, 1}, "a", {"", "\x1B-F", "\x1B$)B"}, false, CS_FLAG_ASCII},
     };
     for (const auto &row : rows) {
         passing::ownWalks = row.ownWalks;
-        passing::moreFlags = row.flags;
         std::vector<Meaning> patterns;
         for (const std::string &text : Texts(WithUs(row.letters + "_"s), 4, row.cuts))
             patterns.emplace_back(text, row.cs);
@@ -59,6 +55,32 @@ TEST(Match, OfEveryShortTextIsThatOfASlowOneInEveryCut)
                 ASSERT_EQ(str_USPatternMatch(s, p, &row.cs), matches)
                     << row.cs.csNum << testing::PrintToString(s) << testing::PrintToString(p);
             }
+    }
+}
+
+// Text of few bytes, so that pieces are often there in part; in sets that are equivalent or not.
+TEST(Match, OfLongTextIsThatOfASlowOne)
+{
+    const char *const pieces[] = {"a",   "a",      "\x1B-A", "\x1B-F", "\x1B)B", "b",
+                                  "aab", "\x1B$B", "\x1B(B", "\x1B(B", "\xFF"};
+    const CSDescriptor cs = {100, 1};
+    std::mt19937 random(TestSeed());
+    for (int round = 0; round < 60'000; ++round) {
+        const uint32_t flags[] = {CS_FLAG_UNIFORM, CS_FLAG_ASCII, 0};
+        passing::moreFlags = flags[round % 3];
+        passing::ownWalks = round % 8 < 4;
+        const size_t choice = random() % 3 == 0 ? 5 : 1 + random() % std::size(pieces);
+        std::string string, more;
+        for (auto left = 1 + random() % 300; left > 0; --left)
+            string += pieces[random() % choice];
+        for (auto left = 1 + random() % 9; left > 0; --left)
+            more += random() % 6 == 0 ? "\x1F" : pieces[random() % choice];
+        const std::string part = string.substr(random() % string.size(), random() % 20),
+                          end = random() % 2 == 0 ? more : "";
+        const Guarded s(string), p(random() % 4 == 0 ? more : "\x1F" + part + "\x1F" + end);
+        const bool matches = Meaning(string, cs).Matches(Meaning(p.c_str(), cs));
+        ASSERT_EQ(str_USPatternMatch(s.c_str(), p.c_str(), &cs), matches)
+            << testing::PrintToString(string) << testing::PrintToString(p.c_str());
     }
 }
 
