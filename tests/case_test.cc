@@ -131,43 +131,6 @@ TEST_F(CaseConversion, OfARunIsThatOfItsCharacters)
     }
 }
 
-std::string UpperBySegments(const std::string &text, const CSDescriptor &cs)
-{
-    std::string upper;
-    int count = 0;
-    const CSSegment *at = ccs_GetAllStrs(&cs, text.c_str(), -1, &count);
-    for (; --count > 0; ++at) {
-        const CSDescriptor kind = {at->kind, 0};
-        const std::string bytes(at->text, at->length);
-        const bool hasCase = (ccs_GetCSFlags(&kind) & CS_FLAG_CASE) != 0;
-        upper += hasCase ? Upper(bytes, kind) : bytes;
-    }
-    return upper;
-}
-
-TEST_F(CaseConversion, OfATextIsThatOfItsSegments)
-{
-    std::mt19937 random(TestSeed());
-    // The shipped tables; one that makes texts longer, and one that makes them shorter.
-    for (const auto &[name, rules] : {std::pair{"toupper/none."s, ""},
-                                      {"toupper/6.", "z=ZZ a=A b=B"},
-                                      {"toupper/103.", "\\xC8u=U \\xC2Z=V"}}) {
-        home.Write(name + "s", "T C x\n"s + rules);
-        home.Remove(name + "b");
-        ReleaseTables();
-        for (int round = 0; round < 3000; ++round) {
-            ccs_SetInfo set;
-            ccs_GetSetInfo(static_cast<int>(random() % 1000) % ccs_GetSetCount(), &set);
-            if (set.name == "UTF8"s)
-                continue;
-            const CSDescriptor cs = {set.number, 1};
-            const std::string text = RandomText(random, 30).c_str();
-            ASSERT_EQ(Upper(text, cs), UpperBySegments(text, cs))
-                << set.name << testing::PrintToString(text);
-        }
-    }
-}
-
 TEST_F(CaseConversion, LengthsBeyondTheTextMeanTheText)
 {
     for (const char *set : {"ISO-8859-1", "UTF8", "ISO-2022-JP"})
