@@ -186,38 +186,19 @@ TEST(Print, WritesToStreams)
 
 // ---- The table -------------------------------------------------------------------------------
 
-// The scan of a format, with as many records as it may touch, and what is built from it.
-struct Call {
-    const char *format;
-    CSDescriptor cs;
-    Guarded room = Guarded(STR_PARAMETERS * sizeof(ParameterRecord));
-    ParameterRecord *records = reinterpret_cast<ParameterRecord *>(room.data());
-    int maxParam, ints[STR_PARAMETERS] = {};
-    short shorts[STR_PARAMETERS] = {};
-    long longs[STR_PARAMETERS] = {};
-    float floats[STR_PARAMETERS] = {};
-    double doubles[STR_PARAMETERS] = {};
-    long double longDoubles[STR_PARAMETERS] = {};
-    void *pointers[STR_PARAMETERS] = {};
-
-    Call(const char *set, const char *text) : format(text), cs(DescriptorOf(set))
-    {
-        std::fill_n(records, STR_PARAMETERS, ParameterRecord{77, 77, "stale", 77, 77, 77});
-        int count;
-        const CSSegment *segments = ccs_GetAllStrs(&cs, format, -1, &count);
-        PrintfError = 0;
-        maxParam = str_GetParams(&cs, format, segments, count, records);
-    }
-
-    std::string Built()
-    {
-        unsigned int length = 0;
-        const char *text = str_buildpfstring(&cs, &length, format, records, maxParam, shorts, ints,
-                                             longs, floats, doubles, longDoubles, pointers);
-        EXPECT_EQ(text == nullptr ? 0 : strlen(text), length);
-        return text == nullptr ? "" : text;
-    }
-};
+// What is built by the table from zeros; each float is 2.5.
+std::string Built(const char *format, const ParameterRecord *records, uint16_t most)
+{
+    const CSDescriptor cs = DescriptorOf("UTF8");
+    unsigned int length = 0;
+    const auto all = [](auto value) { return std::vector(STR_PARAMETERS, value); };
+    const char *const text =
+        str_buildpfstring(&cs, &length, format, records, most, all(short{}).data(), all(0).data(),
+                          all(0L).data(), all(2.5F).data(), all(0.).data(), all(0.L).data(),
+                          all(static_cast<void *>(nullptr)).data());
+    EXPECT_EQ(text == nullptr ? 0 : strlen(text), length);
+    return text == nullptr ? "" : text;
+}
 
 TEST(Print, StopsAtTheEndOfTheTable)
 {
@@ -226,9 +207,15 @@ TEST(Print, StopsAtTheEndOfTheTable)
         format += "%d,";
         expected += i < STR_PARAMETERS ? "0," : "%d,";
     }
-    Call call("UTF8", format.c_str());
+    const Guarded room(STR_PARAMETERS * sizeof(ParameterRecord));
+    auto *const records = reinterpret_cast<ParameterRecord *>(room.data());
+    const CSDescriptor cs = DescriptorOf("UTF8");
+    int count = 0;
+    const CSSegment *const segments = ccs_GetAllStrs(&cs, format.c_str(), -1, &count);
+    PrintfError = 0;
+    const uint16_t most = str_GetParams(&cs, format.c_str(), segments, count, records);
     EXPECT_EQ(PrintfError, 1);
-    EXPECT_EQ(call.Built(), expected);
+    EXPECT_EQ(Built(format.c_str(), records, most), expected);
 }
 
 // Records that are not the scanner's: what does not fit its directive is text.
@@ -241,12 +228,9 @@ TEST(Print, TakesAnyTable)
         {{STR_ARG_INT, 1, "%d", 2, -1, -1}, {STR_ARG_STRING, 1, format + 7, 3, -1, -1}},
     };
     for (const auto &other : others) {
-        Call call("UTF8", format);
-        call.records[1] = other[0];
-        call.records[2] = {STR_ARG_FLOAT, 1, format + 4, 2, -1, -1};
-        call.records[3] = other[1];
-        call.floats[2] = 2.5F;
-        EXPECT_EQ(call.Built(), "a%db2.500000c%s");
+        const ParameterRecord records[] = {
+            {}, other[0], {STR_ARG_FLOAT, 1, format + 4, 2, -1, -1}, other[1]};
+        EXPECT_EQ(Built(format, records, 3), "a%db2.500000c%s");
     }
 }
 
