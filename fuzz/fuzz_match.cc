@@ -4,24 +4,13 @@
 #include "fuzz/text.h"
 #include "tests/support/meaning.h"
 
-static bool Matches(std::string_view text, std::string_view pattern)
-{
-    size_t us = pattern.find('\x1F'), at = 0;
-    if (us == std::string_view::npos || !text.starts_with(pattern.substr(0, us)))
-        return text == pattern;
-    for (; us != std::string_view::npos; us = pattern.find('\x1F')) {
-        if (at = text.find(pattern.substr(0, us)); at == std::string_view::npos)
-            return false;
-        text.remove_prefix(at + us);
-        pattern.remove_prefix(us + 1);
-    }
-    return text.ends_with(pattern);
-}
-
 std::string Try(const Input &input, const char *text, const char *pattern)
 {
     const CSDescriptor *const cs = &input.cs;
-    const bool matches = Matches(text, pattern), lone = input.second == "\x1F",
+    const CSDescriptor one = {100, 0}; // in which a text is one segment
+    const bool matches = *text == '\0' ? std::strspn(pattern, "\x1F") == input.second.size()
+                                       : Meaning(text, one).Matches(Meaning(pattern, one)),
+               lone = input.second == "\x1F",
                valid = input.wellFormed && g_utf8_validate(pattern, -1, nullptr);
     Demand(str_utf8USPatternMatch(text, pattern) == (lone || (valid && matches)));
     Demand(os_USPatternMatch(text, pattern) == matches);

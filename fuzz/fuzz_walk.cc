@@ -8,8 +8,47 @@ namespace libstr
 extern const CSReaders kReaders;
 }
 
+static bool BeginsCharacter(const std::string &bytes)
+{
+    const auto ends = {"\x80", "\xBF", "\x80\x80", "\xBF\x80", "\x80\x80\x80", "\xBF\x80\x80"};
+    return std::any_of(ends.begin(), ends.end(), [&](const std::string &end) {
+        const std::string all = bytes + end;
+        return g_utf8_validate(all.c_str(), -1, nullptr) && g_utf8_strlen(all.c_str(), -1) == 1;
+    });
+}
+
+// How many characters are in the bytes, of which the last may go on after them, and their bytes.
+static std::pair<int, size_t> Characters(const std::string &bytes, bool mayGoOn)
+{
+    int count = 0;
+    size_t at = 0;
+    for (; at < bytes.size() && !(mayGoOn && BeginsCharacter(bytes.substr(at))); ++count) {
+        const gunichar c = g_utf8_get_char_validated(bytes.c_str() + at, -1);
+        at += c < 0x80000000 ? static_cast<size_t>(g_unichar_to_utf8(c, nullptr)) : 1;
+    }
+    return {count, at};
+}
+
+static void CheckUtf8(const std::string &whole, const char *text, unsigned int n)
+{
+    const CSDescriptor cs = {196, 0};
+    const auto escapes = static_cast<int>(std::count(whole.begin(), whole.end(), '\x1B')),
+               all = Characters(whole, false).first, limit = static_cast<int>(n);
+    Demand(str_dispstrlen(text, &cs) == static_cast<unsigned int>(all));
+    Demand(str_utf8DispStrLen(text, -1, 0) == all - escapes);
+    const std::string part = whole.substr(0, n);
+    const auto [count, bytes] = Characters(part, n <= whole.size());
+    const size_t read = std::min<size_t>(n, whole.size() + 1);
+    char *const front = std::copy_n(text, read, Room(2, read)) - read, *const copy = Room(3, n);
+    Demand(str_utf8DispStrLen(front, limit, 1) == count);
+    Demand(str_utf8DispStrLen(text, limit, 0) == count - escapes);
+    str_strncpy(copy, front, n, &cs);
+    Demand(std::string(copy, n) == part.substr(0, bytes) + std::string(n - bytes, '\0'));
+}
+
 std::string Try(const Input &input, const char *text, const char *)
 {
+    CheckUtf8(input.first, text, input.limit % (static_cast<unsigned int>(input.first.size()) + 4));
     const CSDescriptor cs = input.cs;
     const bool cut = input.choice % 2 != 0, byColumns = input.choice % 4 > 1,
                wide = input.choice % 16 == 0; // what is sought, which is no byte

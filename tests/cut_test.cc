@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Joining; what is cut of UTF-8 and of segments.
+// Joining, and what is cut of segments.
 
 #include "tests/support/samples.h"
-
-#include <glib.h>
 
 namespace
 {
@@ -54,60 +52,6 @@ TEST(Concat, ReadsAsItsParts)
                 if (cs.csNum == DescriptorOf(back.set).csNum)
                     CheckJoin(cs, first, second);
             }
-}
-
-bool BeginsCharacter(const std::string &bytes)
-{
-    const auto ends = {"\x80", "\xBF", "\x80\x80", "\xBF\x80", "\x80\x80\x80", "\xBF\x80\x80"};
-    return std::any_of(ends.begin(), ends.end(), [&](const std::string &end) {
-        const std::string all = bytes + end;
-        return g_utf8_validate(all.c_str(), -1, nullptr) && g_utf8_strlen(all.c_str(), -1) == 1;
-    });
-}
-
-// How many characters are in the bytes, of which the last may go on after them, and their bytes.
-std::pair<int, size_t> Characters(const std::string &bytes, bool mayGoOn)
-{
-    int count = 0;
-    size_t at = 0;
-    for (; at < bytes.size() && !(mayGoOn && BeginsCharacter(bytes.substr(at))); ++count) {
-        const gunichar c = g_utf8_get_char_validated(bytes.c_str() + at, -1);
-        at += c < 0x80000000 ? static_cast<size_t>(g_unichar_to_utf8(c, nullptr)) : 1;
-    }
-    return {count, at};
-}
-
-TEST(Utf8, IsCutAndCountedByCharacters)
-{
-    const CSDescriptor cs = DescriptorOf("UTF8");
-    const auto pieces =
-        "0123456789a\n\x7F\x1B\u00E9\u65E5\U0010FFFF\x80\x8F\x90\x9F\xA0\xBF\xC1\xC2"
-        "\xE0\xED\xEF\xF0\xF4\xF5\xF8"s;
-    std::mt19937 random(TestSeed());
-    for (int round = 0; round < 1500 && !HasFailure(); ++round) {
-        std::string text;
-        for (auto left = random() % 12; left > 0; --left)
-            text += pieces.substr(random() % pieces.size(), 1 + random() % 4);
-        SCOPED_TRACE(testing::PrintToString(text));
-        const Guarded whole(text);
-        const auto escapes = static_cast<int>(std::count(text.begin(), text.end(), '\x1B'));
-        const int all = Characters(text, false).first;
-        EXPECT_EQ(str_dispstrlen(whole.c_str(), &cs), all);
-        EXPECT_EQ(str_utf8DispStrLen(whole.c_str(), -1, 0), all - escapes);
-        for (unsigned int n = 0; n <= text.size() + 3; ++n) {
-            const size_t read = std::min<size_t>(n, text.size() + 1);
-            const Guarded front(read), copy(n);
-            std::memcpy(front.data(), whole.c_str(), read);
-            const auto [count, bytes] = Characters(text.substr(0, n), n <= text.size());
-            std::string kept = text.substr(0, bytes);
-            kept.resize(n);
-            str_strncpy(copy.data(), front.data(), n, &cs);
-            EXPECT_EQ(std::string(copy.data(), n), kept) << n;
-            const int limit = static_cast<int>(n);
-            EXPECT_EQ(str_utf8DispStrLen(front.data(), limit, 1), count) << n;
-            EXPECT_EQ(str_utf8DispStrLen(whole.c_str(), limit, 0), count - escapes) << n;
-        }
-    }
 }
 
 TEST(Segments, EndAtTheNul)

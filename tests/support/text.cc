@@ -113,7 +113,7 @@ const std::string_view kPieces[] = {
     "a", "Zz", "abcdefg", "[~", " ", "0123456789012345678901234567890123456789",
     "\x46\x7C", "\x46\x7C\x46\x7C\x46\x7C", "\xC6", "\xC6\xFC",
     "K", "\u212A", "ss", "\u00DF", "\u0390", "\u1FD3", "\u01C5", "\U00010400", "\xF0\x90\x90",
-    "\xC3\xA9", "\xE6\x97\xA5", "\xE6\x97", "\xED\xA0\x80",
+    "\xC3\xA9", "\xE6\x97\xA5", "\xE6\x97", "\xED\xA0\x80", "\xE0\x9F", "\xF4\x90", "\xF5",
     "\xC2", "\xC2\xC3\xC8\xCF", "\xC8u", "\xE9", "\xA0", "\xFF", "\xB0\xB1\xB2\xB3\xB4\xB5\xB6\xB7",
     // clang-format on
 };
