@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Joining, and what is cut of segments.
+// Joining, what is cut of segments, and long texts.
 
+#include "tests/support/casetable.h"
 #include "tests/support/samples.h"
 
 namespace
@@ -74,6 +75,21 @@ TEST(Segments, EndAtTheNul)
     char room[] = "abc";
     EXPECT_STREQ(str_strlcpy(room, nullptr, 0, nullptr), "abc");
     EXPECT_STREQ(str_strlcpy(room, nullptr, 3, nullptr), "");
+}
+
+using LongTexts = CaseTableTest;
+
+TEST_F(LongTexts, AreReadToTheirEnds2GiBAway)
+{
+    if (sizeof(size_t) == 4)
+        GTEST_SKIP() << "no room for them";
+    const LongText text(size_t{INT32_MAX} + 100);
+    home.Write("toupper/100.s", "T C x\na=A");
+    const CSDescriptor latin1 = DescriptorOf("ISO-8859-1");
+    EXPECT_EQ(str_strucasecmp(text.c_str(), text.c_str() + 1, &latin1), 1);
+    int length = 4711;
+    EXPECT_EQ(Escaped([&] { str_ToUpper(text.c_str(), -1, &length, &latin1); }), OS_ESC_MEMORY);
+    EXPECT_EQ(length, 4711);
 }
 
 } // namespace

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// O/R names as the default service parses them.
+// O/R names as the default service parses them, and their order.
 
-#include "tests/support/test.h"
+#include "tests/support/casetable.h"
 
 #include <platform/nm.h>
+#include <str/compare.h>
 
 namespace
 {
@@ -67,6 +68,45 @@ TEST(ORNames, AreParsed)
     EXPECT_STREQ(t61_ParseO61Str("M\xC3\xBCller", 7), "UTF8");
     EXPECT_STREQ(t61_ParseO61Str("\x1B(BM\xC3\xBCller", 10), "T.61");
     EXPECT_STREQ(t61_ParseO61Str("\xC3", 1), "T.61");
+}
+
+// ---- Their order ---------------------------------------------------------------------------
+
+struct ORNameTables : CaseTableTest {
+    ORNameTables()
+    {
+        home.Write("toupper/6.s", "T C x\na=A b=B c=C s=S x=X g=G l=L");
+        home.Write("toupper/103.s", "T C x\n\\xC8u=\\xC8U \\xC8U=\\xC8U \\xF3=\\xE3 \\xF1=\\xC8U");
+    }
+};
+
+int Sign(int order) { return (order > 0) - (order < 0); }
+
+const std::string k254(254, 'x'), kLong(60'000, 'x');
+const struct {
+    std::string name1, name2;
+    const char *charset, *attributes;
+    int any, order;
+} kOrders[] = {
+    // clang-format off
+    {"C=GB; G=b", "C=GB; S=x", "T.61", "C,C, ,S,G,", 0, -1}, // named again, and not there
+    {"C=GB; S=\"\"", "C=DE", "T.61", "S,CN,XYZ", 0, 0}, // empty, not there, and unknown
+    {"S=MUELLER; S=M\xC8ULLER", "S=M\xC8uLLER", "T.61", "S", 0, 0}, // the T.61 form
+    {"S=\xF1" "b", "S=\xC8u" "B", "T.61", "S", 0, 0}, // a letter as two bytes
+    {"DDA:x=\xF3", "DDA:X=\xE3", nullptr, "DDT1,DDV1", 1, 0},
+    {"S=" + k254 + "a", "S=" + k254 + "b", "T.61", "S", 0, -1}, // byte 255 counts
+    {"S=x" + k254 + "a", "S=" + kLong, "T.61", "S", 0, 0}, // byte 256 does not
+    // clang-format on
+};
+
+TEST_F(ORNameTables, OrderNamesByTheirAttributes)
+{
+    for (const auto &[first, second, charset, attributes, any, expected] : kOrders)
+        for (const int sign : {1, -1}) {
+            const Guarded a(sign > 0 ? first : second), b(sign > 0 ? second : first);
+            const int order = str_cmpORName(a.c_str(), b.c_str(), charset, any, attributes);
+            EXPECT_EQ(Sign(order), sign * expected) << first << " " << second;
+        }
 }
 
 } // namespace
