@@ -74,7 +74,6 @@ row 0 $'offset  kind        bytes  columns  data  text
     inspect --charset iso-2022-jp 'A\e$B$"$$\e(BB\\'
 like 0 '* 1  raw * 1 * 1  \\xC2'$'\n*' inspect --charset t.61 'e\xC2'
 like 0 $'* JIS X 0212 * 丂\n*' inspect --charset EUC-JP '\x8F\xB0\xA1'
-like 0 $'* KS X 1001 * 가\n*' inspect --charset t.61 '\e$)C\e~\xB0\xA1'
 like 0 $'*\e[[]2m\\\\e(B\e[[]0m*' inspect --color always --charset t.61 '\e(B'
 
 # ---- truncate, split, cat, find

@@ -214,25 +214,8 @@ TEST_F(FirstUse, IsARaceThatAllWin)
     EXPECT_GT(killed, 0);
 }
 
-// What happens to a home in use, and is undone.
-const struct Event {
-    const char *name;
-    bool mayMiss; // meanwhile there need not be a table
-    void (*turn)(const std::string &home, bool on);
-} kEvents[] = {
-    {"removed", true,
-     [](const std::string &home, bool on) {
-         fs::rename(home + (on ? "/toupper" : "/-"), home + (on ? "/-" : "/toupper"));
-     }},
-    {"replaced", false,
-     [](const std::string &home, bool) {
-         renameat2(AT_FDCWD, (home + "/toupper").c_str(), AT_FDCWD, (home + "/new/toupper").c_str(),
-                   RENAME_EXCHANGE);
-     }},
-};
-
-// One process publishes two tables by turns, others use what is there, and the event comes and goes:
-// nobody finds anything but one of the two.
+// One process publishes two tables by turns, others use what is there, and their
+// directory is removed and put back, or replaced: nobody finds anything but one of the two.
 TEST_F(FirstUse, TakesAHomeAsItIs)
 {
     const char *const seconds = std::getenv("STR_TEST_SECONDS");
@@ -245,12 +228,12 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
                                  "~/toupper/87.b", &record);
         return true;
     };
-    for (const Event &event : kEvents) {
+    for (const bool removes : {false, true}) {
         const auto read = [&] {
             for (; *over == 0; ReleaseTables()) {
                 Use();
                 const std::string found = used == nullptr ? "" : RulesOf(*used);
-                if (found.empty() ? !event.mayMiss : found != rules && found != other)
+                if (found.empty() ? !removes : found != rules && found != other)
                     return false;
             }
             return true;
@@ -265,7 +248,12 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
             const auto end = std::chrono::steady_clock::now() + each;
             for (bool on = true; !on || std::chrono::steady_clock::now() < end; on = !on) {
                 usleep(5000);
-                event.turn(home.path(), on);
+                const std::string there = home.PathOf("toupper"),
+                                  spare = home.PathOf("new/toupper");
+                if (removes)
+                    fs::rename(on ? there : there + "-", on ? there + "-" : there);
+                else
+                    renameat2(AT_FDCWD, there.c_str(), AT_FDCWD, spare.c_str(), RENAME_EXCHANGE);
             }
             *over = 1;
             for (const pid_t process : processes)
@@ -274,7 +262,7 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
             return isRight && Does(kCompile);
         };
         *over = 0;
-        EXPECT_EQ(StatusOf(Fork(turn)), 0) << event.name;
+        EXPECT_EQ(StatusOf(Fork(turn)), 0) << removes;
     }
 }
 
