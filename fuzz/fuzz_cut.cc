@@ -151,10 +151,11 @@ std::string Try(const Input &input, const char *text, const char *)
 {
     const Units units = UnitsOf(input.cs, input.first);
     const auto columns = std::count_if(units.begin(), units.end(), std::mem_fn(&Unit::hasWidth));
-    const auto shown = input.plain && input.cs.escMode == 0 ? ssize_t(input.first.size()) : columns;
+    const size_t size = input.first.size(),
+                 shown = input.plain && input.cs.escMode == 0 ? size : static_cast<size_t>(columns);
     Demand(input.utf8 || str_dispstrlen(text, &input.cs) == shown);
     std::string all = CheckTruncation(input, text, units);
-    const int limit = static_cast<int>(input.limit), within = limit % (int(input.first.size()) + 3);
+    const int limit = static_cast<int>(input.limit), within = limit % (static_cast<int>(size) + 3);
     for (const int most : {limit == 255 ? INT_MAX : limit, within - 1, within / 2, within / 4, 1})
         all += CheckSplit(input, text, units, 0, most) + CheckSplit(input, text, units, 1, most);
     return all;
