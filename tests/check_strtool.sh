@@ -102,7 +102,7 @@ row 0 $'A\e$B$"$$\e(BB\nA*B' match "${jp[@]}" --wildcard '*' 'A*B'
 row 0 $'AあいB' match "${jp[@]}" --utf8-pattern --utf8-out '\x1Fあ\x1F'
 input='お\nあお\nあ\n' # 0x242A, whose last byte is that of *, and 0x2422
 for set in iso-2022-jp euc-jp; do
-    utf8=(--charset $set --utf8-in --utf8-out --wildcard '*')
+    utf8=(--charset "$set" --utf8-in --utf8-out --wildcard '*')
     row 0 $'お\nあお' match "${utf8[@]}" '*お'
     row 0 あお match "${utf8[@]}" 'あ*お'
     row 1 '' match "${utf8[@]}" 'い*'
