@@ -131,11 +131,6 @@ struct Check {
         for (const bool caseless : {false, true}) {
             const int order = Slow(text1, text2, caseless),
                       found = Sign(str_cmpTextStr(a, b, caseless, &text1.cs, &text2.cs));
-            if (found != Sign(order))
-                fprintf(stderr, "%d %d c%d %s/%d %s/%d %s %s\n", found, order, caseless,
-                        ccs_GetCSName(&text1.cs), text1.cs.escMode, ccs_GetCSName(&text2.cs),
-                        text2.cs.escMode, testing::PrintToString(text1.bytes).c_str(),
-                        testing::PrintToString(text2.bytes).c_str());
             Demand(found == Sign(order) && (caseless || Sign(Slow(text2, text1, false)) == -found));
             said += std::to_string(found);
         }

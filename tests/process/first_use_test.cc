@@ -6,11 +6,11 @@
 #include "tools/verbs.h"
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
 #include <malloc.h>
 #include <platform/cvc.h>
 #include <platform/lkf.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -214,12 +214,39 @@ TEST_F(FirstUse, IsARaceThatAllWin)
     EXPECT_GT(killed, 0);
 }
 
-// One process publishes two tables by turns, others use what is there, and their
-// directory is removed and put back, or replaced: nobody finds anything but one of the two.
+// What happens to a home in use, and is undone.
+const struct Event {
+    const char *name;
+    bool mayMiss; // meanwhile there need not be a table
+    void (*turn)(const std::string &home, bool on);
+} kEvents[] = {
+    {"removed", true,
+     [](const std::string &home, bool on) {
+         fs::rename(home + (on ? "/toupper" : "/-"), home + (on ? "/-" : "/toupper"));
+     }},
+    {"replaced", false,
+     [](const std::string &home, bool) {
+         renameat2(AT_FDCWD, (home + "/toupper").c_str(), AT_FDCWD, (home + "/new/toupper").c_str(),
+                   RENAME_EXCHANGE);
+     }},
+    {"made read-only", false,
+     [](const std::string &home, bool on) { // as soon as nothing is being written
+         const unsigned long flags = MS_REMOUNT | MS_BIND | (on ? unsigned{MS_RDONLY} : 0);
+         while (mount(nullptr, home.c_str(), nullptr, flags, nullptr) != 0 && errno == EBUSY)
+             usleep(10);
+     }},
+    {"filled", false,
+     [](const std::string &home, bool on) {
+         std::ofstream(home + "/full") << std::string(on ? 1 << 20 : 0, 'x');
+     }},
+};
+
+// One process publishes two tables by turns, others use what is there, and the event comes and goes:
+// nobody finds anything but one of the two.  Without the right to mount the last events do nothing.
 TEST_F(FirstUse, TakesAHomeAsItIs)
 {
     const char *const seconds = std::getenv("STR_TEST_SECONDS");
-    const std::chrono::milliseconds each(seconds == nullptr ? 250 : std::atoi(seconds) * 1000 / 2);
+    const std::chrono::milliseconds each(seconds == nullptr ? 250 : std::atoi(seconds) * 1000 / 4);
     std::atomic<int> *const over = Shared();
     const std::string other = "OTHER" + rules.substr(4);
     const auto publish = [&] {
@@ -228,17 +255,20 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
                                  "~/toupper/87.b", &record);
         return true;
     };
-    for (const bool removes : {false, true}) {
+    for (const Event &event : kEvents) {
         const auto read = [&] {
             for (; *over == 0; ReleaseTables()) {
                 Use();
                 const std::string found = used == nullptr ? "" : RulesOf(*used);
-                if (found.empty() ? !removes : found != rules && found != other)
+                if (found.empty() ? !event.mayMiss : found != rules && found != other)
                     return false;
             }
             return true;
         };
         const auto turn = [&] {
+            if (unshare(CLONE_NEWNS) == 0 &&
+                mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
+                mount("none", home.path().c_str(), "tmpfs", 0, "size=200k");
             Undo();
             home.Write("other.s", ManyRules("other"));
             bool isRight = Does(kCompile) && Does(kWorks[4]);
@@ -248,12 +278,7 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
             const auto end = std::chrono::steady_clock::now() + each;
             for (bool on = true; !on || std::chrono::steady_clock::now() < end; on = !on) {
                 usleep(5000);
-                const std::string there = home.PathOf("toupper"),
-                                  spare = home.PathOf("new/toupper");
-                if (removes)
-                    fs::rename(on ? there : there + "-", on ? there + "-" : there);
-                else
-                    renameat2(AT_FDCWD, there.c_str(), AT_FDCWD, spare.c_str(), RENAME_EXCHANGE);
+                event.turn(home.path(), on);
             }
             *over = 1;
             for (const pid_t process : processes)
@@ -262,7 +287,7 @@ TEST_F(FirstUse, TakesAHomeAsItIs)
             return isRight && Does(kCompile);
         };
         *over = 0;
-        EXPECT_EQ(StatusOf(Fork(turn)), 0) << removes;
+        EXPECT_EQ(StatusOf(Fork(turn)), 0) << event.name;
     }
 }
 
