@@ -225,7 +225,8 @@ const struct Event {
          fs::rename(home + (on ? "/toupper" : "/-"), home + (on ? "/-" : "/toupper"));
      }},
     {"replaced", false,
-     [](const std::string &home, bool) {
+     [](const std::string &home, bool) { // by one in which nothing is being written
+         fs::remove(home + "/new/toupper/casetemp");
          renameat2(AT_FDCWD, (home + "/toupper").c_str(), AT_FDCWD, (home + "/new/toupper").c_str(),
                    RENAME_EXCHANGE);
      }},
