@@ -33,10 +33,10 @@ static bool IsCommon(const ParameterRecord &record, int type)
 // A format of any bytes.  What the C library has too is as it makes it, from values of one type.
 static std::string CheckFormat(const Input &input, const char *format, const char *text)
 {
-    int count = 0, run = 0;
-    for (const char *at = format; *at != '\0' && run < 4; ++at)
-        run = g_ascii_isdigit(*at) ? run + 1 : 0;
-    if (run == 4)
+    int count = 0, digits = 0; // which count wherever in the directive they are
+    for (const char *at = format; *at != '\0' && digits < 4; ++at)
+        digits = *at == '%' ? 0 : digits + g_ascii_isdigit(*at);
+    if (digits == 4)
         return ""; // too long to print
     const auto all = [](auto value) { return std::vector(STR_PARAMETERS, value); };
     // A value that the table does not ask for shows when it is looked at.
