@@ -26,8 +26,6 @@ namespace
 constexpr char kSource[] = "str/core/registry";
 constexpr int32_t kFirstCapacity = 32;
 
-int32_t theCapacity;
-
 // All blocks that were made, and how many records each may hold.
 struct Block {
     const CaseTableRecord *records;
@@ -52,6 +50,16 @@ bool IsOwn(const CaseTableRecord *record)
     return false;
 }
 
+// How many records they may be, if they are of the block that was made last; else 0.
+int32_t CapacityOf(const CaseTableRecord *records)
+{
+    const size_t count = theBlockCount.load(std::memory_order_acquire);
+    if (count == 0)
+        return 0;
+    const Block &last = *ElementAt(theBlocks, count - 1);
+    return records == last.records ? last.capacity : 0;
+}
+
 template <class T>
 void Publish(T *global, T value)
 {
@@ -70,7 +78,6 @@ void Move(int32_t used)
         std::memcpy(block, pCaseTabs, ArraySize<CaseTableRecord>(used));
     *ElementAt(theBlocks, count) = {block, capacity};
     theBlockCount.store(count + 1, std::memory_order_release);
-    theCapacity = capacity;
     theBlock.store(block, std::memory_order_release);
     Publish(&pCaseTabs, block);
 }
@@ -96,7 +103,7 @@ CaseTableRecord *RecordOf(uint16_t number)
     const Image *const image = Attached();
     if (image != nullptr && first == image->records && number > image->count)
         return nullptr;
-    if (IsBlock(first) && number > theCapacity)
+    if (const int32_t capacity = CapacityOf(first); capacity != 0 && number > capacity)
         return nullptr;
     return first + (number - 1);
 }
@@ -117,7 +124,7 @@ int16_t Add()
     const int32_t used = NumCaseTabs;
     if (used >= kMostEntries)
         frame::Raise(kSource, OS_ESC_MEMORY);
-    if (used == 0 || !IsBlock(pCaseTabs) || used >= theCapacity)
+    if (used == 0 || used >= CapacityOf(pCaseTabs))
         Move(used);
     ++NumCaseTabs;
     return static_cast<int16_t>(used);
