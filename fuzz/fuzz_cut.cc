@@ -16,6 +16,7 @@ static void AddUnits(const CSDescriptor &cs, const CSSegment &segment, Units *un
 {
     const CSDescriptor segCs = {segment.kind, cs.escMode};
     const bool isRaw = segment.kind == CS_SEG_RAW, isIgnored = segment.kind == CS_SEG_IGNORE;
+    const bool hasC1 = (ccs_GetCSFlags(&segCs) & CS_FLAG_NO_C1) == 0;
     unsigned int at = units->empty() ? 0 : units->back().end;
     const char *const text = segment.text - at;
     for (unsigned int start = at, end = at + segment.length; at < end;) {
@@ -26,7 +27,8 @@ static void AddUnits(const CSDescriptor &cs, const CSSegment &segment, Units *un
         at += static_cast<unsigned int>(length);
         if (!isUnit && at < end)
             continue; // a single shift
-        const bool hasWidth = isRaw || (!isIgnored && (byte & 0x60) != 0 && byte != 0x7F);
+        const bool isControl = (byte & 0x60) == 0 && (hasC1 || byte >= 0);
+        const bool hasWidth = isRaw || (!isIgnored && !isControl && byte != 0x7F);
         const bool isCounted = hasWidth || (!isIgnored && byte == '\n');
         units->push_back({start, at, segment.kind, isCounted ? length : 0, hasWidth});
         start = at;

@@ -165,7 +165,8 @@ int ccs_CloseWalk(const CSWalk *walk, char *out);
  * ends.
  */
 
-/* The bytes of the control function at `at`, a byte whose low seven bits are below 0x20.  For a
+/* The bytes of the control function at `at`, a byte whose low seven bits are below 0x20.  In a set
+ * with CS_FLAG_NO_C1 a byte from 0x80 to 0x9F is a character, for which it is not called.  For a
  * single shift its own 1 or 2 bytes (SS2 is 0x8E or ESC N), but only when the character after it
  * fits in `avail` too, since the two are never separated.  Where escMode is 0, every other control
  * function is 1 byte, even ESC and CSI. */
@@ -201,8 +202,10 @@ uint32_t ccs_GetCSFlags(const CSDescriptor *cs);
  * no other set may have that name. */
 const char *ccs_GetCSName(const CSDescriptor *cs);
 
-/* Stores the descriptor of a string in the set named exactly `setName` and returns 1.  For an
- * unknown name returns 0 and stores {0, 0}, with which every string is raw. */
+/* Stores the descriptor of a string in the set named `setName` and returns 1.  The name is exactly
+ * the set's, or else, in the default service, another name of it: case, hyphens, underscores and
+ * spaces do not matter then.  For an unknown name returns 0 and stores {0, 0}, with which every
+ * string is raw. */
 int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out);
 
 /* An escape sequence that designates the set; null or empty when there is none.  `which` chooses

@@ -78,6 +78,7 @@ typedef struct ccs_SetInfo {
     const char *name;        /* what ccs_GetCSDescriptor looks up and ccs_GetCSName returns */
     const char *iconvName;   /* iconv's name for the same code, or null if it does not know it */
     const char *designation; /* escape sequence that designates the set, or null */
+    const char *aliases;     /* further names, IANA's, with spaces between them; may be empty */
 } ccs_SetInfo;
 
 /* ccs_GetSetCount returns the number of sets.  ccs_GetSetInfo stores the set at `index`, which

@@ -41,7 +41,7 @@ unsigned int SegmentWidth(const UnitRule &rule, const char *seg, unsigned int se
         }
         // The service gets the whole segment's length, since a NUL ends a unit in any case.
         const int length = UnitLength(rule, seg + offset, segLen);
-        columns += IsDisplayed(seg[offset]);
+        columns += IsDisplayed(rule, seg[offset]);
         if (length < 1 || static_cast<unsigned int>(length) >= segLen - offset)
             break;
         offset += static_cast<unsigned int>(length);

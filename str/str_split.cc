@@ -138,7 +138,7 @@ bool CountUnit(Count *count)
     const unsigned int rest = count->segLen - count->offset;
     const bool isNewline = *at == '\n';
     const int length = isNewline ? 1 : UnitLength(count->scan.rule, at, rest);
-    int cost = isNewline || IsDisplayed(*at) ? 1 : 0;
+    int cost = isNewline || IsDisplayed(count->scan.rule, *at) ? 1 : 0;
     if (measure == Measure::bytes)
         cost *= std::max(length, 0);
     count->fits = cost <= count->left;
@@ -151,7 +151,7 @@ bool CountUnit(Count *count)
         return false;
     const unsigned int begin = count->offset;
     count->offset += std::min(static_cast<unsigned int>(length), rest);
-    count->control = IsControl(*at) && !isNewline ? begin : count->offset;
+    count->control = IsControl(count->scan.rule, *at) && !isNewline ? begin : count->offset;
     return true;
 }
 

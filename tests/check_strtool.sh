@@ -46,7 +46,15 @@ for verb in width 'split --all --columns 1' 'find a' upper transform inspect; do
 done
 "$strtool" cmp a a >/dev/full 2>&1
 [[ $? == 2 ]] || fail 'cmp cannot tell on a full device'
-like 0 '*87 *JIS X 0208 * 2 * ESC $ B *case*' sets
+like 0 '*JIS X 0208 * 87 * 2 *Japanese*' sets
+like 0 '*87*ESC $ B*case*x0208*' sets x0208
+like 0 '*C1*iconv -f sjis -t UTF-8' sets --why sjis
+like 0 'It is not*iconv -f CP737 *' sets --why CP737
+like 0 '*ISO-8859-4' sets --why latin4
+like 0 'Neither*' sets --why klingon
+"$strtool" sets | awk 'length > 80 { exit 1 }' || fail 'a line of the sets is too long'
+"$strtool" sets --markdown | diff - "$samples/../../docs/character-sets.md" ||
+    fail 'docs/character-sets.md is old'
 
 # ---- width
 row 0 $'2\n3\n0\n2' width ab '\e\n\t' '' '\x41\\'
@@ -143,7 +151,7 @@ like 0 "made $home/a"$'\nmade *\nwrote *'"100.s"$'\n*\nexport STR_HOME='"'$home/
 diff -r "$home/a/toupper" "$sources" | grep -v '^Only in' && fail 'init-home: the sources'
 row 0 "export STR_HOME='$home/a'" init-home --from "$sources" "$home/a"
 echo >>"$home/a/toupper/6.s"
-like 1 "*strtool: $home/a/toupper/6.s: *"$'\ncompiled *87.b\nexport *' \
+like 1 "*strtool: $home/a/toupper/6.s: *"$'\ncompiled *92.b\nexport *' \
     init-home --from "$sources" --compile "$home/a"
 
 # ---- upper: by the tables of a home, which it names where they are not

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <glib.h>
+#include <platform/ccs.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -234,17 +235,14 @@ std::vector<std::string> CommandLine(int argc, char **argv)
 
 ccs_SetInfo FindSet(const std::string &name)
 {
-    const auto named = [&name](const char *other) {
-        return other != nullptr && g_ascii_strcasecmp(name.c_str(), other) == 0;
-    };
+    CSDescriptor cs;
     ccs_SetInfo set;
-    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
-        if (named(set.name))
-            return set;
-    for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
-        if (named(set.iconvName))
-            return set;
-    throw UsageError("there is no set '" + name + "'; 'strtool sets' lists them");
+    if (ccs_GetCSDescriptor(name.c_str(), &cs) != 0)
+        for (int i = 0; ccs_GetSetInfo(i, &set) != 0; ++i)
+            if (set.number == cs.csNum)
+                return set;
+    throw UsageError("there is no set '" + name +
+                     "'; 'strtool sets' lists them, 'strtool sets --why NAME' says why");
 }
 
 CSDescriptor DescriptorOf(const ccs_SetInfo &set) { return {set.number, set.escMode}; }

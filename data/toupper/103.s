@@ -2,7 +2,8 @@
 #
 # Made by data/toupper/generate.cc: the simple upper case of Unicode, from
 # GLib, for the characters that iconv reads as T.61-8BIT.
-# A letter whose upper case the set does not have stays as it is.
+# These stay as they are, since the set does not have their upper case:
+# \xB5 \xEF \xF0 \xF2 \xFB
 
 TOUPPER CHARSET T.61
 

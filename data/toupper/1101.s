@@ -2,7 +2,8 @@
 #
 # Made by data/toupper/generate.cc: the simple upper case of Unicode, from
 # GLib, for the characters that iconv reads as ISO-8859-2.
-# A letter whose upper case the set does not have stays as it is.
+# These stay as they are, since the set does not have their upper case:
+# _
 
 TOUPPER CHARSET ISO-8859-2-RIGHT-HALF
 

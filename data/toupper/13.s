@@ -2,7 +2,6 @@
 #
 # Made by data/toupper/generate.cc: the simple upper case of Unicode, from
 # GLib, for the characters that iconv reads as SHIFT_JIS.
-# A letter whose upper case the set does not have stays as it is.
 
 TOUPPER CHARSET JIS-X-0201
 

@@ -2,7 +2,6 @@
 #
 # Made by data/toupper/generate.cc: the simple upper case of Unicode, from
 # GLib, for the characters that iconv reads as ASCII.
-# A letter whose upper case the set does not have stays as it is.
 
 TOUPPER CHARSET IA5
 

@@ -30,13 +30,13 @@ struct Reading {
     const char *code;
     const char *before; // comes before the bytes
     unsigned bits;      // set in each byte
-    unsigned last;      // the last byte that belongs to the set
+    unsigned last;      // the last byte that belongs to the set; DEL does not
 };
 
-Reading ReadingOf(const ccs::SetRow &set)
+Reading ReadingOf(const ccs::Row &set)
 {
     const char *const code = set.iconv == nullptr ? set.reading.code : set.iconv;
-    return {code, set.reading.before, set.reading.bits, set.right == 0 ? 0x7FU : 0xFFU};
+    return {code, set.reading.before, set.reading.bits, set.right == 0 ? 0x7EU : 0xFFU};
 }
 
 // The character that the bytes are; 0 unless they are exactly one.
@@ -57,7 +57,7 @@ gunichar CharacterOf(const Reading &reading, const Code &code)
 Code Bytes(unsigned first) { return Code(1, static_cast<char>(first)); }
 Code Bytes(unsigned first, unsigned second) { return Bytes(first) + Bytes(second); }
 
-Characters CharactersOf(const ccs::SetRow &set, const Reading &reading)
+Characters CharactersOf(const ccs::Row &set, const Reading &reading)
 {
     Characters characters;
     const auto take = [&](const Code &code) {
@@ -96,6 +96,16 @@ Rules ChangesOf(const Characters &characters)
     return rules;
 }
 
+// The small letters that have no rule, in their order: the set does not have their upper case.
+std::vector<Code> StayingOf(const Characters &characters, const Rules &changes)
+{
+    std::vector<Code> staying;
+    for (const auto &[code, character] : characters)
+        if (g_unichar_islower(character) && !changes.contains(code))
+            staying.push_back(code);
+    return staying;
+}
+
 Code InHalf(const Code &code, unsigned top)
 {
     return Bytes(static_cast<unsigned char>(code[0]) | top,
@@ -129,7 +139,7 @@ Rules WholeCharacters(const Rules &changes, const Characters &characters)
     return rules;
 }
 
-Rules RulesOf(const ccs::SetRow &set)
+Rules RulesOf(const ccs::Row &set)
 {
     const Characters characters = CharactersOf(set, ReadingOf(set));
     const Rules changes = ChangesOf(characters);
@@ -139,7 +149,7 @@ Rules RulesOf(const ccs::SetRow &set)
 
 // ---- The files ----------------------------------------------------------------------------------
 
-using Sets = std::vector<const ccs::SetRow *>; // with the same rules, one or more
+using Sets = std::vector<const ccs::Row *>; // with the same rules, one or more
 
 // In the notation of platform/enc.h.
 std::string Written(const Code &code)
@@ -189,7 +199,7 @@ std::string Word(std::string name)
 std::string NamesOf(const Sets &sets, const char *between)
 {
     std::string names;
-    for (const ccs::SetRow *set : sets)
+    for (const ccs::Row *set : sets)
         names += (names.empty() ? "" : between) + std::string(set->name);
     return names;
 }
@@ -197,12 +207,34 @@ std::string NamesOf(const Sets &sets, const char *between)
 std::string CodesOf(const Sets &sets)
 {
     std::set<std::string> codes;
-    for (const ccs::SetRow *set : sets)
+    for (const ccs::Row *set : sets)
         codes.insert(ReadingOf(*set).code);
     std::string list;
     for (const std::string &code : codes)
         list += (list.empty() ? "" : ", ") + code;
     return list;
+}
+
+// What is said of the small letters without a rule.
+std::string StayingIn(const ccs::Row &set)
+{
+    if (set.bytes == 2)
+        return "# A letter whose upper case the set does not have stays as it is.\n#\n"
+               "# Every pair of bytes is here, in either half. Most are their own upper case:\n"
+               "# the rule keeps the second byte from being taken for the first of a pair.\n";
+    const Characters characters = CharactersOf(set, ReadingOf(set));
+    std::string line, lines;
+    for (const Code &code : StayingOf(characters, ChangesOf(characters))) {
+        if (line.size() > 64) {
+            lines += "#" + line + "\n";
+            line.clear();
+        }
+        line += " " + Written(code);
+    }
+    if (line.empty())
+        return "";
+    return "# These stay as they are, since the set does not have their upper case:\n" + lines +
+           "#" + line + "\n";
 }
 
 std::string SourceOf(const Sets &sets, const Rules &rules)
@@ -211,14 +243,9 @@ std::string SourceOf(const Sets &sets, const Rules &rules)
         "#\n"
         "# Made by data/toupper/generate.cc: the simple upper case of Unicode, from\n"
         "# GLib, for the characters that iconv reads as ";
-    const std::string hasAllPairs =
-        "#\n"
-        "# Every pair of bytes is here, in either half. Most are their own upper case:\n"
-        "# the rule keeps the second byte from being taken for the first of a pair.\n";
-    return "# The upper case of " + NamesOf(sets, ", ") + ".\n" + isMade + CodesOf(sets) +
-           ".\n# A letter whose upper case the set does not have stays as it is.\n" +
-           (sets.front()->bytes == 2 ? hasAllPairs : "") + "\nTOUPPER CHARSET " +
-           Word(NamesOf(sets, "+")) + "\n\n" + Lines(rules);
+    return "# The upper case of " + NamesOf(sets, ", ") + ".\n" + isMade + CodesOf(sets) + ".\n" +
+           StayingIn(*sets.front()) + "\nTOUPPER CHARSET " + Word(NamesOf(sets, "+")) + "\n\n" +
+           Lines(rules);
 }
 
 bool Fail(const char *why)
@@ -247,7 +274,7 @@ bool Link(const std::string &path, const std::string &target)
 
 bool WriteSources(const std::string &directory, const Sets &sets, const Rules &rules)
 {
-    const auto fileOf = [](const ccs::SetRow *set) { return std::to_string(set->number) + ".s"; };
+    const auto fileOf = [](const ccs::Row *set) { return std::to_string(set->number) + ".s"; };
     if (rules.empty())
         return Fail((std::string("iconv reads no small letter in ") + sets.front()->name).c_str());
     const std::string first = fileOf(sets.front());
@@ -268,7 +295,7 @@ int main(int argc, char **argv)
         return 2;
     }
     std::map<Rules, Sets> shared;
-    for (const ccs::SetRow &set : ccs::kSets) {
+    for (const ccs::Row &set : ccs::kRows) {
         if ((set.flags & CS_FLAG_CASE) == 0)
             continue;
         const Rules rules = RulesOf(set);

@@ -58,6 +58,7 @@ typedef struct CSSegment {
 #define CS_FLAG_T61 0x100            /* characters are base units: marks come before their letter */
 #define CS_FLAG_UNIFORM 0x400        /* the string's own case table serves all its segments */
 #define CS_FLAG_ESCAPES 0x800        /* strings switch sets by escape sequences */
+#define CS_FLAG_NO_C1 0x1000         /* 0x80 to 0x9F are characters, not control functions */
 
 #ifdef __cplusplus
 }

@@ -9,6 +9,7 @@
 #include "base/thread_memory.h"
 #include "services/ccs/divide.h"
 #include "services/ccs/measure.h"
+#include "services/names.h"
 #include "services/services.h"
 
 #include <algorithm>
@@ -223,19 +224,18 @@ uint32_t ccs_GetCSFlags(const CSDescriptor *cs)
 
 const char *ccs_GetCSName(const CSDescriptor *cs)
 {
-    const ccs::SetRow *set = SetOf(cs);
-    return set == nullptr ? "" : set->name;
+    const uint8_t row = ccs::FindRow(cs->csNum);
+    return row == ccs::kNoRow ? "" : ccs::NameOf(row);
 }
 
 int ccs_GetCSDescriptor(const char *setName, CSDescriptor *out)
 {
     *out = {0, 0};
-    for (const ccs::SetRow &set : ccs::kSets)
-        if (std::strcmp(set.name, setName) == 0) {
-            *out = {set.number, set.escMode};
-            return 1;
-        }
-    return 0;
+    const uint8_t row = ccs::FindName(setName);
+    if (row == ccs::kNoRow)
+        return 0;
+    *out = {ccs::kSets[row].number, ccs::kSets[row].escMode};
+    return 1;
 }
 
 const char *ccs_GetDesignation(const CSDescriptor *cs, int)
@@ -394,14 +394,16 @@ int ccs_GetSetInfo(int index, ccs_SetInfo *out)
 {
     if (index < 0 || index >= ccs_GetSetCount())
         return 0;
-    const ccs::SetRow &set = ccs::kSets[index];
+    const auto row = static_cast<size_t>(index);
+    const ccs::SetRow &set = ccs::kSets[row];
     *out = {set.number,
             set.escMode,
             set.flags,
             set.bytes,
-            set.name,
-            set.iconv,
-            ccs::DesignationOf(set)};
+            ccs::NameOf(row),
+            ccs::IconvNameOf(row),
+            ccs::DesignationOf(set),
+            ccs::AliasesOf(row)};
     return 1;
 }
 

@@ -57,7 +57,7 @@ bool IsSevenBit(const Walk &walk)
 {
     const View &view = walk.Current().view;
     return walk.Current().plain == Plain::sevenBit && walk.state.left == 0 &&
-           walk.next == Walk::Next::any && *kSets[view.left.row].differs == '\0';
+           walk.next == Walk::Next::any && !kSets[view.left.row].differs;
 }
 
 // Adds text up to `end`, if there is any.
@@ -136,11 +136,7 @@ bool IsMarkedText(const Walk &walk)
            walk.next == Walk::Next::any;
 }
 
-// The characters of the left half that are not of ASCII are the same in each set that has any.
-constexpr plain::Others kOthers = plain::OthersOf(kSets[FindRow(102)].differs);
-static_assert(std::all_of(std::begin(kSets), std::end(kSets), [](const SetRow &set) {
-    return *set.differs == '\0' || std::string_view(set.differs).size() == kDifferent.size();
-}));
+constexpr plain::Others kOthers = plain::OthersOf(kRows[FindRow(102)].differs);
 
 // Adds the parts of a window as far as there is room; false when there is none for the rest.
 // `kinds` are those of neither, of the right half, and of others.
@@ -175,7 +171,7 @@ void DivideMarkedText(const Walk &walk, Rest *rest, Found *found)
     const View &view = walk.Current().view;
     const SetRow &left = kSets[view.left.row];
     const uint16_t kinds[] = {view.left.kind, view.right.kind, left.number};
-    const plain::Others others = *left.differs == '\0' ? plain::Others{} : kOthers;
+    const plain::Others others = left.differs ? kOthers : plain::Others{};
     while (rest->size != 0 && found->most - found->count >= 2 && found->fits) {
         const plain::Parts parts = plain::FindParts(rest->at, rest->size, others);
         if (parts.bytes == 0 || !AddParts(found, rest, parts, kinds))

@@ -27,10 +27,10 @@ void PassPlain(Walk *walk, Passage *passage)
 // ---- Units ---------------------------------------------------------------------------------
 
 // Passes a unit that is not a sequence.  A single shift is not shown, but its character is.
-void TakeUnit(const Unit &unit, const char *at, Passage *passage)
+void TakeUnit(const Unit &unit, const char *at, bool noC1, Passage *passage)
 {
     const bool isRaw = unit.kind == CS_SEG_RAW;
-    const bool isControl = !isRaw && IsControl(Byte(at));
+    const bool isControl = !isRaw && IsControl(Byte(at)) && !(noC1 && Byte(at) >= 0x80);
     const size_t shift = isControl && unit.length > 1 ? (Byte(at) == kEsc ? 2 : 1) : 0;
     const bool shown = isRaw || ((!isControl || shift != 0) && Byte(at + shift) != 0x7F);
     passage->bytes += unit.length;
@@ -60,7 +60,7 @@ Outcome PassUnit(Walk *walk, Passage *passage)
     const char *const at = passage->text + passage->bytes;
     const size_t avail = passage->known - passage->bytes;
     if (walk->next == Walk::Next::rawByte) {
-        TakeUnit(NextSegment(walk, at, 1), at, passage);
+        TakeUnit(NextSegment(walk, at, 1), at, false, passage);
         return Outcome::passed;
     }
     const Unit unit = UnitOf(*walk, at, avail);
@@ -73,7 +73,7 @@ Outcome PassUnit(Walk *walk, Passage *passage)
     } else {
         if (unit.kind == CS_SEG_RAW || *at == static_cast<char>(kEsc))
             walk->raw = at;
-        TakeUnit(unit, at, passage);
+        TakeUnit(unit, at, walk->Current().view.noC1, passage);
     }
     return Outcome::passed;
 }
@@ -82,6 +82,7 @@ Outcome PassUnit(Walk *walk, Passage *passage)
 
 bool Measure(Walk *walk, Passage *passage)
 {
+    Settle(walk);
     for (;;) {
         PassPlain(walk, passage);
         if (passage->bytes == passage->known || IsOver(*passage))

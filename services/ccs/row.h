@@ -36,18 +36,25 @@ struct Reading {
     uint8_t bits = 0;
 };
 
-struct SetRow {
-    uint16_t number;      // ISO-IR registration if there is one, else from 1001 on
+// A row of the table as it is written.
+struct Row {
+    uint16_t number;      // ISO-IR registration if there is one; see table.h
     const char *name;     // in upper case
+    const char *what;     // for people
     const char *iconv;    // iconv's name for the same code; null where it does not know it
     Reading reading = {}; // needed where `iconv` is null
-    uint32_t flags;       // CS_FLAG_...
-    uint16_t escMode = 0;
+    // IANA's names for the same code, with spaces between them: those that are not `name` or `iconv`
+    // with other hyphens, underscores or case.
+    const char *aliases = "";
+    uint32_t flags; // CS_FLAG_...
+    uint8_t escMode = 0;
     uint8_t bytes = 1; // of a character; of the shortest where lengths are mixed
     Units units = Units::fixed;
+    bool isHalf = false; // a right half, used in seven bits
 
     Graphic graphic = Graphic::none;
-    char final = 0; // final byte of its designation
+    char final = 0;        // final byte of its designation
+    char intermediate = 0; // '!' comes before some final bytes of 94-sets
 
     uint16_t left = 0;  // kind of its text in the left half; 0: the bytes are raw
     uint16_t right = 0; // kind of its text in the right half
@@ -59,6 +66,24 @@ struct SetRow {
     uint16_t partner2 = 0;
 
     Start start = {};
+};
+
+// A row as texts are read with it: without names, and without what only the beginning needs.
+struct SetRow {
+    uint16_t number;
+    uint16_t flags;
+    uint16_t left;
+    uint16_t right;
+    uint16_t partner;
+    uint16_t partner2;
+    uint8_t escMode;
+    uint8_t bytes;
+    Units units;
+    Graphic graphic;
+    char final;
+    char intermediate;
+    bool isHalf;
+    bool differs; // some bytes of the left half do
 };
 
 inline constexpr uint16_t kIa5 = 6;

@@ -43,8 +43,14 @@ struct State {
     char shift = 0; // last byte of a single shift that makes the next byte raw, 0 for none
 };
 
+constexpr Designation DesignationTo(uint8_t row)
+{
+    const SetRow &set = kSets[row];
+    return {row, set.graphic, set.intermediate, set.final};
+}
+
 // The state in which a string of the set begins.
-constexpr State StartOf(const SetRow &set)
+constexpr State StartOf(const Row &set)
 {
     State state;
     state.left = set.start.left;
@@ -55,7 +61,7 @@ constexpr State StartOf(const SetRow &set)
     }
     for (size_t element = 0; element < 4; ++element)
         if (const uint8_t row = FindRow(set.start.g[element]); row != kNoRow)
-            state.g[element] = {row, kSets[row].graphic, '\0', kSets[row].final};
+            state.g[element] = DesignationTo(row);
     return state;
 }
 
@@ -85,17 +91,14 @@ struct Designating {
 };
 
 inline constexpr auto kDesignating = [] {
-    std::array<Designating, std::size(kSets)> all{};
-    for (size_t row = 0; row < std::size(kSets); ++row) {
-        const SetRow &set = kSets[row];
-        if (set.graphic != Graphic::none)
-            DesignatingEscape({kNoRow, set.graphic, '\0', set.final},
-                              set.graphic == Graphic::set96 ? 1 : 0, all[row].text);
-    }
+    std::array<Designating, kDesignated> all{};
+    for (size_t row = 0; row < kDesignated; ++row)
+        DesignatingEscape(DesignationTo(static_cast<uint8_t>(row)),
+                          kSets[row].graphic == Graphic::set96 ? 1 : 0, all[row].text);
     return all;
 }();
 
-// Null for a code.
+// Null for a set that cannot be designated.
 inline const char *DesignationOf(const SetRow &set)
 {
     return set.graphic == Graphic::none ? nullptr : kDesignating[RowOf(set)].text;

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 namespace libstr::ccs
 {
@@ -125,8 +124,7 @@ Sequence Character(const SetRow &set, const char *at, size_t avail)
 // Whether the set, in the left half, has another character for this byte than ASCII.
 constexpr bool Differs(const SetRow &set, unsigned char byte)
 {
-    return byte < 0x80 && kIsDifferent[byte] &&
-           std::string_view(set.differs).find(static_cast<char>(byte)) != std::string_view::npos;
+    return set.differs && byte < 0x80 && kIsDifferent[byte];
 }
 
 // The character at `at`, a graphic byte of `half`, as a unit.  The base of a mark is usually in the
@@ -152,7 +150,13 @@ Unit CharacterUnit(const Half &half, bool partners, const char *at, size_t avail
 // bytes they are characters, except in a right half used in seven bits, which they switch to.
 constexpr bool HeedsShifts(const SetRow &set)
 {
-    return set.units != Units::utf8 && (!IsBytes(set) || set.graphic == Graphic::none);
+    return set.units != Units::utf8 && (!IsBytes(set) || set.isHalf);
+}
+
+// Whether the byte begins a control function in text of the set.
+constexpr bool IsControlIn(const SetRow &set, unsigned char byte)
+{
+    return IsControl(byte) && (byte < 0x80 || !HasNoC1(set));
 }
 
 // The half that a single shift gives the graphic byte after it.
@@ -183,7 +187,7 @@ Unit SequenceUnit(const State &state, const View &view, const char *at, size_t a
 {
     constexpr Unit none = {CS_SEG_RAW, 0};
     const unsigned char byte = Byte(at);
-    if (byte >= 0x80 && (!view.rightUsed || view.utf8))
+    if (byte >= 0x80 && (!view.rightUsed || view.utf8 || view.noC1))
         return none;
     if (const SingleShift shift = SingleShiftAt(at, avail); shift.length != 0 && view.shifts)
         return ShiftedUnit(state, view, shift, at, avail);
@@ -197,7 +201,8 @@ Unit SequenceUnit(const State &state, const View &view, const char *at, size_t a
 // The single shift at `at` in text of the set.
 SingleShift ShiftOf(const SetRow *set, bool escapes, const char *at, size_t avail)
 {
-    const bool heeded = set != nullptr && (escapes || HeedsShifts(*set) || Byte(at) != kEsc);
+    const bool heeded = set != nullptr && IsControlIn(*set, Byte(at)) &&
+                        (escapes || HeedsShifts(*set) || Byte(at) != kEsc);
     return heeded ? SingleShiftAt(at, avail) : SingleShift{0, 0};
 }
 
@@ -217,7 +222,7 @@ Unit UnitAt(const State &state, const View &view, const char *at, size_t avail)
         return CharacterUnit(view.left, false, at, avail);
     if (IsControl(byte) && byte >= 0x80 && !view.rightUsed)
         return {CS_SEG_RAW, 1};
-    if (IsControl(byte) || IsSpaceOrDelete(byte))
+    if ((IsControl(byte) && (byte < 0x80 || !view.noC1)) || IsSpaceOrDelete(byte))
         return {view.left.kind, 1};
     return CharacterUnit(byte < 0x80 ? view.left : view.right, view.partners, at, avail);
 }
@@ -262,7 +267,8 @@ size_t ControlLength(const SetRow *set, bool escapes, const char *at, size_t ava
         const size_t character = CharacterLength(set, at + shift.length, avail - shift.length);
         return character != 0 ? shift.length : 0;
     }
-    const bool isSequence = escapes && (byte == kEsc || byte == kCsi);
+    const bool isSequence =
+        escapes && (byte == kEsc || (byte == kCsi && (set == nullptr || !HasNoC1(*set))));
     return isSequence ? LengthOf(SequenceAt(at, avail)) : 1;
 }
 
@@ -273,14 +279,16 @@ AnyUnit AnyUnitAt(const SetRow *set, bool escapes, const char *at, size_t avail)
         return {0, false};
     if (set == nullptr || IsSpaceOrDelete(byte))
         return {1, true};
-    const size_t length =
-        IsControl(byte) ? ControlLength(set, escapes, at, avail) : CharacterLength(set, at, avail);
+    if (!IsControlIn(*set, byte)) {
+        const size_t length = CharacterLength(set, at, avail);
+        return {length == 0 ? strnlen(at, avail) : length, true};
+    }
+    const size_t length = ControlLength(set, escapes, at, avail);
     // Where bytes are characters but shifts are heeded, a lone ESC counts as half a shift.
     const bool isHalf = byte == kEsc && IsBytes(*set) && HeedsShifts(*set);
     if (length == 0)
         return {strnlen(at, avail), !isHalf};
-    const bool counts = !IsControl(byte) || ShiftOf(set, escapes, at, avail).length == 0;
-    return {length, counts && !isHalf};
+    return {length, !isHalf && ShiftOf(set, escapes, at, avail).length == 0};
 }
 
 } // namespace libstr::ccs

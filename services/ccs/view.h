@@ -15,6 +15,8 @@ struct Half {
     uint16_t kind;
     uint8_t bytes;
     bool is96;
+
+    bool operator==(const Half &) const = default;
 };
 
 struct View {
@@ -25,7 +27,12 @@ struct View {
     bool partners; // the two halves go together
     bool escapes;  // escape sequences and locking shifts are recognised
     bool shifts;   // single shifts are recognised
+    bool noC1;     // 0x80 to 0x9F are characters of the right half
+
+    bool operator==(const View &) const = default;
 };
+
+constexpr bool HasNoC1(const SetRow &set) { return (set.flags & CS_FLAG_NO_C1) != 0; }
 
 constexpr bool IsMarked(const Half &half)
 {
@@ -37,7 +44,7 @@ constexpr Half HalfOf(const Designation &held, uint16_t SetRow::*side)
     if (held.row == kNoRow || kSets[held.row].*side == 0)
         return {kNoRow, CS_SEG_RAW, 1, true};
     const SetRow &set = kSets[held.row];
-    return {held.row, set.*side, set.bytes, set.graphic == Graphic::set96};
+    return {held.row, set.*side, set.bytes, set.graphic == Graphic::set96 || HasNoC1(set)};
 }
 
 constexpr Half HalfOf(const State &state, uint8_t element, uint16_t SetRow::*side)
@@ -69,6 +76,7 @@ constexpr View HalvesOf(const State &state)
     view.left = HalfOf(state, state.left, &SetRow::left);
     view.right = HalfOf(state, state.right, &SetRow::right);
     view.rightUsed = state.right != kNowhere && Holds(state.g[state.right]);
+    view.noC1 = view.right.row != kNoRow && HasNoC1(kSets[view.right.row]);
     view.partners = ArePartners(view.left, view.right);
     if (view.partners && !IsMarked(view.right))
         view.left.kind = view.right.kind;

@@ -32,16 +32,14 @@ namespace
 //     edges        the two bytes at the edges of a half (20, 7F, A0, FF) need a closer look
 // Where the run `differs`, the bytes in which any left half differs from ASCII need one too.
 
-constexpr bool Differs(const Half &half)
-{
-    return half.row != kNoRow && *kSets[half.row].differs != '\0';
-}
+constexpr bool Differs(const Half &half) { return half.row != kNoRow && kSets[half.row].differs; }
 
 constexpr unsigned int LeftSingles(const View &view)
 {
     const unsigned int characters = Differs(view.left) ? kLeftSame : kLeft94;
     return kLow | (view.escapes || view.shifts ? 0U : kShiftC0) |
-           (view.rightUsed && !view.utf8 ? kC1 : 0U) | (view.left.bytes == 1 ? characters : 0U);
+           (view.rightUsed && !view.utf8 && !view.noC1 ? kC1 : 0U) |
+           (view.left.bytes == 1 ? characters : 0U);
 }
 
 constexpr unsigned int RightSingles(const View &view)
@@ -49,7 +47,8 @@ constexpr unsigned int RightSingles(const View &view)
     if (view.utf8 || view.right.bytes != 1)
         return 0;
     return kRight94 | (IsMarked(view.right) ? 0U : kRightMark) |
-           (view.right.is96 ? kRightEdge : 0U) | (view.rightUsed ? 0U : kC1 | kShiftC1);
+           (view.right.is96 ? kRightEdge : 0U) |
+           (view.rightUsed && !view.noC1 ? 0U : kC1 | kShiftC1);
 }
 
 [[gnu::noinline]] constexpr Run RunOf(const View &view, uint16_t kind)
@@ -141,6 +140,8 @@ constexpr void FindPlain(const State &state, Runs *runs)
                       : IsMarked(right) ? plain::Right::marked
                       : right.is96      ? plain::Right::single96
                                         : plain::Right::single94;
+    if (runs->view.noC1)
+        return;
     const bool isUnit = right.bytes == 2 ? !right.is96 : runs->view.partners || !IsMarked(right);
     runs->plain = isUnit ? Plain::eightBit : Plain::none;
 }
@@ -158,45 +159,107 @@ constexpr Runs RunsOf(const State &state, Heeds heeds)
     return runs;
 }
 
-// Where the walks over strings of each set begin, without and with escapes.
-struct Beginning {
-    State state;
-    Runs runs[2];
+// Runs that walks share, each once.  The first kDesignated are for the states of seven-bit codes,
+// whose right half is empty, by the row of the left half, and the next for a left half that is
+// unknown.  The last are nobody's.
+constexpr size_t kUnknownLeft = kDesignated;
+constexpr size_t kMostShared = kDesignated + 3 + 2 * kSets.size();
+
+constexpr Heeds HeedsOf(const SetRow &set) { return IsBytes(set) ? Heeds::nothing : Heeds::shifts; }
+
+// Runs that few walks need are not kept: those of text without escapes that is not one segment, and
+// those of text with escapes in a set that no escape sequence leads back to.
+constexpr bool IsRare(const SetRow &set, bool escapes)
+{
+    return IsBytes(set) &&
+           (escapes ? set.graphic == Graphic::none : !set.differs && set.number != kIa5);
+}
+
+struct SharedRuns {
+    std::array<Runs, kMostShared> runs;
+    size_t count;
+    std::array<std::array<uint16_t, 2>, kSets.size() + 1> beginnings; // the last is of no set
+
+    constexpr uint16_t Add(const Runs &added)
+    {
+        size_t at = 0;
+        while (at < count && !(runs[at] == added))
+            ++at;
+        if (at == count)
+            runs[count++] = added;
+        return static_cast<uint16_t>(at);
+    }
 };
 
-constexpr auto kBeginnings = [] {
-    std::array<Beginning, std::size(kSets)> beginnings{};
-    for (size_t row = 0; row < std::size(kSets); ++row) {
-        const State state = StartOf(kSets[row]);
-        const Heeds heeds = IsBytes(kSets[row]) ? Heeds::nothing : Heeds::shifts;
-        beginnings[row] = {state, {RunsOf(state, heeds), RunsOf(state, Heeds::escapes)}};
+constexpr SharedRuns SharedByAll()
+{
+    SharedRuns all = {};
+    for (size_t row = 0; row <= kDesignated; ++row) {
+        State state;
+        if (row < kDesignated)
+            state.g[0] = DesignationTo(static_cast<uint8_t>(row));
+        all.runs[all.count++] = RunsOf(state, Heeds::escapes);
     }
+    for (const bool escapes : {false, true})
+        for (size_t row = 0; row <= kSets.size(); ++row) {
+            const bool isKnown = row < kSets.size();
+            const State state = isKnown ? StartOf(kRows[row]) : State{};
+            const Heeds heeds = escapes   ? Heeds::escapes
+                                : isKnown ? HeedsOf(kSets[row])
+                                          : Heeds::nothing;
+            if (!isKnown || !IsRare(kSets[row], escapes))
+                all.beginnings[row][escapes] = all.Add(RunsOf(state, heeds));
+        }
+    for (size_t row = 0; row < kSets.size(); ++row)
+        for (const bool escapes : {false, true})
+            if (IsRare(kSets[row], escapes))
+                all.beginnings[row][escapes] = static_cast<uint16_t>(all.count);
+    return all;
+}
+
+constexpr size_t kNobodys = SharedByAll().count;
+constexpr auto kShared = [] {
+    const SharedRuns all = SharedByAll();
+    std::array<Runs, kNobodys + 1> runs{};
+    std::copy(all.runs.begin(), all.runs.begin() + kNobodys, runs.begin());
+    return runs;
+}();
+
+// Where the walks over strings of each set begin, and where the runs without and with escapes are in
+// kShared, in bytes, which saves a multiplication.  Strings of an unknown set, which are raw
+// throughout, come last.
+struct Beginning {
+    State state;
+    uint16_t runs[2];
+};
+constexpr uint16_t PlaceOf(size_t index) { return static_cast<uint16_t>(index * sizeof(Runs)); }
+static_assert(sizeof kShared <= UINT16_MAX);
+
+const Runs *SharedAt(uint16_t place)
+{
+    const void *const bytes = kShared.data();
+    return static_cast<const Runs *>(
+        static_cast<const void *>(static_cast<const char *>(bytes) + place));
+}
+
+constexpr auto kBeginnings = [] {
+    const SharedRuns all = SharedByAll();
+    std::array<Beginning, kSets.size() + 1> beginnings{};
+    for (size_t row = 0; row <= kSets.size(); ++row)
+        beginnings[row] = {row < kSets.size() ? StartOf(kRows[row]) : State{},
+                           {PlaceOf(all.beginnings[row][0]), PlaceOf(all.beginnings[row][1])}};
     return beginnings;
 }();
-
-// And over strings of an unknown set, which are raw throughout.
-constexpr Beginning kUnknown = {{}, {RunsOf({}, Heeds::nothing), RunsOf({}, Heeds::escapes)}};
-
-// For the states of seven-bit codes, whose right half is empty, by the row of the left half; the
-// last is for a left half that is unknown.
-constexpr auto kSevenBit = [] {
-    std::array<Runs, std::size(kSets) + 1> all{};
-    for (size_t row = 0; row < std::size(kSets); ++row) {
-        State state;
-        state.g[0] = {static_cast<uint8_t>(row), kSets[row].graphic, '\0', kSets[row].final};
-        all[row] = RunsOf(state, Heeds::escapes);
-    }
-    all[std::size(kSets)] = RunsOf(State{}, Heeds::escapes);
-    return all;
-}();
+constexpr const Beginning &kUnknown = kBeginnings.back();
 
 // Resolves the walk's state after a change.  Only where escapes are recognised does it change.
 void Resolve(Walk *walk)
 {
     const State &state = walk->state;
-    if (state.coding == Coding::iso2022 && state.right == kNowhere) {
-        const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
-        walk->shared = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+    const uint8_t row = state.left == kNowhere ? kNoRow : state.g[state.left].row;
+    if (state.coding == Coding::iso2022 && state.right == kNowhere &&
+        (row < kDesignated || row == kNoRow)) {
+        walk->shared = &kShared[std::min<size_t>(row, kUnknownLeft)];
     } else {
         walk->own = RunsOf(state, Heeds::escapes);
         walk->shared = nullptr;
@@ -351,6 +414,8 @@ Unit KnownSegment(Walk *walk, const char *at, size_t avail)
         return Lengthen(*walk, {CS_SEG_RAW, 1}, at, avail);
     }
     const bool isWhole = walk->set->right != 0 || AreSevenBit(at, avail);
+    if (!isWhole)
+        Settle(walk);
     return {walk->set->number, isWhole ? avail : 0};
 }
 
@@ -388,7 +453,7 @@ void Follow(Walk *walk, const char *at, size_t length)
         const Graphic graphic = at[1] == '(' ? Graphic::set94 : Graphic::set94n;
         const uint8_t row = FindGraphicRow(graphic, '\0', at[2]);
         state->g[0] = {row, graphic, '\0', at[2]};
-        walk->shared = &kSevenBit[std::min<size_t>(row, std::size(kSets))];
+        walk->shared = &kShared[std::min<size_t>(row, kUnknownLeft)];
         return;
     }
     const State before = *state;
@@ -403,12 +468,22 @@ void Begin(Walk *walk, const CSDescriptor &cs)
     const SetRow *set = row == kNoRow ? nullptr : &kSets[row];
     const Beginning &beginning = row == kNoRow ? kUnknown : kBeginnings[row];
     walk->set = set;
-    const bool isWhole =
-        cs.escMode == 0 && set != nullptr && IsBytes(*set) && *set->differs == '\0';
+    const bool isWhole = cs.escMode == 0 && set != nullptr && IsBytes(*set) && !set->differs;
     walk->next = isWhole ? Walk::Next::whole : Walk::Next::any;
     walk->state = beginning.state;
     walk->sequence = walk->raw = nullptr;
-    walk->shared = &beginning.runs[cs.escMode != 0];
+    const uint16_t place = beginning.runs[cs.escMode != 0];
+    walk->shared = SharedAt(place);
+    if (!isWhole && place == PlaceOf(kNobodys)) [[unlikely]]
+        Resolve(walk);
+}
+
+void Settle(Walk *walk)
+{
+    if (walk->shared != &kShared[kNobodys])
+        return;
+    walk->own = RunsOf(walk->state, Heeds::nothing);
+    walk->shared = nullptr;
 }
 
 const State &BeginningOf(const SetRow &set) { return kBeginnings[RowOf(set)].state; }

@@ -26,6 +26,8 @@ struct Run {
     uint32_t half;
     uint32_t edges;
     bool differs;
+
+    bool operator==(const Run &) const = default;
 };
 
 // Which of the kernels for plain text knows the text of a view.
@@ -38,6 +40,8 @@ struct Runs {
     plain::Right rightHalf; // where plain is eightBit
     Run left;
     Run right;
+
+    bool operator==(const Runs &) const = default;
 };
 
 // A walk over one string.
@@ -52,7 +56,7 @@ struct Walk {
     const char *sequence;
     const char *raw;
 
-    const Runs *shared; // of that state; null: `own`
+    const Runs *shared; // of that state; null: `own`.  May be nobody's: see Settle
     Runs own;
 
     const Runs &Current() const { return shared != nullptr ? *shared : own; }
@@ -69,6 +73,10 @@ inline bool IsPair(const Run &run, const char *at, size_t avail)
 
 // Begins a walk in the initial state of the descriptor's set.
 void Begin(Walk *walk, const CSDescriptor &cs);
+
+// Whoever asks a walk for its current runs settles it first: where the rest of the text is one
+// segment, NextSegment does without.
+void Settle(Walk *walk);
 
 // Changes the walk's state as an escape sequence or locking shift says.
 void Follow(Walk *walk, const char *at, size_t length);

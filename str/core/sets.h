@@ -31,6 +31,7 @@ inline bool IsAscii(SetFlags set) { return set.Has(CS_FLAG_ASCII); }
 inline bool HoldsAscii(SetFlags set) { return set.Has(CS_FLAG_ASCII_SUPERSET); }
 inline bool IsUniform(SetFlags set) { return set.Has(CS_FLAG_UNIFORM); }
 inline bool SwitchesSets(SetFlags set) { return set.Has(CS_FLAG_ESCAPES); }
+inline bool HasNoC1(SetFlags set) { return set.Has(CS_FLAG_NO_C1); }
 
 // Text of the set can be counted and cut at any byte.
 inline bool IsPlainByteSet(SetFlags set) { return HasByteCharacters(set) && !HasBaseUnits(set); }

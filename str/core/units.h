@@ -3,7 +3,8 @@
 // The unit-length rule of width, truncation and splitting: how long the unit is that starts at a
 // byte of a text segment.
 //
-//     low seven bits below 0x20     a control function; the service knows its length
+//     low seven bits below 0x20     a control function, except above 0x7F in a set without C1; the
+//                                   service knows its length
 //     0x20 and 0x7F                 one byte
 //     any other byte                a character: a base unit, or the set's fixed number of bytes
 //
@@ -39,6 +40,7 @@ struct UnitRule {
     const CSDescriptor *cs; // of the segment
     bool baseUnits;         // lengths come from the service, character by character,
     bool asciiUnits;        // ... but an ASCII character is a unit of one byte
+    bool noC1;              // 0x80 to 0x9F are characters
     int bytes;              // of every character, where baseUnits is false
 };
 
@@ -46,22 +48,29 @@ inline UnitRule UnitRuleOf(const CSDescriptor *segCs)
 {
     const SetFlags set = segCs;
     const bool baseUnits = HasBaseUnits(set);
-    return {segCs, baseUnits, baseUnits && HoldsAscii(set), baseUnits ? 1 : ccs_GetNumBytes(segCs)};
+    return {segCs, baseUnits, baseUnits && HoldsAscii(set), HasNoC1(set),
+            baseUnits ? 1 : ccs_GetNumBytes(segCs)};
 }
 
-inline bool IsControl(char byte) { return (byte & 0x60) == 0; }
+inline bool IsControl(const UnitRule &rule, char byte)
+{
+    return (byte & 0x60) == 0 && (!rule.noC1 || (byte & 0x80) == 0);
+}
 
 inline constexpr char kSpace = 0x20;
 inline constexpr char kDelete = 0x7F;
 
 // The unit that begins with the byte takes a column.
-inline bool IsDisplayed(char byte) { return !IsControl(byte) && byte != kDelete; }
+inline bool IsDisplayed(const UnitRule &rule, char byte)
+{
+    return !IsControl(rule, byte) && byte != kDelete;
+}
 
 // The length of the unit at `at`; below 1 when the service does not know it.
 inline int UnitLength(const UnitRule &rule, const char *at, unsigned int avail)
 {
     const char byte = *at;
-    if (IsControl(byte))
+    if (IsControl(rule, byte))
         return ccs_GetCtrlLen(at, avail, rule.cs);
     if (byte == kSpace || byte == kDelete)
         return 1;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "services/ccs/table.h"
 #include "tests/support/test.h"
 
 #include <array>
@@ -15,14 +16,18 @@ struct Set {
 };
 
 // By size, intermediate bytes and final byte: "94 B", "96 A", "94n B".
-const std::map<std::string, Set> kSets = {
-    {"94 B", {6, 0, 1, 0}},      {"94 J", {14, 0, 1, 0}},     {"94 u", {6, 0, 1, 0}},
-    {"94 I", {1013, 13, 1, 14}}, {"94 v", {0, 103, 1, 0}},    {"96 A", {1100, 100, 1, 6}},
-    {"96 B", {1101, 101, 1, 6}}, {"96 L", {1144, 144, 1, 6}}, {"96 M", {1148, 148, 1, 6}},
-    {"96 b", {1203, 203, 1, 6}}, {"96 F", {1126, 126, 1, 6}}, {"94n @", {42, 42, 2, 0}},
-    {"94n B", {87, 87, 2, 0}},   {"94n D", {159, 159, 2, 0}}, {"94n C", {149, 149, 2, 0}},
-    {"94n A", {58, 58, 2, 0}},
-};
+const std::map<std::string, Set> kSets = [] {
+    std::map<std::string, Set> sets;
+    for (const libstr::ccs::Row &row : libstr::ccs::kRows) {
+        const char *const sizes[] = {"", "94 ", "96 ", "94n ", "96n "};
+        std::string key = sizes[static_cast<int>(row.graphic)];
+        key += row.intermediate == 0 ? "" : std::string(1, row.intermediate);
+        const uint16_t partner = row.units == libstr::ccs::Units::marked ? 0 : row.partner;
+        if (row.final != 0)
+            sets[key + row.final] = {row.left, row.right, row.bytes, partner};
+    }
+    return sets;
+}();
 
 struct Code {
     std::array<std::string, 4> g;

@@ -56,7 +56,7 @@ inline const char *IconvNameOf(const Sample &sample)
 {
     const uint16_t set = DescriptorOf(sample.set).csNum;
     const bool switches = sample.bytes.find('\x1B') != sample.bytes.npos;
-    const char *const name = libstr::ccs::kSets[libstr::ccs::FindRow(set)].iconv;
+    const char *const name = libstr::ccs::kRows[libstr::ccs::FindRow(set)].iconv;
     return set == 103 && switches ? nullptr : name; // iconv knows T.61 alone
 }
 

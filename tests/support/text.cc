@@ -105,6 +105,7 @@ namespace
 const std::string_view kPieces[] = {
     // clang-format off
     "\x1B$B", "\x1B(B", "\x1B(J", "\x1B$@", "\x1B$)C", "\x1B$(D", "\x1B(I", "\x1B-A", "\x1B.F",
+    "\x1B-D", "\x1B(K", "\x1B(!A",
     "\x1B$(!A", "\x1B*5", "\x1B*v", "\x1B)u", "\x1B(%", // unknown sets among them
     "\x1B%G", "\x1B%/G", "\x1B%@", // codings
     "\x0E", "\x0F", "\x1Bn", "\x1Bo", "\x1B~", "\x1B}", "\x1B|", // locking shifts

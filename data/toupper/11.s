@@ -1,0 +1,9 @@
+# The upper case of ISO646-SE2.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ISO646-SE2.
+
+TOUPPER CHARSET ISO646-SE2
+
+`=@ a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R
+s=S t=T u=U v=V w=W x=X y=Y z=Z {=[ |=\x5C }=] ~=^

@@ -1,0 +1,12 @@
+# The upper case of ISO-8859-4 RIGHT HALF.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ISO-8859-4.
+# These stay as they are, since the set does not have their upper case:
+# " _
+
+TOUPPER CHARSET ISO-8859-4-RIGHT-HALF
+
+1=! 3=\x23 5=% 6=& 9=) :=* ;=+ \x3C=, \x3E=. ?=\x3D `=@ a=A b=B c=C d=D e=E
+f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R s=S t=T u=U v=V x=X y=Y
+z=Z {=[ |=\x5C }=] ~=^

@@ -1,0 +1,12 @@
+# The upper case of ECMA-CYRILLIC RIGHT HALF.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ECMA-CYRILLIC.
+# These stay as they are, since the set does not have their upper case:
+# _
+
+TOUPPER CHARSET ECMA-CYRILLIC-RIGHT-HALF
+
+!=1 "=2 \x23=3 $=4 %=5 &=6 '=7 (=8 )=9 *=: +=; ,=\x3C .=\x3E /=? @=` A=a B=b
+C=c D=d E=e F=f G=g H=h I=i J=j K=k L=l M=m N=n O=o P=p Q=q R=r S=s T=t U=u
+V=v W=w X=x Y=y Z=z [={ \x5C=| ]=} ^=~

@@ -1,0 +1,9 @@
+# The upper case of GREEK-CCITT.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as GREEK-CCITT.
+
+TOUPPER CHARSET GREEK-CCITT
+
+a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=S s=S
+t=T u=U v=V w=W x=X y=Y

@@ -1,0 +1,14 @@
+# The upper case of GOST_19768-74.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as GOST_19768-74.
+
+TOUPPER CHARSET GOST_19768-74
+
+a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R s=S
+t=T u=U v=V w=W x=X y=Y z=Z \xD0=\xB0 \xD1=\xB1 \xD2=\xB2 \xD3=\xB3
+\xD4=\xB4 \xD5=\xB5 \xD6=\xB6 \xD7=\xB7 \xD8=\xB8 \xD9=\xB9 \xDA=\xBA
+\xDB=\xBB \xDC=\xBC \xDD=\xBD \xDE=\xBE \xDF=\xBF \xE0=\xC0 \xE1=\xC1
+\xE2=\xC2 \xE3=\xC3 \xE4=\xC4 \xE5=\xC5 \xE6=\xC6 \xE7=\xC7 \xE8=\xC8
+\xE9=\xC9 \xEA=\xCA \xEB=\xCB \xEC=\xCC \xED=\xCD \xEE=\xCE \xEF=\xCF
+\xF1=\xA1

@@ -1,0 +1,12 @@
+# The upper case of WINDOWS-1256.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as CP1256.
+# These stay as they are, since the set does not have their upper case:
+# \x83 \xB5 \xE0 \xE2 \xE7 \xE8 \xE9 \xEA \xEB \xEE \xEF \xF4 \xF9
+# \xFB \xFC
+
+TOUPPER CHARSET WINDOWS-1256
+
+a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R s=S
+t=T u=U v=V w=W x=X y=Y z=Z \x9C=\x8C

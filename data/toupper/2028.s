@@ -1,0 +1,16 @@
+# The upper case of ARMSCII-8.
+#
+# Made by data/toupper/generate.cc: the simple upper case of Unicode, from
+# GLib, for the characters that iconv reads as ARMSCII-8.
+# These stay as they are, since the set does not have their upper case:
+# \xA2
+
+TOUPPER CHARSET ARMSCII-8
+
+a=A b=B c=C d=D e=E f=F g=G h=H i=I j=J k=K l=L m=M n=N o=O p=P q=Q r=R s=S
+t=T u=U v=V w=W x=X y=Y z=Z \xB3=\xB2 \xB5=\xB4 \xB7=\xB6 \xB9=\xB8
+\xBB=\xBA \xBD=\xBC \xBF=\xBE \xC1=\xC0 \xC3=\xC2 \xC5=\xC4 \xC7=\xC6
+\xC9=\xC8 \xCB=\xCA \xCD=\xCC \xCF=\xCE \xD1=\xD0 \xD3=\xD2 \xD5=\xD4
+\xD7=\xD6 \xD9=\xD8 \xDB=\xDA \xDD=\xDC \xDF=\xDE \xE1=\xE0 \xE3=\xE2
+\xE5=\xE4 \xE7=\xE6 \xE9=\xE8 \xEB=\xEA \xED=\xEC \xEF=\xEE \xF1=\xF0
+\xF3=\xF2 \xF5=\xF4 \xF7=\xF6 \xF9=\xF8 \xFB=\xFA \xFD=\xFC
